@@ -1,0 +1,37 @@
+#pragma once
+
+#include "platform/Environment.h"
+
+#include <filesystem>
+
+namespace korvane {
+
+// The folders the application reads and writes outside its work folder. Each
+// has a form that takes the environment (for tests) and one that reads the
+// process's. None of them creates anything or fails: a folder that isn't
+// there is the caller's to make or report.
+
+// The user's Desktop: where the ZIP goes.
+//   Linux: the desktop entry of $XDG_CONFIG_HOME/user-dirs.dirs, else $HOME/Desktop.
+//   macOS: ~/Desktop.
+std::filesystem::path desktopURL(const Environment& environment);
+std::filesystem::path desktopURL();
+
+// The per-user application support folder (the ids databases live below it).
+//   Linux: $XDG_DATA_HOME, else ~/.local/share.  macOS: ~/Library/Application Support.
+std::filesystem::path applicationSupportDirectory(const Environment& environment);
+std::filesystem::path applicationSupportDirectory();
+
+// The user's home: $HOME, else the password database's entry.
+std::filesystem::path homeDirectory(const Environment& environment);
+
+// The folder holding the running program.
+std::filesystem::path executableDirectory();
+
+// The application's read-only resources, found relative to the running program:
+//   Linux: ../share/korvane-generator (the build tree mirrors the installed one).
+//   macOS: ../Resources inside the bundle.
+std::filesystem::path resourceDirectory(const std::filesystem::path& executableFolder);
+std::filesystem::path resourceDirectory();
+
+} // namespace korvane

@@ -1,0 +1,33 @@
+#include "records/ByteBuffer.h"
+
+namespace korvane {
+
+std::string hexString(const ByteBuffer& data) {
+    static constexpr char digits[] = "0123456789abcdef";
+    std::string text;
+    text.reserve(data.size() * 2);
+    for (std::uint8_t byte : data) {
+        text.push_back(digits[byte >> 4]);
+        text.push_back(digits[byte & 0x0f]);
+    }
+    return text;
+}
+
+std::optional<std::int64_t> portNumber(const ByteBuffer& data) {
+    if (data.empty()) {
+        return std::nullopt;
+    }
+    std::uint32_t value = 0;
+    const std::size_t count = data.size() < 4 ? data.size() : 4;
+    for (std::size_t i = 0; i < count; ++i) {
+        value |= static_cast<std::uint32_t>(data[i]) << (8 * i);
+    }
+    return static_cast<std::int64_t>(value);
+}
+
+ByteBuffer portData(std::uint32_t number) {
+    return {static_cast<std::uint8_t>(number), static_cast<std::uint8_t>(number >> 8),
+            static_cast<std::uint8_t>(number >> 16), static_cast<std::uint8_t>(number >> 24)};
+}
+
+} // namespace korvane

@@ -1,0 +1,85 @@
+#include "records/FileIO.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <fstream>
+#include <iterator>
+#include <system_error>
+
+namespace korvane {
+
+std::optional<std::string> readFileBytes(const std::filesystem::path& path) {
+    std::ifstream in(path, std::ios::binary);
+    if (!in) {
+        return std::nullopt;
+    }
+    std::string bytes((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
+    if (in.bad()) {
+        return std::nullopt;
+    }
+    return bytes;
+}
+
+namespace {
+
+[[noreturn]] void fail(int error) {
+    throw std::system_error(error, std::generic_category());
+}
+
+mode_t modeForNewFile() {
+    const mode_t mask = umask(0);
+    umask(mask);
+    return 0666 & ~mask;
+}
+
+} // namespace
+
+void writeFileAtomically(const std::filesystem::path& path, std::string_view bytes) {
+    std::string temporary = path.string() + ".XXXXXX";
+    const int fd = mkstemp(temporary.data());
+    if (fd < 0) {
+        fail(errno);
+    }
+    auto abandon = [&](int error) {
+        close(fd);
+        unlink(temporary.c_str());
+        fail(error);
+    };
+
+    struct stat existing;
+    const mode_t mode = stat(path.c_str(), &existing) == 0 ? (existing.st_mode & 07777) : modeForNewFile();
+    if (fchmod(fd, mode) != 0) {
+        abandon(errno);
+    }
+    const char* data = bytes.data();
+    std::size_t left = bytes.size();
+    while (left > 0) {
+        const ssize_t n = write(fd, data, left);
+        if (n < 0) {
+            if (errno == EINTR) {
+                continue;
+            }
+            abandon(errno);
+        }
+        data += n;
+        left -= static_cast<std::size_t>(n);
+    }
+    if (fsync(fd) != 0) {
+        abandon(errno);
+    }
+    if (close(fd) != 0) {
+        const int error = errno;
+        unlink(temporary.c_str());
+        fail(error);
+    }
+    if (rename(temporary.c_str(), path.c_str()) != 0) {
+        const int error = errno;
+        unlink(temporary.c_str());
+        fail(error);
+    }
+}
+
+} // namespace korvane

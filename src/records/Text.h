@@ -1,0 +1,22 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace korvane {
+
+// True when the bytes are well-formed UTF-8 as a whole.
+bool isValidUTF8(std::string_view bytes);
+
+// All or nothing: the bytes as text when they are valid UTF-8, else "". A
+// partial or repaired text would pass off damaged output as real.
+std::string strictUTF8(std::string_view bytes);
+
+// Leading and trailing white space and line ends removed (Unicode white space,
+// not only ASCII).
+std::string trimmed(std::string_view text);
+
+// Full Unicode upper-casing, locale-independent ("ß" becomes "SS").
+std::string uppercased(std::string_view text);
+
+} // namespace korvane

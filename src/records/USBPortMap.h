@@ -1,0 +1,25 @@
+#pragma once
+
+#include "records/ByteBuffer.h"
+
+#include <cstdint>
+#include <string>
+
+namespace korvane {
+
+// One port of one controller, as a scan saw it.
+struct USBPortMap {
+    std::string name;     // without any "@..." part
+    std::string location; // the port node's location, or the controller's for table ports
+    std::int64_t connector = 0;
+    ByteBuffer portData;
+    std::string comment;
+    std::string activeDevice; // non-empty makes the port count as active
+
+    // Identity of a row within one controller's list: name|location|hex(portData).
+    std::string stableID() const;
+
+    bool operator==(const USBPortMap&) const = default;
+};
+
+} // namespace korvane

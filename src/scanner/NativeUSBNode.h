@@ -1,0 +1,41 @@
+#pragma once
+
+#include "scanner/PropertyValue.h"
+
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace korvane {
+
+// One registry entry of a snapshot. The root owns the tree through
+// `children`; `parent` is a plain back pointer that never keeps a node alive,
+// so a parent walk must happen while the root is held.
+class NativeUSBNode {
+public:
+    NativeUSBNode(std::string name, std::string location, std::string className, PropertyDictionary properties,
+                  NativeUSBNode* parent)
+        : name(std::move(name)), location(std::move(location)), className(std::move(className)),
+          properties(std::move(properties)), parent(parent) {}
+
+    NativeUSBNode(const NativeUSBNode&) = delete;
+    NativeUSBNode& operator=(const NativeUSBNode&) = delete;
+
+    // Makes a child of this node and appends it.
+    NativeUSBNode& addChild(std::string childName, std::string childLocation, std::string childClassName,
+                            PropertyDictionary childProperties) {
+        children.push_back(std::make_unique<NativeUSBNode>(std::move(childName), std::move(childLocation),
+                                                           std::move(childClassName), std::move(childProperties),
+                                                           this));
+        return *children.back();
+    }
+
+    std::string name;      // may carry an "@..." part
+    std::string location;  // may be empty
+    std::string className; // empty when the source gives none
+    PropertyDictionary properties;
+    NativeUSBNode* parent = nullptr;
+    std::vector<std::unique_ptr<NativeUSBNode>> children;
+};
+
+} // namespace korvane
