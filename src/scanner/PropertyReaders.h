@@ -1,0 +1,36 @@
+#pragma once
+
+#include "scanner/NativeUSBNode.h"
+#include "scanner/PropertyValue.h"
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace korvane {
+
+// Typed readers over a node's property dictionary. Pure functions; none of
+// them throws or fails: what can't be read gives no value.
+
+std::optional<std::string> stringFromNullTerminatedData(const ByteBuffer& data);
+std::string registryName(const PropertyDictionary& properties, const std::string& fallbackClass);
+std::string registryLocation(const PropertyDictionary& properties);
+std::int64_t littleEndianInt(const ByteBuffer& data);
+std::optional<std::int64_t> intProperty(std::string_view key, const PropertyDictionary& properties);
+std::optional<ByteBuffer> dataProperty(std::string_view key, const PropertyDictionary& properties);
+PropertyDictionary normalizedDictionary(const PropertyValue& value);
+
+// The node followed by the flattening of each child: depth-first pre-order.
+std::vector<const NativeUSBNode*> flatten(const NativeUSBNode& node);
+
+// The part before the first "@" when there is one (untrimmed), else the whole
+// text trimmed.
+std::string baseName(std::string_view text);
+
+// Names as a person reads them: case-insensitive, digit runs by value,
+// deterministic on ties. True when `a` goes before `b`.
+bool localizedStandardLess(std::string_view a, std::string_view b);
+
+} // namespace korvane
