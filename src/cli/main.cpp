@@ -4,6 +4,7 @@
 #include <CLI/CLI.hpp>
 
 #include <cstdio>
+#include <filesystem>
 
 int main(int argc, char** argv) {
     CLI::App app{"KorvaneGenerator: maps a machine's USB ports into a Korvane.kext package"};
@@ -13,12 +14,16 @@ int main(int argc, char** argv) {
     auto* paths = app.add_subcommand("paths", "Show where the program finds its tools and folders");
     paths->callback([] {
         const auto tools = korvane::ToolPaths::forPlatform();
-        std::printf("desktop:             %s\n", korvane::desktopURL().c_str());
-        std::printf("application support: %s\n", korvane::applicationSupportDirectory().c_str());
-        std::printf("resources:           %s\n", korvane::resourceDirectory().c_str());
-        std::printf("ditto:               %s\n", tools.ditto.c_str());
-        std::printf("plutil:              %s\n", tools.plutil.c_str());
-        std::printf("sysctl:              %s\n", tools.sysctl.c_str());
+        auto show = [](const char* label, const std::filesystem::path& path) {
+            std::error_code error;
+            std::printf("%-20s %s%s\n", label, path.c_str(), std::filesystem::exists(path, error) ? "" : " (missing)");
+        };
+        show("desktop:", korvane::desktopURL());
+        show("application support:", korvane::applicationSupportDirectory());
+        show("resources:", korvane::resourceDirectory());
+        show("ditto:", tools.ditto);
+        show("plutil:", tools.plutil);
+        show("sysctl:", tools.sysctl);
     });
 
     CLI11_PARSE(app, argc, argv);

@@ -5,21 +5,33 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <fstream>
-#include <iterator>
 #include <system_error>
 
 namespace korvane {
 
 std::optional<std::string> readFileBytes(const std::filesystem::path& path) {
-    std::ifstream in(path, std::ios::binary);
-    if (!in) {
+    const int fd = open(path.c_str(), O_RDONLY | O_CLOEXEC);
+    if (fd < 0) {
         return std::nullopt;
     }
-    std::string bytes((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
-    if (in.bad()) {
-        return std::nullopt;
+    std::optional<std::string> bytes;
+    struct stat info;
+    if (fstat(fd, &info) == 0 && !S_ISDIR(info.st_mode)) {
+        bytes.emplace();
+        char chunk[65536];
+        for (;;) {
+            const ssize_t n = read(fd, chunk, sizeof chunk);
+            if (n > 0) {
+                bytes->append(chunk, static_cast<std::size_t>(n));
+            } else if (n == 0) {
+                break;
+            } else if (errno != EINTR) {
+                bytes.reset();
+                break;
+            }
+        }
     }
+    close(fd);
     return bytes;
 }
 

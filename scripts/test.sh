@@ -1,0 +1,20 @@
+#!/usr/bin/env bash
+# Sets up a fresh Debian machine, then builds and runs every test: the normal
+# build, the AddressSanitizer + UndefinedBehaviorSanitizer build, and the
+# fuzz targets replaying their seeds. Warnings are errors here.
+set -euo pipefail
+cd "$(dirname "$0")/.."
+
+scripts/setup.sh
+
+run_preset() {
+  local preset=$1
+  echo "==> ${preset}: configure, build, test"
+  cmake --preset "${preset}" -DKORVANE_WERROR=ON >/dev/null
+  cmake --build --preset "${preset}"
+  ctest --preset "${preset}"
+}
+
+run_preset dev
+run_preset asan
+run_preset fuzz

@@ -1,0 +1,89 @@
+#include "platform/PlatformFolders.h"
+#include "platform/ToolPaths.h"
+
+#include "records/FileIO.h"
+#include "support/TempFolder.h"
+
+#include <gtest/gtest.h>
+
+#include <map>
+
+namespace korvane {
+namespace {
+
+namespace fs = std::filesystem;
+
+Environment environmentOf(std::map<std::string, std::string> values) {
+    return {[values](std::string_view name) -> std::optional<std::string> {
+        auto it = values.find(std::string(name));
+        return it == values.end() ? std::nullopt : std::optional(it->second);
+    }};
+}
+
+struct DesktopCase {
+    const char* name;
+    const char* userDirs; // nullptr: no file
+    const char* expected; // below HOME unless absolute
+};
+
+class DesktopTest : public testing::TestWithParam<DesktopCase> {};
+
+TEST_P(DesktopTest, FollowsUserDirs) {
+    TempFolder home;
+    if (GetParam().userDirs) {
+        fs::create_directories(home.path() / ".config");
+        writeFileAtomically(home.path() / ".config" / "user-dirs.dirs", GetParam().userDirs);
+    }
+    const fs::path expected = GetParam().expected;
+    EXPECT_EQ(desktopURL(environmentOf({{"HOME", home.path().string()}})),
+              expected.is_absolute() ? expected : home.path() / expected);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Cases, DesktopTest,
+    testing::Values(
+        DesktopCase{"NoFile", nullptr, "Desktop"},
+        DesktopCase{"Localised", "# written by xdg-user-dirs-update\nXDG_DOWNLOAD_DIR=\"$HOME/Downloads\"\n"
+                                 "XDG_DESKTOP_DIR=\"$HOME/Schreibtisch\"\n",
+                    "Schreibtisch"},
+        DesktopCase{"Absolute", "XDG_DESKTOP_DIR=\"/srv/desk\"\n", "/srv/desk"},
+        DesktopCase{"EscapedQuote", "XDG_DESKTOP_DIR=\"$HOME/My \\\"Desk\\\"\"\n", "My \"Desk\""},
+        DesktopCase{"LastEntryWins", "XDG_DESKTOP_DIR=\"$HOME/A\"\nXDG_DESKTOP_DIR=\"$HOME/B\"\n", "B"},
+        DesktopCase{"UnquotedIsIgnored", "XDG_DESKTOP_DIR=$HOME/Raw\n", "Desktop"},
+        DesktopCase{"RelativeIsIgnored", "XDG_DESKTOP_DIR=\"Desk\"\n", "Desktop"},
+        DesktopCase{"Commented", "# XDG_DESKTOP_DIR=\"$HOME/No\"\n", "Desktop"},
+        DesktopCase{"UnterminatedIsIgnored", "XDG_DESKTOP_DIR=\"$HOME/Open\n", "Desktop"}),
+    [](const auto& row) { return std::string(row.param.name); });
+
+TEST(PlatformFoldersTest, DesktopReadsUserDirsFromXDGConfigHome) {
+    TempFolder home;
+    TempFolder config;
+    writeFileAtomically(config.path() / "user-dirs.dirs", "XDG_DESKTOP_DIR=\"$HOME/Bureau\"\n");
+    EXPECT_EQ(desktopURL(environmentOf({{"HOME", home.path().string()}, {"XDG_CONFIG_HOME", config.path().string()}})),
+              home.path() / "Bureau");
+}
+
+TEST(PlatformFoldersTest, ApplicationSupportFollowsXDGDataHome) {
+    EXPECT_EQ(applicationSupportDirectory(environmentOf({{"HOME", "/home/ada"}})), fs::path("/home/ada/.local/share"));
+    EXPECT_EQ(applicationSupportDirectory(environmentOf({{"HOME", "/home/ada"}, {"XDG_DATA_HOME", "/data"}})),
+              fs::path("/data"));
+    EXPECT_EQ(applicationSupportDirectory(environmentOf({{"HOME", "/home/ada"}, {"XDG_DATA_HOME", "relative"}})),
+              fs::path("/home/ada/.local/share"))
+        << "a relative XDG_DATA_HOME is invalid and ignored";
+}
+
+TEST(PlatformFoldersTest, ToolsAndResourcesAreFoundBesideTheRunningProgram) {
+    EXPECT_EQ(resourceDirectory("/usr/bin"), fs::path("/usr/share/korvane-generator"));
+    const auto tools = ToolPaths::forPlatform("/opt/korvane/bin");
+    EXPECT_EQ(tools.ditto, "/opt/korvane/libexec/korvane-generator/ditto");
+    EXPECT_EQ(tools.plutil, "/opt/korvane/libexec/korvane-generator/plutil");
+    EXPECT_EQ(tools.sysctl, "/usr/sbin/sysctl");
+
+    // The test itself runs from the build tree, which has the same layout.
+    const auto built = ToolPaths::forPlatform();
+    EXPECT_TRUE(fs::exists(built.ditto)) << built.ditto;
+    EXPECT_TRUE(fs::exists(built.plutil)) << built.plutil;
+}
+
+} // namespace
+} // namespace korvane
