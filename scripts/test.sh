@@ -16,5 +16,5 @@ run_preset() {
 }
 
 run_preset dev
-run_preset asan
 run_preset fuzz
+run_preset asan
