@@ -13,10 +13,24 @@ namespace korvane {
 // so a parent walk must happen while the root is held.
 class NativeUSBNode {
 public:
-    NativeUSBNode(std::string name, std::string location, std::string className, PropertyDictionary properties,
-                  NativeUSBNode* parent)
-        : name(std::move(name)), location(std::move(location)), className(std::move(className)),
-          properties(std::move(properties)), parent(parent) {}
+    NativeUSBNode(std::string nodeName, std::string nodeLocation, std::string nodeClassName,
+                  PropertyDictionary nodeProperties, NativeUSBNode* parentNode)
+        : name(std::move(nodeName)), location(std::move(nodeLocation)), className(std::move(nodeClassName)),
+          properties(std::move(nodeProperties)), parent(parentNode) {}
+
+    // Dismantles the subtree without recursion: a tree read from a file may
+    // nest deeper than the call stack would allow.
+    ~NativeUSBNode() {
+        std::vector<std::unique_ptr<NativeUSBNode>> pending = std::move(children);
+        while (!pending.empty()) {
+            std::unique_ptr<NativeUSBNode> node = std::move(pending.back());
+            pending.pop_back();
+            for (auto& child : node->children) {
+                pending.push_back(std::move(child));
+            }
+            node->children.clear();
+        }
+    }
 
     NativeUSBNode(const NativeUSBNode&) = delete;
     NativeUSBNode& operator=(const NativeUSBNode&) = delete;
@@ -25,8 +39,8 @@ public:
     NativeUSBNode& addChild(std::string childName, std::string childLocation, std::string childClassName,
                             PropertyDictionary childProperties) {
         children.push_back(std::make_unique<NativeUSBNode>(std::move(childName), std::move(childLocation),
-                                                           std::move(childClassName), std::move(childProperties),
-                                                           this));
+                                                           std::move(childClassName),
+                                                           std::move(childProperties), this));
         return *children.back();
     }
 

@@ -22,6 +22,16 @@ std::optional<std::int64_t> intProperty(std::string_view key, const PropertyDict
 std::optional<ByteBuffer> dataProperty(std::string_view key, const PropertyDictionary& properties);
 PropertyDictionary normalizedDictionary(const PropertyValue& value);
 
+// Text as a signed 64-bit integer in base 10 or 16: one optional leading "+"
+// or "-", then digits only (either case in base 16). Any other character, no
+// digit, or overflow give no value.
+std::optional<std::int64_t> parseSignedInteger(std::string_view text, int base);
+
+// A readable text form of any value, for places that search or key on text:
+// a text as it is, a number in decimal, bytes as "<hex>", arrays and
+// dictionaries in brackets.
+std::string plainTextForm(const PropertyValue& value);
+
 // The node followed by the flattening of each child: depth-first pre-order.
 std::vector<const NativeUSBNode*> flatten(const NativeUSBNode& node);
 

@@ -3,6 +3,7 @@
 #include "records/ByteBuffer.h"
 
 #include <cstdint>
+#include <functional>
 #include <map>
 #include <string>
 #include <utility>
@@ -14,7 +15,8 @@ namespace korvane {
 struct PropertyValue;
 
 using PropertyArray = std::vector<PropertyValue>;
-using PropertyDictionary = std::map<std::string, PropertyValue>;
+// Transparent ordering, so lookups by literal or string_view key allocate nothing.
+using PropertyDictionary = std::map<std::string, PropertyValue, std::less<>>;
 // A dictionary whose keys are not (all) text, as a registry may hand over;
 // normalizedDictionary() turns it into a PropertyDictionary.
 using PropertyKeyedList = std::vector<std::pair<PropertyValue, PropertyValue>>;

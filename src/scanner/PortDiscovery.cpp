@@ -1,0 +1,311 @@
+#include "scanner/PortDiscovery.h"
+
+#include "records/Text.h"
+#include "scanner/AttachedDeviceNames.h"
+#include "scanner/PropertyReaders.h"
+
+#include <algorithm>
+#include <limits>
+#include <memory>
+#include <optional>
+#include <unicode/regex.h>
+#include <unicode/uchar.h>
+#include <unicode/unistr.h>
+#include <unicode/utf8.h>
+#include <unordered_map>
+
+namespace korvane {
+
+namespace {
+
+// Compiled once and shared: RegexPattern is immutable and thread-safe; each
+// use makes its own matcher.
+const icu::RegexPattern* portNamePattern() {
+    static const std::unique_ptr<const icu::RegexPattern> pattern = [] {
+        UErrorCode status = U_ZERO_ERROR;
+        std::unique_ptr<const icu::RegexPattern> compiled(icu::RegexPattern::compile(
+            icu::UnicodeString::fromUTF8("^(HS|SS|USR|PRT|HSP|SSP)[A-Z0-9]{1,5}$"), 0, status));
+        return U_SUCCESS(status) ? std::move(compiled) : nullptr;
+    }();
+    return pattern.get();
+}
+
+bool isASCII(std::string_view text) {
+    return std::all_of(text.begin(), text.end(), [](char c) { return static_cast<unsigned char>(c) < 0x80; });
+}
+
+char asciiUpper(char c) {
+    return (c >= 'a' && c <= 'z') ? static_cast<char>(c - 'a' + 'A') : c;
+}
+
+char asciiLower(char c) {
+    return (c >= 'A' && c <= 'Z') ? static_cast<char>(c - 'A' + 'a') : c;
+}
+
+bool isASCIISpace(char c) {
+    return c == ' ' || c == '\t' || c == '\n' || c == '\r' || c == '\v' || c == '\f';
+}
+
+// Most nodes of a registry are no ports. This rules them out from the first
+// letters of the raw name, before any upper-casing or regular expression;
+// anything non-ASCII there goes the full way, since upper-casing can turn it
+// into a prefix ("ß" becomes "SS").
+bool couldBePortName(std::string_view rawName) {
+    std::string_view base = rawName.substr(0, rawName.find('@'));
+    if (base.size() == rawName.size()) {
+        while (!base.empty() && isASCIISpace(base.front())) {
+            base.remove_prefix(1);
+        }
+    }
+    char head[3] = {0, 0, 0};
+    for (std::size_t i = 0; i < 3; ++i) {
+        if (i >= base.size()) {
+            break;
+        }
+        if (static_cast<unsigned char>(base[i]) >= 0x80) {
+            return true;
+        }
+        head[i] = asciiUpper(base[i]);
+    }
+    const std::string_view two(head, 2);
+    const std::string_view three(head, 3);
+    return two == "HS" || two == "SS" || three == "USR" || three == "PRT";
+}
+
+std::optional<std::int64_t> explicitConnector(const PropertyDictionary& properties) {
+    for (const char* key : {"UsbConnector", "usb-port-type", "portType"}) {
+        if (auto value = intProperty(key, properties)) {
+            return value;
+        }
+    }
+    return std::nullopt;
+}
+
+ByteBuffer portDataFrom(const PropertyDictionary& properties, std::string_view name,
+                        std::string_view location) {
+    for (const char* key : {"port", "usb-port-number"}) {
+        if (auto data = dataProperty(key, properties)) {
+            return *data;
+        }
+    }
+    std::int64_t number = 0;
+    if (auto value = intProperty("port", properties)) {
+        number = *value;
+    } else if (auto fallback = intProperty("usb-port-number", properties)) {
+        number = *fallback;
+    } else {
+        number = inferredPortNumber(name, location);
+    }
+    // Values beyond 32 bits have no 4-byte form; only the low bits are kept.
+    return portData(static_cast<std::uint32_t>(number));
+}
+
+std::optional<std::int64_t> decimalDigitsOf(std::string_view name) {
+    // Any Unicode number counts as numeric, but only ASCII digits parse, so a
+    // name with "²" in it reads as no number at all.
+    std::string digits;
+    const auto* bytes = reinterpret_cast<const std::uint8_t*>(name.data());
+    const auto length = static_cast<std::int32_t>(std::min<std::size_t>(name.size(), INT32_MAX));
+    std::int32_t i = 0;
+    while (i < length) {
+        UChar32 c;
+        U8_NEXT(bytes, i, length, c);
+        if (c < 0) {
+            continue;
+        }
+        const auto type = u_charType(c);
+        if (type == U_DECIMAL_DIGIT_NUMBER || type == U_LETTER_NUMBER || type == U_OTHER_NUMBER) {
+            if (c < '0' || c > '9') {
+                return std::nullopt;
+            }
+            digits.push_back(static_cast<char>(c));
+        }
+    }
+    if (digits.empty()) {
+        return std::nullopt;
+    }
+    return parseSignedInteger(digits, 10);
+}
+
+void appendTablePorts(const NativeUSBNode& service, std::vector<USBPortMap>& ports,
+                      std::unordered_set<std::string>& seen, AttachedDeviceNameCache& attachedNames) {
+    const auto table = service.properties.find("ports");
+    if (table == service.properties.end()) {
+        return;
+    }
+    const PropertyDictionary entries = normalizedDictionary(table->second);
+    std::vector<const std::string*> keys;
+    keys.reserve(entries.size());
+    for (const auto& entry : entries) {
+        keys.push_back(&entry.first);
+    }
+    std::stable_sort(keys.begin(), keys.end(), [](const std::string* a, const std::string* b) {
+        return localizedStandardLess(*a, *b);
+    });
+
+    for (const std::string* key : keys) {
+        std::string name = portNameFrom(*key);
+        if (!matchesPortNamePattern(name) || !seen.insert(name).second) {
+            continue;
+        }
+        const PropertyDictionary properties = normalizedDictionary(entries.at(*key));
+        USBPortMap port;
+        port.location = service.location;
+        port.portData = portDataFrom(properties, name, port.location);
+        if (auto connectorCode = explicitConnector(properties)) {
+            port.connector = *connectorCode;
+        } else {
+            port.connector = inferredConnector(name, service, attachedNames.firstAttachedDeviceName(service));
+        }
+        port.name = std::move(name);
+        ports.push_back(std::move(port));
+    }
+}
+
+} // namespace
+
+std::string portNameFrom(std::string_view nodeNameOrKey) {
+    std::string base = baseName(nodeNameOrKey);
+    if (isASCII(base)) {
+        std::transform(base.begin(), base.end(), base.begin(), asciiUpper);
+        return base;
+    }
+    return uppercased(base);
+}
+
+bool matchesPortNamePattern(std::string_view upperCasedBaseName) {
+    const icu::RegexPattern* pattern = portNamePattern();
+    if (pattern == nullptr || upperCasedBaseName.size() > 64) {
+        return false;
+    }
+    const icu::UnicodeString subject = icu::UnicodeString::fromUTF8(
+        icu::StringPiece(upperCasedBaseName.data(), static_cast<std::int32_t>(upperCasedBaseName.size())));
+    UErrorCode status = U_ZERO_ERROR;
+    std::unique_ptr<icu::RegexMatcher> matcher(pattern->matcher(subject, status));
+    if (U_FAILURE(status) || !matcher) {
+        return false;
+    }
+    const bool found = matcher->find(status);
+    return U_SUCCESS(status) && found;
+}
+
+bool isUSBPortNode(const NativeUSBNode& node) {
+    if (!couldBePortName(node.name) || !matchesPortNamePattern(portNameFrom(node.name))) {
+        return false;
+    }
+    if (node.className.find("Port") != std::string::npos ||
+        node.className.find("XHCI") != std::string::npos) {
+        return true;
+    }
+    const auto& properties = node.properties;
+    return properties.contains("UsbConnector") || properties.contains("usb-port-type") ||
+           properties.contains("port");
+}
+
+std::int64_t inferredPortNumber(std::string_view name, std::string_view location) {
+    std::string_view lastPiece;
+    std::size_t start = 0;
+    while (start <= location.size()) {
+        const std::size_t comma = std::min(location.find(',', start), location.size());
+        if (comma > start) {
+            lastPiece = location.substr(start, comma - start);
+        }
+        start = comma + 1;
+    }
+    if (!lastPiece.empty()) {
+        if (auto value = parseSignedInteger(lastPiece, 16); value && *value > 0) {
+            return *value;
+        }
+    }
+    const std::int64_t number = decimalDigitsOf(name).value_or(0);
+    if (name.starts_with("SS")) {
+        // Wraps instead of overflowing; only a 19-digit name could get there.
+        return static_cast<std::int64_t>(static_cast<std::uint64_t>(number) + 16u);
+    }
+    return number;
+}
+
+std::int64_t inferredConnector(std::string_view name, const NativeUSBNode& node,
+                               std::string_view attachedDeviceName) {
+    std::string text = node.name + ' ' + node.className + ' ' + std::string(attachedDeviceName);
+    // ASCII lower-casing finds the same words: no non-ASCII letter lower-cases
+    // to a letter of "bluetooth" or "internal" alone.
+    std::transform(text.begin(), text.end(), text.begin(), asciiLower);
+    if (text.find("bluetooth") != std::string::npos || text.find("internal") != std::string::npos) {
+        return 255;
+    }
+    if (name.starts_with("USR")) {
+        return 255;
+    }
+    return 3;
+}
+
+std::int64_t inferredConnector(std::string_view name, const NativeUSBNode& node, IDsNameResolver& names) {
+    return inferredConnector(name, node, firstAttachedDeviceName(node, names));
+}
+
+void appendPortsFromControllerProperties(const NativeUSBNode& service, std::vector<USBPortMap>& ports,
+                                         std::unordered_set<std::string>& seen, IDsNameResolver& names) {
+    AttachedDeviceNameCache attachedNames(names);
+    appendTablePorts(service, ports, seen, attachedNames);
+}
+
+std::vector<USBPortMap> scanPorts(const NativeUSBNode& service, IDsNameResolver& names) {
+    std::vector<USBPortMap> ports;
+    std::unordered_set<std::string> seen;
+    AttachedDeviceNameCache attachedNames(names);
+    appendTablePorts(service, ports, seen, attachedNames);
+
+    std::unordered_map<std::string, std::size_t> recordIndex;
+    for (std::size_t i = 0; i < ports.size(); ++i) {
+        recordIndex.emplace(ports[i].name, i);
+    }
+
+    for (const NativeUSBNode* node : flatten(service)) {
+        if (!isUSBPortNode(*node)) {
+            continue;
+        }
+        std::string name = portNameFrom(node->name);
+        std::string active = attachedNames.firstAttachedDeviceName(*node);
+        if (seen.contains(name)) {
+            if (active.empty()) {
+                continue;
+            }
+            const auto found = recordIndex.find(name);
+            if (found == recordIndex.end()) {
+                continue;
+            }
+            USBPortMap& record = ports[found->second];
+            record.activeDevice = std::move(active);
+            if (auto connectorCode = explicitConnector(node->properties)) {
+                record.connector = *connectorCode;
+            }
+            continue;
+        }
+        seen.insert(name);
+        USBPortMap port;
+        port.location = node->location;
+        port.portData = portDataFrom(node->properties, name, port.location);
+        if (auto connectorCode = explicitConnector(node->properties)) {
+            port.connector = *connectorCode;
+        } else {
+            port.connector = inferredConnector(name, *node, active);
+        }
+        port.activeDevice = std::move(active);
+        recordIndex.emplace(name, ports.size());
+        port.name = std::move(name);
+        ports.push_back(std::move(port));
+    }
+
+    std::stable_sort(ports.begin(), ports.end(), [](const USBPortMap& a, const USBPortMap& b) {
+        const std::int64_t numberA = portNumber(a.portData).value_or(0);
+        const std::int64_t numberB = portNumber(b.portData).value_or(0);
+        if (numberA != numberB) {
+            return numberA < numberB;
+        }
+        return localizedStandardLess(a.name, b.name);
+    });
+    return ports;
+}
+
+} // namespace korvane
