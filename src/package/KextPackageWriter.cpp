@@ -1,0 +1,75 @@
+#include "package/KextPackageWriter.h"
+
+#include "package/GenerationReport.h"
+#include "package/KextInfoPlist.h"
+#include "package/PackageConstants.h"
+#include "records/FileIO.h"
+#include "records/Text.h"
+#include "tools/ProcessRunner.h"
+#include "tools/PropertyList.h"
+
+#include <cerrno>
+#include <system_error>
+
+namespace korvane {
+
+namespace {
+
+constexpr double sysctlTimeout = 5;
+constexpr double plutilTimeout = 60;
+
+std::string infoPlistXML(const std::vector<USBControllerMap>& controllers, const std::string& model) {
+    const PlistPtr root = makeKextInfoPlist(controllers, model);
+    std::string xml = propertyListXML(root.get());
+    if (xml.empty()) {
+        throw std::system_error(std::make_error_code(std::errc::invalid_argument),
+                                "The property list could not be serialised");
+    }
+    return xml;
+}
+
+} // namespace
+
+std::string machineModel(const std::string& sysctlPath) {
+    const std::string model = trimmed(runProcessCapturing(sysctlPath, {"-n", "hw.model"}, sysctlTimeout));
+    if (model.empty() || model.starts_with("Failure/")) {
+        return "Mac";
+    }
+    return model;
+}
+
+void generateKorvaneKext(const std::filesystem::path& folder, const std::optional<std::filesystem::path>& ioregFile,
+                         const std::optional<std::vector<USBControllerMap>>& selectedControllers,
+                         const ToolPaths& tools, const USBScanFunction& scan) {
+    std::vector<USBControllerMap> controllers;
+    if (selectedControllers) {
+        controllers = *selectedControllers;
+    } else if (scan) {
+        controllers = scan(ioregFile).controllers;
+    }
+
+    const auto reportPath = folder / reportFileName;
+    if (controllers.empty()) {
+        writeFileAtomically(reportPath, emptyGenerationReportText);
+        return;
+    }
+
+    const auto bundle = folder / kextBundleName;
+    const auto contents = bundle / "Contents";
+    // A dangling link counts as something there: it would stop the folder
+    // from being made just as a real entry would.
+    if (std::filesystem::exists(std::filesystem::symlink_status(bundle))) {
+        std::filesystem::remove_all(bundle);
+    }
+    std::filesystem::create_directories(contents);
+
+    const std::string model = machineModel(tools.sysctl);
+    const auto infoPlist = contents / "Info.plist";
+    writeFileAtomically(infoPlist, infoPlistXML(controllers, model));
+
+    runProcess(tools.plutil, {"-lint", infoPlist.string()}, std::nullopt, plutilTimeout);
+
+    writeFileAtomically(reportPath, generationReportText(controllers));
+}
+
+} // namespace korvane

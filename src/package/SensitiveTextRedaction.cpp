@@ -1,0 +1,110 @@
+#include "package/SensitiveTextRedaction.h"
+
+#include <unicode/regex.h>
+#include <unicode/unistr.h>
+
+#include <array>
+#include <cstdint>
+#include <memory>
+#include <vector>
+
+namespace korvane {
+
+namespace {
+
+struct RedactionRule {
+    std::string_view pattern;
+    std::string_view replacement;
+};
+
+// Every rule also runs case-insensitive, with the dot crossing line ends and
+// ^ and $ anchoring at lines (see ruleFlags), on top of its own inline flags.
+// The dot-all flag is why rule 7 masks everything from its key to the end of
+// the text, not just the rest of the line.
+constexpr std::array<RedactionRule, 10> redactionTable = {{
+    {R"re((?is)(<key>\s*(?:SerialNumber|Serial Number|serial_number|serial-number|BoardSerialNumber|board_serial_number|board-serial-number|SmUUID|CustomUUID|MLB|mlb|ROM|rom|SystemSerialNumber|system_serial_number|SystemUUID|system_uuid|Hardware UUID|hardware_uuid|HardwareAddress|IOPlatformUUID|IOPlatformSerialNumber|IOPlatformSystemSerialNumber|serial_number|system-id|platform-uuid|platform_UUID|provisioning_UDID|Provisioning UDID|IOPlatformSystemSerialNumber)\s*</key>\s*<(?:string|data)>).*?(</(?:string|data)>))re",
+     "$1XX-MASKED-XX$2"},
+    {R"re((?is)(<key>\s*(?:_items|_properties)\s*</key>\s*<array>.*?<dict>.*?<key>\s*_name\s*</key>\s*<string>\s*(?:Serial Number \(system\)|Hardware UUID|Provisioning UDID)\s*</string>.*?<key>\s*_value\s*</key>\s*<string>).*?(</string>))re",
+     "$1XX-MASKED-XX$2"},
+    {R"re((?im)^([ \t]*(?:Serial Number(?: \(system\))?|SerialNumber|serial_number|Hardware UUID|hardware_uuid|Provisioning UDID|provisioning_UDID|System UUID|SystemSerialNumber|SystemUUID|BoardSerialNumber|SmUUID|MLB|ROM|IOPlatformSerialNumber|IOPlatformUUID|IOPlatformSystemSerialNumber|platform_UUID)[ \t:=]+)[^\n]*$)re",
+     "$1XX-MASKED-XX"},
+    {R"re((?i)\b[A-F0-9]{8}-[A-F0-9]{4}-[A-F0-9]{4}-[A-F0-9]{4}-[A-F0-9]{12}\b)re", "XX-MASKED-UUID"},
+    {R"re((?i)\b[0-9A-F]{2}(:[0-9A-F]{2}){5}\b)re", "XX:XX:XX:XX:XX:XX"},
+    {R"re((?i)\b[0-9A-F]{2}(-[0-9A-F]{2}){5}\b)re", "XX:XX:XX:XX:XX:XX"},
+    {R"re((?im)^([ \t]*(?:IOPlatformSerialNumber|serial-number|board-serial-number|serial_number|mlb|ROM|platform_UUID)[^\n:=]*[ \t:=]+).*$)re",
+     "$1XX-MASKED-XX"},
+    {R"re((?i)(Serial Number \(system\):\s*)[A-Z0-9]+)re", "$1XX-MASKED-XX"},
+    {R"re((?i)(Hardware UUID:\s*)[A-F0-9-]+)re", "$1XX-MASKED-UUID"},
+    {R"re((?i)(Provisioning UDID:\s*)[A-F0-9-]+)re", "$1XX-MASKED-UUID"},
+}};
+
+constexpr std::uint32_t ruleFlags = UREGEX_CASE_INSENSITIVE | UREGEX_DOTALL | UREGEX_MULTILINE;
+
+// The lazy ".*?" spans of rules 1 and 2 backtrack over the whole text when a
+// document has many openers and no value: cubic time. The limit bounds each
+// search (the engine counts in steps of 10,000 moves, about half a
+// millisecond here), far above what a real document of ours needs. A rule
+// that runs out keeps what it masked so far and leaves the rest as it was.
+constexpr std::int32_t matchTimeLimit = 5000;
+constexpr std::int32_t matchStackLimit = 64 * 1024 * 1024;
+
+struct CompiledRule {
+    std::unique_ptr<icu::RegexPattern> pattern; // null when it didn't compile
+    icu::UnicodeString replacement;
+};
+
+icu::UnicodeString fromUTF8(std::string_view text) {
+    return icu::UnicodeString::fromUTF8(icu::StringPiece(text.data(), static_cast<std::int32_t>(text.size())));
+}
+
+// Compiled once; a RegexPattern is safe to share between threads as long as
+// each thread makes its own matcher.
+const std::vector<CompiledRule>& compiledRules() {
+    static const auto rules = [] {
+        std::vector<CompiledRule> compiled;
+        for (const auto& rule : redactionTable) {
+            UErrorCode status = U_ZERO_ERROR;
+            UParseError where;
+            std::unique_ptr<icu::RegexPattern> pattern(
+                icu::RegexPattern::compile(fromUTF8(rule.pattern), ruleFlags, where, status));
+            if (U_FAILURE(status)) {
+                pattern.reset();
+            }
+            compiled.push_back({std::move(pattern), fromUTF8(rule.replacement)});
+        }
+        return compiled;
+    }();
+    return rules;
+}
+
+} // namespace
+
+std::string redactSensitiveText(std::string_view text) {
+    if (text.size() > static_cast<std::size_t>(INT32_MAX / 2)) {
+        // Beyond what one UTF-16 string can hold; nothing we write is this big.
+        return std::string(text);
+    }
+    icu::UnicodeString current = fromUTF8(text);
+    for (const auto& rule : compiledRules()) {
+        if (!rule.pattern) {
+            continue;
+        }
+        UErrorCode status = U_ZERO_ERROR;
+        std::unique_ptr<icu::RegexMatcher> matcher(rule.pattern->matcher(current, status));
+        if (U_FAILURE(status)) {
+            continue;
+        }
+        matcher->setTimeLimit(matchTimeLimit, status);
+        matcher->setStackLimit(matchStackLimit, status);
+        icu::UnicodeString replaced = matcher->replaceAll(rule.replacement, status);
+        matcher.reset();
+        if (U_SUCCESS(status)) {
+            current = std::move(replaced);
+        }
+    }
+    std::string result;
+    current.toUTF8String(result);
+    return result;
+}
+
+} // namespace korvane
