@@ -1,0 +1,340 @@
+#include "savedregistry/SnapshotCodec.h"
+
+#include "records/FileIO.h"
+#include "savedregistry/BinaryPlistGuard.h"
+#include "savedregistry/NodeIdentity.h"
+#include "savedregistry/RegistryText.h"
+#include "savedregistry/SavedRegistryLimits.h"
+#include "scanner/PropertyReaders.h"
+#include "tools/PropertyList.h"
+
+#include <array>
+#include <cstdlib>
+#include <optional>
+#include <system_error>
+
+namespace korvane {
+namespace {
+
+constexpr const char* kClassKey = "IOObjectClass";
+constexpr const char* kChildrenKey = "IORegistryEntryChildren";
+constexpr const char* kNameKey = "IORegistryEntryName";
+constexpr const char* kLocationKey = "IORegistryEntryLocation";
+
+// Keys ioreg adds about the entry itself rather than its properties.
+constexpr std::array<std::string_view, 6> kBookkeepingKeys = {
+    "IORegistryEntryID", "IOObjectRetainCount", "IOServiceState",
+    "IOServiceBusyState", "IOServiceBusyTime", "IOObjectInheritance"};
+
+// An entry is a dictionary and a child array level each, so a tree at the
+// depth limit with values nested to theirs stays well inside this.
+constexpr int kMaxPlistDepth = 2 * kMaxSavedTreeDepth + kMaxSavedValueDepth + 16;
+
+struct FreeWithFree {
+    void operator()(char* text) const { std::free(text); }
+};
+using MallocText = std::unique_ptr<char, FreeWithFree>;
+
+std::optional<std::string> plistText(plist_t node) {
+    if (plist_get_node_type(node) != PLIST_STRING) {
+        return std::nullopt;
+    }
+    // Not plist_get_string_val: libplist asserts there when the text holds a
+    // NUL, which its XML reader lets through.
+    std::uint64_t length = 0;
+    const char* text = plist_get_string_ptr(node, &length);
+    if (!text) {
+        return std::nullopt;
+    }
+    const std::string_view bytes(text, length);
+    if (!isRegistryText(bytes)) {
+        return std::nullopt;
+    }
+    return std::string(bytes);
+}
+
+std::optional<PropertyValue> valueFromPlist(plist_t node, int depth);
+
+template <typename Visit>
+bool forEachDictionaryItem(plist_t dictionary, Visit visit) {
+    plist_dict_iter iterator = nullptr;
+    plist_dict_new_iter(dictionary, &iterator);
+    if (!iterator) {
+        return false;
+    }
+    bool isComplete = true;
+    while (true) {
+        char* rawKey = nullptr;
+        plist_t item = nullptr;
+        plist_dict_next_item(dictionary, iterator, &rawKey, &item);
+        MallocText key(rawKey);
+        if (!item) {
+            break;
+        }
+        if (!key || !visit(std::string_view(key.get()), item)) {
+            isComplete = false;
+            break;
+        }
+    }
+    std::free(iterator);
+    return isComplete;
+}
+
+std::optional<PropertyValue> valueFromPlist(plist_t node, int depth) {
+    if (depth > kMaxSavedValueDepth) {
+        return std::nullopt;
+    }
+    switch (plist_get_node_type(node)) {
+    case PLIST_BOOLEAN: {
+        std::uint8_t value = 0;
+        plist_get_bool_val(node, &value);
+        return PropertyValue(std::int64_t{value ? 1 : 0});
+    }
+    case PLIST_UINT: {
+        std::uint64_t value = 0;
+        plist_get_uint_val(node, &value);
+        return PropertyValue(static_cast<std::int64_t>(value));
+    }
+    case PLIST_STRING: {
+        auto text = plistText(node);
+        return text ? std::optional<PropertyValue>(PropertyValue(std::move(*text))) : std::nullopt;
+    }
+    case PLIST_DATA: {
+        std::uint64_t length = 0;
+        const auto* begin = reinterpret_cast<const std::uint8_t*>(plist_get_data_ptr(node, &length));
+        return PropertyValue(begin ? ByteBuffer(begin, begin + length) : ByteBuffer());
+    }
+    case PLIST_ARRAY: {
+        PropertyArray array;
+        const std::uint32_t size = plist_array_get_size(node);
+        array.reserve(size);
+        for (std::uint32_t i = 0; i < size; ++i) {
+            auto element = valueFromPlist(plist_array_get_item(node, i), depth + 1);
+            if (!element) {
+                return std::nullopt;
+            }
+            array.push_back(std::move(*element));
+        }
+        return PropertyValue(std::move(array));
+    }
+    case PLIST_DICT: {
+        PropertyDictionary dictionary;
+        const bool isReadable = forEachDictionaryItem(node, [&](std::string_view key, plist_t item) {
+            auto element = valueFromPlist(item, depth + 1);
+            if (!element || !isRegistryText(key)) {
+                return false;
+            }
+            dictionary.insert_or_assign(std::string(key), std::move(*element));
+            return true;
+        });
+        return isReadable ? std::optional<PropertyValue>(PropertyValue(std::move(dictionary))) : std::nullopt;
+    }
+    default:
+        return std::nullopt;
+    }
+}
+
+bool isBookkeepingKey(std::string_view key) {
+    for (const auto bookkeeping : kBookkeepingKeys) {
+        if (key == bookkeeping) {
+            return true;
+        }
+    }
+    return false;
+}
+
+void readEntry(plist_t entry, NativeUSBNode& node, int depth) {
+    std::string entryName;
+    std::string entryLocation;
+    plist_t children = nullptr;
+    forEachDictionaryItem(entry, [&](std::string_view key, plist_t item) {
+        if (key == kClassKey) {
+            node.className = plistText(item).value_or(std::string());
+        } else if (key == kNameKey) {
+            entryName = plistText(item).value_or(std::string());
+        } else if (key == kLocationKey) {
+            entryLocation = plistText(item).value_or(std::string());
+        } else if (key == kChildrenKey) {
+            children = item;
+        } else if (!isBookkeepingKey(key) && isRegistryText(key)) {
+            if (auto value = valueFromPlist(item, 0)) {
+                node.properties.insert_or_assign(std::string(key), std::move(*value));
+            }
+        }
+        return true;
+    });
+    assignNodeIdentity(node, entryName, entryLocation);
+    if (!children || depth + 1 >= kMaxSavedTreeDepth) {
+        return;
+    }
+    auto readChild = [&](plist_t child) {
+        if (plist_get_node_type(child) == PLIST_DICT) {
+            readEntry(child, node.addChild({}, {}, {}, {}), depth + 1);
+        }
+    };
+    // With -r, ioreg gives an ancestor's children as one dictionary.
+    if (plist_get_node_type(children) == PLIST_DICT) {
+        readChild(children);
+    } else if (plist_get_node_type(children) == PLIST_ARRAY) {
+        const std::uint32_t size = plist_array_get_size(children);
+        for (std::uint32_t i = 0; i < size; ++i) {
+            readChild(plist_array_get_item(children, i));
+        }
+    }
+}
+
+bool isRegistryEntry(plist_t node) {
+    return plist_get_node_type(node) == PLIST_DICT &&
+           (plist_dict_get_item(node, kClassKey) || plist_dict_get_item(node, kNameKey) ||
+            plist_dict_get_item(node, kChildrenKey));
+}
+
+// libplist's XML reader recurses once per level; counts the deepest nesting
+// of <array> and <dict> without parsing.
+bool isXMLNestingWithinLimit(std::string_view bytes) {
+    int depth = 0;
+    std::size_t position = 0;
+    while ((position = bytes.find('<', position)) != std::string_view::npos) {
+        const std::string_view tag = bytes.substr(position + 1, 7);
+        if (tag.starts_with("array") || tag.starts_with("dict")) {
+            const std::size_t close = bytes.find('>', position);
+            const bool isSelfClosing = close != std::string_view::npos && close > 0 && bytes[close - 1] == '/';
+            if (!isSelfClosing && ++depth > kMaxPlistDepth) {
+                return false;
+            }
+        } else if (tag.starts_with("/array") || tag.starts_with("/dict")) {
+            --depth;
+        }
+        ++position;
+    }
+    return true;
+}
+
+plist_t plistFromValue(const PropertyValue& value);
+
+plist_t plistFromDictionary(const PropertyDictionary& dictionary) {
+    plist_t result = plist_new_dict();
+    for (const auto& [key, element] : dictionary) {
+        plist_dict_set_item(result, key.c_str(), plistFromValue(element));
+    }
+    return result;
+}
+
+plist_t plistFromValue(const PropertyValue& value) {
+    if (const auto* text = value.text()) {
+        return plist_new_string(text->c_str());
+    }
+    if (const auto* bytes = value.bytes()) {
+        static const char kNothing = 0;
+        return plist_new_data(bytes->empty() ? &kNothing : reinterpret_cast<const char*>(bytes->data()),
+                              bytes->size());
+    }
+    if (const auto* number = value.number()) {
+        return plist_new_uint(static_cast<std::uint64_t>(*number));
+    }
+    if (const auto* array = value.array()) {
+        plist_t result = plist_new_array();
+        for (const auto& element : *array) {
+            plist_array_append_item(result, plistFromValue(element));
+        }
+        return result;
+    }
+    if (const auto* dictionary = value.dictionary()) {
+        return plistFromDictionary(*dictionary);
+    }
+    return plistFromDictionary(normalizedDictionary(value));
+}
+
+plist_t plistFromEntry(const NativeUSBNode& node) {
+    plist_t entry = plistFromDictionary(node.properties);
+    plist_dict_set_item(entry, kClassKey, plist_new_string(node.className.c_str()));
+    plist_dict_set_item(entry, kNameKey, plist_new_string(node.name.c_str()));
+    if (!node.location.empty()) {
+        plist_dict_set_item(entry, kLocationKey, plist_new_string(node.location.c_str()));
+    }
+    if (!node.children.empty()) {
+        plist_t children = plist_new_array();
+        for (const auto& child : node.children) {
+            plist_array_append_item(children, plistFromEntry(*child));
+        }
+        plist_dict_set_item(entry, kChildrenKey, children);
+    }
+    return entry;
+}
+
+} // namespace
+
+bool looksLikePropertyList(std::string_view bytes) {
+    if (bytes.starts_with("bplist00")) {
+        return true;
+    }
+    if (bytes.starts_with("\xEF\xBB\xBF")) {
+        bytes.remove_prefix(3);
+    }
+    const std::size_t start = bytes.find_first_not_of(" \t\r\n");
+    if (start == std::string_view::npos) {
+        return false;
+    }
+    bytes.remove_prefix(start);
+    return bytes.starts_with("<?xml") || bytes.starts_with("<!DOCTYPE plist") || bytes.starts_with("<plist");
+}
+
+std::unique_ptr<NativeUSBNode> parseSnapshot(std::string_view bytes) {
+    if (bytes.empty() || bytes.size() > kMaxSavedRegistryBytes) {
+        return nullptr;
+    }
+    if (bytes.starts_with("bplist00")) {
+        // A registry's binary list has about one object per reference byte;
+        // anything far beyond that is built to blow up.
+        if (!binaryPlistFitsBudget(bytes, 4 * std::uint64_t{bytes.size()} + 4096, kMaxPlistDepth)) {
+            return nullptr;
+        }
+    } else if (!isXMLNestingWithinLimit(bytes)) {
+        return nullptr;
+    }
+    const PlistPtr plist = parsePropertyList(bytes);
+    if (!plist) {
+        return nullptr;
+    }
+    std::vector<plist_t> entries;
+    if (plist_get_node_type(plist.get()) == PLIST_ARRAY) {
+        // ioreg -a with -r or -n lists each matching subtree at the top.
+        const std::uint32_t size = plist_array_get_size(plist.get());
+        for (std::uint32_t i = 0; i < size; ++i) {
+            entries.push_back(plist_array_get_item(plist.get(), i));
+        }
+    } else {
+        entries.push_back(plist.get());
+    }
+    std::erase_if(entries, [](plist_t entry) { return !isRegistryEntry(entry); });
+    if (entries.empty()) {
+        return nullptr;
+    }
+    if (entries.size() == 1) {
+        auto root = std::make_unique<NativeUSBNode>(std::string(), std::string(), std::string(),
+                                                    PropertyDictionary(), nullptr);
+        readEntry(entries.front(), *root, 0);
+        return root;
+    }
+    auto root = std::make_unique<NativeUSBNode>(std::string(), std::string(), std::string(), PropertyDictionary(),
+                                                nullptr);
+    for (plist_t entry : entries) {
+        readEntry(entry, root->addChild({}, {}, {}, {}), 1);
+    }
+    return root;
+}
+
+std::string snapshotPropertyList(const NativeUSBNode& root) {
+    const PlistPtr plist(plistFromEntry(root));
+    return propertyListXML(plist.get());
+}
+
+void writeSnapshot(const NativeUSBNode& root, const std::filesystem::path& path) {
+    const std::string xml = snapshotPropertyList(root);
+    if (xml.empty()) {
+        throw std::system_error(std::make_error_code(std::errc::not_enough_memory), "property list");
+    }
+    writeFileAtomically(path, xml);
+}
+
+} // namespace korvane
