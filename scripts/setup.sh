@@ -11,7 +11,7 @@ packages=(
   libicu-dev libplist-dev libzip-dev libcurl4-openssl-dev libudev-dev
   libcli11-dev libfmt-dev nlohmann-json3-dev
   # tests and benchmarks
-  libgtest-dev libgmock-dev googletest libbenchmark-dev zip unzip procps
+  libgtest-dev libgmock-dev googletest libbenchmark-dev libcpp-httplib-dev zip unzip procps python3
   # data
   hwdata
 )

@@ -29,4 +29,9 @@ private:
     std::string text_;
 };
 
+// What a failure says to the user: a CollectorError's text, the platform's own
+// words for a system or file error (without the library's framing), else
+// what() of any other exception.
+std::string errorDescription(const std::exception_ptr& failure);
+
 } // namespace korvane

@@ -1,0 +1,54 @@
+#pragma once
+
+#include "cli/RunLoopScheduler.h"
+#include "collector/CollectorModel.h"
+#include "scanner/RegistrySource.h"
+
+#include <cstdio>
+#include <filesystem>
+#include <memory>
+#include <optional>
+
+namespace korvane {
+
+// A bad argument or an unusable input file: the command ends with status 2
+// and this one line.
+struct UsageError {
+    std::string message;
+};
+
+// What the scans read: this machine's registry, a saved registry tree
+// (--registry), or the text of an ioreg dump read line by line (--ioreg).
+struct RegistryChoice {
+    std::optional<std::filesystem::path> registryFile;
+    std::optional<std::filesystem::path> ioregFile;
+};
+
+// The model as the command line drives it: the calling thread is the main
+// thread, the registry is the one the user chose, the desktop services stay
+// quiet, and the log goes to `logOutput` as it grows.
+class CommandLineSession {
+public:
+    CommandLineSession(const RegistryChoice& choice, std::FILE* logOutput, bool listenForHotplug = false);
+    ~CommandLineSession();
+
+    CollectorModel& model() { return *model_; }
+    RunLoopScheduler& scheduler() { return scheduler_; }
+    const RegistrySource& registry() const { return *registry_; }
+
+    // Runs the main loop until `isDone` holds and all background work is over.
+    void runUntil(const std::function<bool()>& isDone) { scheduler_.runUntil(isDone); }
+
+    // The editor's reset scan, waited for.
+    void scanForEditing();
+
+private:
+    RunLoopScheduler scheduler_;
+    std::unique_ptr<DesktopServices> desktop_;
+    std::unique_ptr<RegistrySource> registry_;
+    std::shared_ptr<CollectorModel> model_;
+    std::size_t logObserver_ = 0;
+    std::size_t printedLog_ = 0;
+};
+
+} // namespace korvane

@@ -1,0 +1,68 @@
+#include "cli/PortTable.h"
+
+#include "records/Connector.h"
+
+#include <fmt/format.h>
+
+namespace korvane {
+
+std::string connectorText(std::int64_t code) {
+    if (auto label = connectorMenuLabel(code)) {
+        return std::string(*label);
+    }
+    return std::to_string(code);
+}
+
+std::string portTable(const CollectorModel& model, const std::set<std::string>& changed) {
+    const auto& controllers = model.scannedControllers();
+    if (controllers.empty()) {
+        return "No USB controller found.\n";
+    }
+    std::string text;
+    for (const auto& controller : controllers) {
+        text += fmt::format("{}  {:04X}:{:04X}  {}\n", controller.name.empty() ? "USB Controller" : controller.name,
+                            controller.vendorID, controller.deviceID,
+                            controller.usbDeviceName.empty() ? "(unknown controller)" : controller.usbDeviceName);
+        text += fmt::format("  location {}, {}, {} port(s)\n", controller.location.empty() ? "-" : controller.location,
+                            controller.providerClass.empty() ? "no host service" : controller.providerClass,
+                            controller.ports.size());
+        for (const auto& port : controller.ports) {
+            const auto key = usbPortStableID(controller, port);
+            text += fmt::format("  {} [{}] {:<6} port {:<10} {:<9} {}\n", changed.contains(key) ? '*' : ' ',
+                                model.isPortSelected(controller, port) ? 'x' : ' ', port.name, hexString(port.portData),
+                                connectorText(model.connectorFor(controller, port)),
+                                port.activeDevice.empty() ? "No active device" : port.activeDevice);
+        }
+    }
+    text += fmt::format("{} of {} port(s) selected.\n", model.selectedPortIDs().size(), model.totalPortCount());
+    return text;
+}
+
+nlohmann::json portJSON(const CollectorModel& model) {
+    auto controllers = nlohmann::json::array();
+    for (const auto& controller : model.scannedControllers()) {
+        auto ports = nlohmann::json::array();
+        for (const auto& port : controller.ports) {
+            ports.push_back({{"name", port.name},
+                             {"location", port.location},
+                             {"connector", model.connectorFor(controller, port)},
+                             {"portData", hexString(port.portData)},
+                             {"comment", port.comment},
+                             {"activeDevice", port.activeDevice},
+                             {"portKey", usbPortStableID(controller, port)},
+                             {"selected", model.isPortSelected(controller, port)}});
+        }
+        controllers.push_back({{"name", controller.name},
+                               {"location", controller.location},
+                               {"vendorID", controller.vendorID},
+                               {"deviceID", controller.deviceID},
+                               {"ioNameMatch", controller.ioNameMatch},
+                               {"providerClass", controller.providerClass},
+                               {"usbDeviceName", controller.usbDeviceName},
+                               {"stableID", controller.stableID()},
+                               {"ports", std::move(ports)}});
+    }
+    return {{"controllers", std::move(controllers)}};
+}
+
+} // namespace korvane

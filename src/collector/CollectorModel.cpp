@@ -1,0 +1,197 @@
+#include "collector/CollectorModel.h"
+
+#include "package/KextPackageWriter.h"
+#include "package/OutputSanitizer.h"
+#include "package/SensitiveTextRedaction.h"
+#include "records/CollectorError.h"
+#include "records/FileIO.h"
+#include "tools/ProcessRunner.h"
+
+#include <ctime>
+#include <exception>
+
+namespace korvane {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+// Any web address with the donate path and its one query key will do; this
+// is the project's own.
+constexpr const char* donateAddress = "https://www.paypal.com/donate/?hosted_button_id=KORVANEGENERATOR";
+
+std::string clockText(std::chrono::system_clock::time_point when) {
+    const std::time_t seconds = std::chrono::system_clock::to_time_t(when);
+    std::tm local{};
+    localtime_r(&seconds, &local);
+    char text[16];
+    std::strftime(text, sizeof text, "%H:%M:%S", &local);
+    return text;
+}
+
+} // namespace
+
+std::shared_ptr<CollectorModel> CollectorModel::create(CollectorEnvironment environment) {
+    return std::shared_ptr<CollectorModel>(new CollectorModel(std::move(environment)));
+}
+
+CollectorModel::CollectorModel(CollectorEnvironment environment)
+    : environment_(std::move(environment)), usbMonitor_(std::move(environment_.hotplugSource)) {}
+
+std::size_t CollectorModel::observe(std::function<void()> observer) {
+    observers_[nextObserver_] = std::move(observer);
+    return nextObserver_++;
+}
+
+void CollectorModel::stopObserving(std::size_t token) {
+    observers_.erase(token);
+}
+
+void CollectorModel::changed() {
+    // A copy: an observer may subscribe or leave while being told.
+    const auto observers = observers_;
+    for (const auto& [token, observer] : observers) {
+        observer();
+    }
+}
+
+void CollectorModel::onMain(const std::function<void()>& work) {
+    environment_.scheduler.runOnMainAndWait(work);
+}
+
+void CollectorModel::append(const std::string& message) {
+    logText_ += "[" + clockText(environment_.now()) + "] " + message + "\n";
+    changed();
+}
+
+fs::path CollectorModel::desktopURL() const {
+    return environment_.desktopURL();
+}
+
+void CollectorModel::prepareInitialChecks() {
+    append("App started.");
+    append("Target Desktop: " + desktopURL().string());
+    append("Mode: standalone Korvane.kext generation only.");
+    append("No ACPI, audio, video, power or system dumps are collected by this app.");
+}
+
+void CollectorModel::startCollection() {
+    if (isRunning_) {
+        return;
+    }
+    isRunning_ = true;
+    lastZipURL_.reset();
+    changed();
+    std::weak_ptr<CollectorModel> weak = weak_from_this();
+    environment_.scheduler.runInBackground(Scheduler::Priority::userInitiated, [weak] {
+        if (auto model = weak.lock()) {
+            model->runCollection();
+        }
+    });
+}
+
+void CollectorModel::runCollection() {
+    try {
+        onMain([this] {
+            append(std::string(40, '-'));
+            append("Starting Korvane.kext generation.");
+        });
+        const fs::path desktop = desktopURL();
+        const fs::path workFolder = desktop / workFolderName;
+        const fs::path zipURL = desktop / zipName;
+
+        if (fs::exists(fs::symlink_status(workFolder))) {
+            fs::remove_all(workFolder);
+        }
+        fs::create_directories(workFolder);
+        onMain([&] { append("Temporary folder created: " + workFolder.string()); });
+
+        std::size_t controllerCount = 0;
+        onMain([&] { controllerCount = scannedControllers_.size(); });
+        if (controllerCount == 0) {
+            onMain([this] { append("No USB port list was loaded. Running Reset Ports before generation..."); });
+            runUSBScanForEditing(false, true, false);
+        }
+
+        std::vector<USBControllerMap> selected;
+        onMain([&] { selected = selectedControllers(); });
+        std::size_t portCount = 0;
+        for (const auto& controller : selected) {
+            portCount += controller.ports.size();
+        }
+        onMain([&] { append("Generating Korvane.kext with " + std::to_string(portCount) + " enabled port(s)..."); });
+
+        generateKorvaneKext(workFolder, std::nullopt, selected, environment_.tools);
+        onMain([this] { append("Korvane.kext step completed."); });
+
+        sanitizeDirectory(workFolder, environment_.tools.plutil);
+        writeCollectorLog(workFolder / logFileName);
+
+        if (fs::exists(fs::symlink_status(zipURL))) {
+            fs::remove_all(zipURL);
+        }
+        onMain([this] { append("Creating ZIP on Desktop..."); });
+        runProcess(environment_.tools.ditto,
+                   {"-c", "-k", "--sequesterRsrc", "--keepParent", workFolder.string(), zipURL.string()}, desktop,
+                   environment_.dittoTimeout);
+        onMain([&] { append("ZIP created successfully: " + zipURL.string()); });
+
+        std::error_code ignored;
+        fs::remove_all(workFolder, ignored);
+        onMain([&] {
+            append("Temporary Desktop folder removed after ZIP creation.");
+            lastZipURL_ = zipURL;
+            isRunning_ = false;
+            changed();
+            environment_.desktop.playSound("Glass");
+        });
+    } catch (...) {
+        const std::string line = "ERROR: " + errorDescription(std::current_exception());
+        onMain([&] {
+            append(line);
+            isRunning_ = false;
+            changed();
+            environment_.desktop.playSound("Basso");
+        });
+    }
+}
+
+void CollectorModel::writeCollectorLog(const fs::path& file) {
+    std::string text;
+    onMain([&] { text = logText_; });
+    writeFileAtomically(file, redactSensitiveText(text));
+}
+
+std::vector<USBControllerMap> CollectorModel::selectedControllers() const {
+    std::vector<USBControllerMap> selected;
+    selected.reserve(scannedControllers_.size());
+    for (const auto& controller : scannedControllers_) {
+        USBControllerMap copy = controller;
+        copy.ports.clear();
+        for (const auto& port : controller.ports) {
+            const auto key = usbPortStableID(controller, port);
+            if (!selectedPortIDs_.contains(key)) {
+                continue;
+            }
+            USBPortMap kept = port;
+            if (auto override = connectorOverrides_.find(key); override != connectorOverrides_.end()) {
+                kept.connector = override->second;
+            }
+            copy.ports.push_back(std::move(kept));
+        }
+        selected.push_back(std::move(copy));
+    }
+    return selected;
+}
+
+void CollectorModel::openDesktopZip() {
+    if (lastZipURL_) {
+        environment_.desktop.revealInFileManager(*lastZipURL_);
+    }
+}
+
+void CollectorModel::openPayPalDonate() {
+    environment_.desktop.openURL(donateAddress);
+}
+
+} // namespace korvane

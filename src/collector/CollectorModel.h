@@ -1,0 +1,153 @@
+#pragma once
+
+#include "platform/DesktopServices.h"
+#include "ids/IDsDownload.h"
+#include "platform/Scheduler.h"
+#include "collector/USBDeviceHotplugMonitor.h"
+#include "ids/IDsNameResolver.h"
+#include "platform/ToolPaths.h"
+#include "records/USBControllerMap.h"
+
+#include <chrono>
+#include <cstdint>
+#include <filesystem>
+#include <functional>
+#include <map>
+#include <memory>
+#include <optional>
+#include <set>
+#include <string>
+
+namespace korvane {
+
+// Everything the model reaches outside itself, handed in by the front that
+// makes it (the window, the command line, a test).
+struct CollectorEnvironment {
+    Scheduler& scheduler;
+    DesktopServices& desktop;
+    // A scan of the live registry (or of a saved one standing in for it):
+    // the fronts pass a USBTreeScanner's scan. Called on background threads.
+    std::function<USBScanResult()> scanRegistry;
+    // The resolver the scans name things with; reloaded after an ids update.
+    IDsNameResolver& names;
+    ToolPaths tools;
+    std::function<std::filesystem::path()> desktopURL;
+    std::function<std::chrono::system_clock::time_point()> now = std::chrono::system_clock::now;
+    std::unique_ptr<HotplugSource> hotplugSource{};
+    double dittoTimeout = 60;
+    IDsDownloadSources idsSources{};
+    IDsDatabaseLocations idsLocations{};
+};
+
+// The one object behind the window: the log, the port editor's state, the
+// generation run, hotplug tracking and the ids update.
+//
+// Threads: every public operation is called on the main thread, and every
+// observable property is read and written there only. Background work holds
+// the model weakly: a task that finds it gone does nothing. Observers are
+// told on the main thread after properties change.
+class CollectorModel : public std::enable_shared_from_this<CollectorModel> {
+public:
+    static constexpr const char* zipName = "Korvane.zip";
+    static constexpr const char* workFolderName = "KorvaneGenerator_Work";
+    static constexpr const char* logFileName = "KorvaneGenerator-log.txt";
+    static constexpr std::int64_t portLimit = 15;
+    static constexpr Scheduler::Seconds hotplugDebounce{0.18};
+
+    static std::shared_ptr<CollectorModel> create(CollectorEnvironment environment);
+
+    CollectorModel(const CollectorModel&) = delete;
+    CollectorModel& operator=(const CollectorModel&) = delete;
+
+    // Observable properties.
+    const std::string& logText() const { return logText_; }
+    bool isRunning() const { return isRunning_; }
+    const std::optional<std::filesystem::path>& lastZipURL() const { return lastZipURL_; }
+    const std::vector<USBControllerMap>& scannedControllers() const { return scannedControllers_; }
+    const std::set<std::string>& selectedPortIDs() const { return selectedPortIDs_; }
+    const std::map<std::string, std::int64_t>& connectorOverrides() const { return connectorOverrides_; }
+    bool isScanningUSB() const { return isScanningUSB_; }
+    bool isUpdatingIDs() const { return isUpdatingIDs_; }
+    bool showPortLimitWarning() const { return showPortLimitWarning_; }
+
+    // Calls `observer` after each change of the properties above; the token
+    // ends the subscription.
+    std::size_t observe(std::function<void()> observer);
+    void stopObserving(std::size_t token);
+
+    // Start-up and the run.
+    void prepareInitialChecks();
+    void startCollection();
+    void openDesktopZip();
+    void openPayPalDonate();
+
+    // Port editing.
+    void scanUSBPorts();
+    void refreshActiveUSBDevices();
+    void selectAllPorts();
+    void deselectAllPorts();
+    void setPortSelected(const USBControllerMap& controller, const USBPortMap& port, bool selected);
+    bool isPortSelected(const USBControllerMap& controller, const USBPortMap& port) const;
+    // The connector a row shows and a run uses: the user's pick, else the scan's.
+    std::int64_t connectorFor(const USBControllerMap& controller, const USBPortMap& port) const;
+    void setConnector(const USBControllerMap& controller, const USBPortMap& port, std::int64_t code);
+    std::int64_t totalPortCount() const;
+    void dismissPortLimitWarning();
+
+    // Hotplug.
+    void startUSBHotplugMonitoring();
+
+    // Ids databases.
+    void updateIDsDatabases();
+
+    // The controllers a run hands to the package writer: the selected ports
+    // only, with the user's connectors. Public for the command line's dry runs.
+    std::vector<USBControllerMap> selectedControllers() const;
+
+private:
+    explicit CollectorModel(CollectorEnvironment environment);
+
+    void append(const std::string& message);
+    void changed();
+    std::filesystem::path desktopURL() const;
+
+    void runCollection();
+    void writeCollectorLog(const std::filesystem::path& file);
+
+    void startGuardedScan(bool preserveExistingSelection, bool resetConnectorOverrides, bool silent);
+    void runUSBScanForEditing(bool preserveExistingSelection, bool resetConnectorOverrides, bool silent);
+    std::int64_t selectedPortCount(const USBControllerMap& controller) const;
+    std::map<std::string, std::int64_t> previousCounts() const;
+    void warnIfAnyControllerReachedPortLimit(const std::map<std::string, std::int64_t>& previousCounts);
+
+    void scheduleUSBHotplugRefresh();
+    void performIDsDatabaseUpdate();
+
+    // Runs `work` on the main thread and waits; for background steps.
+    void onMain(const std::function<void()>& work);
+
+    CollectorEnvironment environment_;
+
+    std::string logText_;
+    bool isRunning_ = false;
+    std::optional<std::filesystem::path> lastZipURL_;
+    std::vector<USBControllerMap> scannedControllers_;
+    std::set<std::string> selectedPortIDs_;
+    std::map<std::string, std::int64_t> connectorOverrides_;
+    bool isScanningUSB_ = false;
+    bool isUpdatingIDs_ = false;
+    bool showPortLimitWarning_ = false;
+
+    USBDeviceHotplugMonitor usbMonitor_;
+    std::shared_ptr<CancellableWork> hotplugRefreshWorkItem_;
+
+    std::map<std::size_t, std::function<void()>> observers_;
+    std::size_t nextObserver_ = 0;
+};
+
+// Whether the 15-port limit of the target system applies to the controller:
+// Intel, and "XHC" or "XHCI" as a whole word of its name, match name or
+// location.
+bool shouldWarnAboutSystemPortLimit(const USBControllerMap& controller);
+
+} // namespace korvane

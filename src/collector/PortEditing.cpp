@@ -1,0 +1,197 @@
+// The port editor's side of the model: scans for editing, selection,
+// connector choices and the port limit warning.
+
+#include "collector/CollectorModel.h"
+
+#include "package/LegacyUSBPortTemplate.h"
+#include "records/Text.h"
+
+#include <sstream>
+
+namespace korvane {
+
+void CollectorModel::scanUSBPorts() {
+    startGuardedScan(false, true, false);
+}
+
+void CollectorModel::refreshActiveUSBDevices() {
+    startGuardedScan(true, false, true);
+}
+
+void CollectorModel::startGuardedScan(bool preserveExistingSelection, bool resetConnectorOverrides, bool silent) {
+    if (isRunning_ || isScanningUSB_) {
+        return;
+    }
+    isScanningUSB_ = true;
+    changed();
+    std::weak_ptr<CollectorModel> weak = weak_from_this();
+    environment_.scheduler.runInBackground(
+        Scheduler::Priority::userInitiated, [weak, preserveExistingSelection, resetConnectorOverrides, silent] {
+            if (auto model = weak.lock()) {
+                model->runUSBScanForEditing(preserveExistingSelection, resetConnectorOverrides, silent);
+            }
+        });
+}
+
+void CollectorModel::runUSBScanForEditing(bool preserveExistingSelection, bool resetConnectorOverrides,
+                                          bool silent) {
+    if (!silent) {
+        onMain([this] { append("Scanning USB controllers and ports for editing..."); });
+    }
+
+    std::vector<USBControllerMap> controllers = environment_.scanRegistry().controllers;
+    for (auto& controller : controllers) {
+        if (controller.ports.empty()) {
+            controller.ports = legacyUSBPortTemplatePorts(controller);
+        }
+    }
+    std::set<std::string> active;
+    for (const auto& controller : controllers) {
+        for (const auto& port : controller.ports) {
+            if (!trimmed(port.activeDevice).empty()) {
+                active.insert(usbPortStableID(controller, port));
+            }
+        }
+    }
+
+    const std::size_t controllerCount = controllers.size();
+    const std::size_t activeCount = active.size();
+    onMain([&] {
+        // One stretch: no view may see the new controllers with the old selection.
+        const auto counts = previousCounts();
+        std::set<std::string> selection = preserveExistingSelection ? selectedPortIDs_ : std::set<std::string>{};
+        selection.insert(active.begin(), active.end());
+        scannedControllers_ = std::move(controllers);
+        selectedPortIDs_ = std::move(selection);
+        if (resetConnectorOverrides) {
+            connectorOverrides_.clear();
+        }
+        warnIfAnyControllerReachedPortLimit(counts);
+        isScanningUSB_ = false;
+        changed();
+    });
+
+    if (!silent) {
+        onMain([&] {
+            append("USB ports reset: " + std::to_string(controllerCount) + " controller(s), " +
+                   std::to_string(activeCount) + " active USB port(s) selected automatically.");
+        });
+    }
+}
+
+std::int64_t CollectorModel::selectedPortCount(const USBControllerMap& controller) const {
+    std::int64_t count = 0;
+    for (const auto& port : controller.ports) {
+        if (selectedPortIDs_.contains(usbPortStableID(controller, port))) {
+            ++count;
+        }
+    }
+    return count;
+}
+
+std::map<std::string, std::int64_t> CollectorModel::previousCounts() const {
+    std::map<std::string, std::int64_t> counts;
+    for (const auto& controller : scannedControllers_) {
+        counts[controller.stableID()] = selectedPortCount(controller);
+    }
+    return counts;
+}
+
+void CollectorModel::selectAllPorts() {
+    const auto counts = previousCounts();
+    std::set<std::string> all;
+    for (const auto& controller : scannedControllers_) {
+        for (const auto& port : controller.ports) {
+            all.insert(usbPortStableID(controller, port));
+        }
+    }
+    selectedPortIDs_ = std::move(all);
+    warnIfAnyControllerReachedPortLimit(counts);
+    changed();
+}
+
+void CollectorModel::deselectAllPorts() {
+    selectedPortIDs_.clear();
+    changed();
+}
+
+void CollectorModel::setPortSelected(const USBControllerMap& controller, const USBPortMap& port, bool selected) {
+    const std::int64_t before = selectedPortCount(controller);
+    const auto key = usbPortStableID(controller, port);
+    if (selected) {
+        selectedPortIDs_.insert(key);
+    } else {
+        selectedPortIDs_.erase(key);
+    }
+    if (shouldWarnAboutSystemPortLimit(controller) && before < portLimit &&
+        selectedPortCount(controller) >= portLimit) {
+        showPortLimitWarning_ = true;
+    }
+    changed();
+}
+
+bool CollectorModel::isPortSelected(const USBControllerMap& controller, const USBPortMap& port) const {
+    return selectedPortIDs_.contains(usbPortStableID(controller, port));
+}
+
+std::int64_t CollectorModel::connectorFor(const USBControllerMap& controller, const USBPortMap& port) const {
+    const auto override = connectorOverrides_.find(usbPortStableID(controller, port));
+    return override != connectorOverrides_.end() ? override->second : port.connector;
+}
+
+void CollectorModel::setConnector(const USBControllerMap& controller, const USBPortMap& port, std::int64_t code) {
+    // Stored even when it equals the scanned value: a pick is the user's word.
+    connectorOverrides_[usbPortStableID(controller, port)] = code;
+    changed();
+}
+
+std::int64_t CollectorModel::totalPortCount() const {
+    std::int64_t total = 0;
+    for (const auto& controller : scannedControllers_) {
+        total += static_cast<std::int64_t>(controller.ports.size());
+    }
+    return total;
+}
+
+void CollectorModel::dismissPortLimitWarning() {
+    showPortLimitWarning_ = false;
+    changed();
+}
+
+void CollectorModel::warnIfAnyControllerReachedPortLimit(const std::map<std::string, std::int64_t>& counts) {
+    for (const auto& controller : scannedControllers_) {
+        if (!shouldWarnAboutSystemPortLimit(controller)) {
+            continue;
+        }
+        const auto previous = counts.find(controller.stableID());
+        const bool wasBelow = previous == counts.end() || previous->second < portLimit;
+        if (wasBelow && selectedPortCount(controller) >= portLimit) {
+            showPortLimitWarning_ = true;
+            return;
+        }
+    }
+}
+
+bool shouldWarnAboutSystemPortLimit(const USBControllerMap& controller) {
+    if (controller.vendorID != 0x8086) {
+        return false;
+    }
+    for (const std::string* text : {&controller.name, &controller.ioNameMatch, &controller.location}) {
+        std::string words = uppercased(*text);
+        for (char& c : words) {
+            if (c == '@' || c == ':' || c == '/') {
+                c = ' ';
+            }
+        }
+        std::istringstream pieces(words);
+        std::string piece;
+        while (pieces >> piece) {
+            if (piece == "XHC" || piece == "XHCI") {
+                return true;
+            }
+        }
+    }
+    return false;
+}
+
+} // namespace korvane

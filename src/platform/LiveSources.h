@@ -1,0 +1,28 @@
+#pragma once
+
+#include "platform/HotplugSource.h"
+#include "platform/Scheduler.h"
+#include "scanner/RegistrySource.h"
+
+#include <memory>
+
+namespace korvane {
+
+// This machine's own registry and device events, chosen for the platform the
+// program was built for.
+
+// Never null: a platform without a readable registry gives a source whose
+// tree is empty.
+std::unique_ptr<RegistrySource> makeLiveRegistrySource();
+
+// Null where the platform can't tell about USB devices coming and going.
+// Events reach the main thread through `scheduler`.
+std::unique_ptr<HotplugSource> makeHotplugSource(Scheduler& scheduler);
+
+// A registry with nothing in it.
+class EmptyRegistrySource final : public RegistrySource {
+public:
+    std::unique_ptr<NativeUSBNode> copyRoot() const override { return nullptr; }
+};
+
+} // namespace korvane

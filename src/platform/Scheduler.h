@@ -1,0 +1,46 @@
+#pragma once
+
+#include <chrono>
+#include <functional>
+#include <memory>
+
+namespace korvane {
+
+// A delayed main-thread task that can still be called off. Cancelling one that
+// has already run changes nothing.
+class CancellableWork {
+public:
+    void cancel() { cancelled_ = true; }
+    bool isCancelled() const { return cancelled_; }
+
+private:
+    bool cancelled_ = false; // touched on the main thread only
+};
+
+// Where the model's work runs. The main thread owns all observable state;
+// background tasks do the scanning, tool runs and downloads and hop back to
+// the main thread for every state access.
+//
+// Contract for implementations:
+// - postToMain and postToMainAfter may be called from any thread; the task runs
+//   later on the main thread, tasks posted without delay in posting order.
+// - runOnMainAndWait blocks a background task until the task has run on the
+//   main thread. Called on the main thread it runs the task at once.
+// - runInBackground starts the task on some other thread (or, in a test
+//   scheduler, later on the test's own thread) and returns at once.
+// - Tasks may post further tasks. Nothing is run after the scheduler is gone.
+class Scheduler {
+public:
+    using Task = std::function<void()>;
+    using Seconds = std::chrono::duration<double>;
+    enum class Priority { userInitiated, utility };
+
+    virtual ~Scheduler() = default;
+
+    virtual void postToMain(Task task) = 0;
+    virtual std::shared_ptr<CancellableWork> postToMainAfter(Seconds delay, Task task) = 0;
+    virtual void runOnMainAndWait(Task task) = 0;
+    virtual void runInBackground(Priority priority, Task task) = 0;
+};
+
+} // namespace korvane

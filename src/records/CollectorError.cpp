@@ -1,0 +1,23 @@
+#include "records/CollectorError.h"
+
+#include <system_error>
+
+namespace korvane {
+
+std::string errorDescription(const std::exception_ptr& failure) {
+    try {
+        std::rethrow_exception(failure);
+    } catch (const CollectorError& error) {
+        return error.description();
+    } catch (const std::system_error& error) {
+        // File and launch errors carry the platform's words in their code;
+        // what() may add the library's framing and paths.
+        return error.code().message();
+    } catch (const std::exception& error) {
+        return error.what();
+    } catch (...) {
+        return "unknown error";
+    }
+}
+
+} // namespace korvane

@@ -1,0 +1,56 @@
+#pragma once
+
+#include "platform/Scheduler.h"
+
+#include <deque>
+#include <vector>
+
+namespace korvane {
+
+// A scheduler for tests: everything runs on the calling thread when the test
+// says so, against a virtual clock, so timing-dependent sequences (debounces,
+// a scan overlapping a run) are exact and need no sleeps.
+//
+// Background tasks queue until runBackground() or runUntilIdle(); while one
+// runs, runOnMainAndWait() runs its task inline, as if the hop were instant.
+class ManualScheduler final : public Scheduler {
+public:
+    void postToMain(Task task) override;
+    std::shared_ptr<CancellableWork> postToMainAfter(Seconds delay, Task task) override;
+    void runOnMainAndWait(Task task) override;
+    void runInBackground(Priority priority, Task task) override;
+
+    // Runs queued main-thread tasks (and those they queue) until none is left.
+    void runMain();
+    // Runs queued background tasks (and those they queue), oldest first.
+    void runBackground();
+    // Alternates both until neither queue holds anything. Timers don't fire.
+    void runUntilIdle();
+    // Moves the clock, firing due timers in time order, then runs until idle.
+    void advance(Seconds seconds);
+
+    Seconds now() const { return now_; }
+    std::size_t pendingBackgroundTasks() const { return background_.size(); }
+    std::size_t pendingTimers() const { return timers_.size(); }
+    std::vector<Priority> backgroundPriorities() const;
+
+private:
+    struct Timer {
+        Seconds due;
+        std::uint64_t order;
+        std::shared_ptr<CancellableWork> work;
+        Task task;
+    };
+    struct Background {
+        Priority priority;
+        Task task;
+    };
+
+    Seconds now_{0};
+    std::uint64_t nextOrder_ = 0;
+    std::deque<Task> main_;
+    std::deque<Background> background_;
+    std::vector<Timer> timers_;
+};
+
+} // namespace korvane
