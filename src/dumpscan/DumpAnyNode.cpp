@@ -1,0 +1,191 @@
+#include "dumpscan/DumpAnyNode.h"
+
+#include "records/Text.h"
+
+#include <cstdint>
+#include <cstring>
+#include <unicode/uchar.h>
+#include <unicode/unistr.h>
+#include <unicode/utf8.h>
+
+namespace korvane {
+
+namespace {
+
+constexpr std::size_t none = std::string_view::npos;
+
+class Text {
+public:
+    explicit Text(std::string_view text) : text_(text) {}
+
+    std::size_t size() const { return text_.size(); }
+
+    // The code point at `at` and where the next one starts; bad bytes read as
+    // U+FFFD, as ICU reads them.
+    UChar32 at(std::size_t at, std::size_t& next) const {
+        const auto* s = reinterpret_cast<const std::uint8_t*>(text_.data());
+        auto i = static_cast<std::int32_t>(at);
+        UChar32 c;
+        U8_NEXT(s, i, static_cast<std::int32_t>(text_.size()), c);
+        next = static_cast<std::size_t>(i);
+        return c < 0 ? 0xFFFD : c;
+    }
+
+    // Start of the code point that ends at `end`.
+    std::size_t previousStart(std::size_t end) const {
+        const auto* s = reinterpret_cast<const std::uint8_t*>(text_.data());
+        auto i = static_cast<std::int32_t>(end);
+        U8_BACK_1(s, 0, i);
+        return static_cast<std::size_t>(i);
+    }
+
+    bool isSpaceAt(std::size_t at, std::size_t& next) const {
+        return at < text_.size() && u_isUWhiteSpace(this->at(at, next));
+    }
+
+    // First byte `c` at or after `from`, remembered, since starts only move forward.
+    std::size_t next(char c, std::size_t from, std::size_t& cacheFrom, std::size_t& cache) const {
+        if (from >= cacheFrom && (cache == none || cache >= from)) {
+            return cache;
+        }
+        const void* found = from < text_.size() ? std::memchr(text_.data() + from, c, text_.size() - from) : nullptr;
+        cacheFrom = from;
+        cache = found ? static_cast<std::size_t>(static_cast<const char*>(found) - text_.data()) : none;
+        return cache;
+    }
+
+    std::size_t nextMarker(std::size_t from) const {
+        while (from + 3 <= text_.size()) {
+            const std::size_t at = text_.find("+-", from);
+            if (at == none || at + 3 > text_.size()) {
+                return none;
+            }
+            if (text_[at + 2] == 'o' || text_[at + 2] == 'O') {
+                return at;
+            }
+            from = at + 1;
+        }
+        return none;
+    }
+
+    // End of "<class" matched case-insensitively at `at` (full case folding:
+    // long s for s, sharp s for "ss"), or none.
+    std::size_t classWordEnd(std::size_t at) const {
+        if (at + 4 >= text_.size() || text_[at] != '<' || (text_[at + 1] | 0x20) != 'c' ||
+            (text_[at + 2] | 0x20) != 'l' || (text_[at + 3] | 0x20) != 'a') {
+            return none;
+        }
+        std::size_t i = at + 4;
+        std::size_t next = i;
+        const UChar32 first = this->at(i, next);
+        if (first == 0x00DF || first == 0x1E9E) {
+            return next;
+        }
+        for (int letter = 0; letter < 2; ++letter) {
+            if (i >= text_.size()) {
+                return none;
+            }
+            const UChar32 c = this->at(i, next);
+            if (c != 's' && c != 'S' && c != 0x017F) {
+                return none;
+            }
+            i = next;
+        }
+        return i;
+    }
+
+    std::string_view slice(std::size_t from, std::size_t to) const { return text_.substr(from, to - from); }
+
+private:
+    std::string_view text_;
+};
+
+// Bad bytes come out as U+FFFD, the way ICU would have read them.
+std::string groupText(std::string_view bytes) {
+    if (isValidUTF8(bytes)) {
+        return trimmed(bytes);
+    }
+    std::string repaired;
+    icu::UnicodeString::fromUTF8(icu::StringPiece(bytes.data(), static_cast<std::int32_t>(bytes.size())))
+        .toUTF8String(repaired);
+    return trimmed(repaired);
+}
+
+bool isNameRunCharacter(UChar32 c) {
+    return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == ',' || c == 0x017F ||
+           c == 0x212A;
+}
+
+} // namespace
+
+void forEachAnyNode(std::string_view view, const std::function<bool(std::string, std::string)>& visit) {
+    const Text text(view);
+    std::size_t lessFrom = none;
+    std::size_t less = none;
+    std::size_t atSignFrom = none;
+    std::size_t atSign = none;
+    std::size_t position = 0;
+    while (true) {
+        const std::size_t start = text.nextMarker(position);
+        if (start == none) {
+            return;
+        }
+        std::size_t afterBlank = 0;
+        if (!text.isSpaceAt(start + 3, afterBlank)) {
+            position = start + 1;
+            continue;
+        }
+        const std::size_t classAt = text.next('<', start + 3, lessFrom, less);
+        if (classAt == none) {
+            return; // no later start has a "<class" behind it either
+        }
+        const std::size_t nextAt = text.next('@', start + 3, atSignFrom, atSign);
+        const std::size_t barrier = nextAt != none && nextAt < classAt ? nextAt : classAt;
+        position = barrier + 1; // where the next start goes if this one fails
+
+        // The name group runs from behind the first blank to `nameEnd`, and
+        // must hold at least one character.
+        std::size_t nameEnd = none;
+        std::size_t ignored = 0;
+        if (barrier == classAt) {
+            const std::size_t blank = text.previousStart(classAt);
+            if (blank >= afterBlank && text.isSpaceAt(blank, ignored)) {
+                nameEnd = blank;
+            }
+        } else {
+            std::size_t i = barrier + 1;
+            std::size_t next = i;
+            while (i < classAt && isNameRunCharacter(text.at(i, next))) {
+                i = next;
+            }
+            const std::size_t blanksStart = i;
+            while (i < classAt && text.isSpaceAt(i, next)) {
+                i = next;
+            }
+            if (i == classAt && blanksStart < classAt) {
+                nameEnd = barrier;
+            }
+        }
+        if (nameEnd == none || nameEnd <= afterBlank) {
+            continue;
+        }
+        const std::size_t wordEnd = text.classWordEnd(classAt);
+        std::size_t afterClassBlank = 0;
+        if (wordEnd == none || !text.isSpaceAt(wordEnd, afterClassBlank)) {
+            continue;
+        }
+        std::size_t classEnd = view.find_first_of(",>", wordEnd);
+        if (classEnd == none) {
+            classEnd = view.size();
+        }
+        if (classEnd <= afterClassBlank) {
+            continue;
+        }
+        if (visit(groupText(text.slice(start + 3, nameEnd)), groupText(text.slice(wordEnd, classEnd)))) {
+            return;
+        }
+        position = classEnd;
+    }
+}
+
+} // namespace korvane

@@ -1,0 +1,36 @@
+#pragma once
+
+#include "ids/IDsNameResolver.h"
+#include "platform/ToolPaths.h"
+#include "records/USBControllerMap.h"
+#include "scanner/RegistrySource.h"
+
+#include <filesystem>
+#include <optional>
+#include <string>
+
+namespace korvane {
+
+// The one scanner the rest of the program calls: the live registry first, and
+// a saved dump only when the live scan finds no controller at all and a dump
+// was named. The collector's own flows never name one.
+struct USBTreeScanner {
+    std::optional<std::filesystem::path> ioregFile;
+    const RegistrySource& liveRegistry;
+    IDsNameResolver& names;
+    // The tool that brings a binary property-list dump to XML, and how long it may take.
+    std::string plutil = ToolPaths::forPlatform().plutil;
+    double conversionTimeout = 15;
+    // Where the dump's working copy goes; none means the system's temporary folder.
+    std::optional<std::filesystem::path> temporaryFolder = std::nullopt;
+
+    // Never fails; blocks for as long as the scan takes. Background threads only.
+    USBScanResult scan() const;
+
+    // The dump path alone, without asking the live registry: the controllers
+    // of `dump` as the line-based dump parser finds them. Nothing for a file
+    // that isn't there, can't be read or holds no node lines.
+    USBScanResult scanDump(const std::filesystem::path& dump) const;
+};
+
+} // namespace korvane
