@@ -7,7 +7,7 @@
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
-scripts/setup.sh
+bash scripts/setup.sh
 cmake --preset release >/dev/null
 cmake --build --preset release
 

@@ -5,7 +5,7 @@
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
-scripts/setup.sh
+bash scripts/setup.sh
 
 run_preset() {
   local preset=$1
