@@ -157,6 +157,18 @@ TEST_F(MaskedLogRunTest, TheLogFileIsMaskedWhileTheLogStaysPlain) {
     EXPECT_THAT(logFile, testing::Not(HasSubstr(uuid)));
 }
 
+TEST_F(GenerationRunTest, ARunStartedDuringAScanTakesWhatTheScanLeaves) {
+    auto controller = makeController("XHC1", 0x8086, 0xa36d, {makePort("HS01", 1, "Keyboard")});
+    scans = {{{controller}}};
+    model->scanUSBPorts();
+    model->startCollection(); // a scan is no reason to refuse a run
+    EXPECT_EQ(scheduler.pendingBackgroundTasks(), 2u);
+    scheduler.runUntilIdle();
+    EXPECT_EQ(scanCount, 1) << "the loaded list is used, no second scan";
+    EXPECT_THAT(logLines(), testing::Contains("Generating Korvane.kext with 1 enabled port(s)..."));
+    EXPECT_TRUE(model->lastZipURL());
+}
+
 class FailingRunTest : public GenerationRunTest {};
 
 TEST_F(FailingRunTest, ADesktopThatIsAFileEndsInOneErrorLine) {
@@ -192,6 +204,29 @@ TEST_F(BrokenDittoRunTest, AFailingDittoKeepsTheWorkFolder) {
                                                     zip().string() + "\ndisk full\n\n"));
     EXPECT_TRUE(fs::exists(desktop() / "KorvaneGenerator_Work" / "KorvaneGenerator-log.txt"));
     EXPECT_FALSE(fs::exists(zip())) << "the old ZIP went in the same step";
+    EXPECT_THAT(recordingDesktop.sounds, ElementsAre("Basso"));
+}
+
+class BrokenPlutilRunTest : public GenerationRunTest {
+protected:
+    void customise(CollectorEnvironment& environment) override {
+        const auto tool = home.path() / "plutil";
+        writeFileAtomically(tool, "#!/bin/sh\necho \"$2: Encountered unknown tag\"\nexit 1\n");
+        fs::permissions(tool, fs::perms::owner_all);
+        environment.tools.plutil = tool.string();
+    }
+};
+
+TEST_F(BrokenPlutilRunTest, ARejectedPropertyListEndsTheRunBeforeTheZip) {
+    loadPorts();
+    generate();
+    const auto plist = desktop() / "KorvaneGenerator_Work" / "Korvane.kext" / "Contents" / "Info.plist";
+    EXPECT_THAT(model->logText(), HasSubstr("] ERROR: Command failed: " + (home.path() / "plutil").string() +
+                                            " -lint " + plist.string() + "\n" + plist.string() +
+                                            ": Encountered unknown tag\n"));
+    EXPECT_THAT(logLines(), testing::Not(testing::Contains("Korvane.kext step completed.")));
+    EXPECT_FALSE(fs::exists(zip()));
+    EXPECT_TRUE(fs::exists(plist)) << "what was written stays for the user to see";
     EXPECT_THAT(recordingDesktop.sounds, ElementsAre("Basso"));
 }
 
