@@ -1,15 +1,16 @@
 #include "platform/LiveSources.h"
 
+#include "platform/linux/SysfsRegistrySource.h"
+#include "platform/linux/UdevHotplugSource.h"
+
 namespace korvane {
 
-// The sysfs registry and the udev hotplug source come with the Linux layer;
-// until then a live scan finds no controller and nothing is heard.
 std::unique_ptr<RegistrySource> makeLiveRegistrySource() {
-    return std::make_unique<EmptyRegistrySource>();
+    return std::make_unique<SysfsRegistrySource>("/sys");
 }
 
-std::unique_ptr<HotplugSource> makeHotplugSource(Scheduler&) {
-    return nullptr;
+std::unique_ptr<HotplugSource> makeHotplugSource(Scheduler& scheduler) {
+    return std::make_unique<UdevHotplugSource>(scheduler, UdevHotplugSource::preferredNetlinkSource());
 }
 
 } // namespace korvane

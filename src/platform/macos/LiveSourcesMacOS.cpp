@@ -1,14 +1,16 @@
 #include "platform/LiveSources.h"
 
+#include "platform/macos/IOKitHotplugSource.h"
+#include "platform/macos/IOKitRegistrySource.h"
+
 namespace korvane {
 
-// The IOKit registry and notification sources come with the macOS layer.
 std::unique_ptr<RegistrySource> makeLiveRegistrySource() {
-    return std::make_unique<EmptyRegistrySource>();
+    return std::make_unique<IOKitRegistrySource>();
 }
 
-std::unique_ptr<HotplugSource> makeHotplugSource(Scheduler&) {
-    return nullptr;
+std::unique_ptr<HotplugSource> makeHotplugSource(Scheduler& scheduler) {
+    return std::make_unique<IOKitHotplugSource>(scheduler);
 }
 
 } // namespace korvane

@@ -1,0 +1,58 @@
+#include "platform/linux/SysfsRegistrySource.h"
+
+#include "platform/linux/SysfsPCIDevice.h"
+#include "platform/linux/SysfsReading.h"
+#include "platform/linux/SysfsTreeBuilder.h"
+#include "platform/linux/SysfsXHCIService.h"
+
+namespace korvane {
+
+SysfsRegistrySource::SysfsRegistrySource(std::filesystem::path sysfsRoot) : root_(std::move(sysfsRoot)) {}
+
+std::unique_ptr<NativeUSBNode> SysfsRegistrySource::copyRoot() const {
+    const auto devices = root_ / "devices";
+    std::error_code error;
+    if (!std::filesystem::is_directory(devices, error)) {
+        return nullptr;
+    }
+    auto root = std::make_unique<NativeUSBNode>("Root", "", "IORegistryEntry", PropertyDictionary{}, nullptr);
+    SysfsTreeBuilder builder;
+    // pci0000:00, pci0000:40, ...: one per host bridge (PCI segment and root bus).
+    for (const auto& name : sysfs::subdirectories(devices)) {
+        if (!name.starts_with("pci")) {
+            continue;
+        }
+        PropertyDictionary properties;
+        properties["IOName"] = firmwareNodeName(devices / name).value_or(name);
+        properties["sysfs-name"] = name;
+        if (NativeUSBNode* host = builder.add(*root, "pci_host_bridge", std::move(properties))) {
+            addPCIChildren(*host, devices / name, builder, 1);
+        }
+    }
+    return root;
+}
+
+void SysfsRegistrySource::addPCIChildren(NativeUSBNode& parent, const std::filesystem::path& directory,
+                                         SysfsTreeBuilder& builder, int depth) const {
+    if (depth > SysfsTreeBuilder::maxDepth) {
+        return;
+    }
+    for (const auto& name : sysfs::subdirectories(directory)) {
+        const auto address = PCIAddress::parse(name);
+        if (!address) {
+            continue;
+        }
+        const SysfsPCIDevice device(directory / name, *address);
+        NativeUSBNode* node = builder.add(parent, "IOPCIDevice", device.properties());
+        if (!node) {
+            return;
+        }
+        if (device.isXHCI()) {
+            SysfsXHCIService(device, root_ / "kernel" / "debug").addTo(*node, builder);
+        }
+        // Functions behind a bridge sit in the bridge's folder.
+        addPCIChildren(*node, device.directory(), builder, depth + 1);
+    }
+}
+
+} // namespace korvane

@@ -1,0 +1,48 @@
+#pragma once
+
+#include "platform/linux/SysfsPCIDevice.h"
+#include "platform/linux/SysfsTreeBuilder.h"
+
+#include <cstdint>
+#include <filesystem>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace korvane {
+
+// The host service node below an xHCI PCI function, with one port node per
+// port of the controller's two root hubs (USB 2 first, then USB 3) and the
+// attached devices below the ports.
+class SysfsXHCIService {
+public:
+    // Where a port's controller number came from. Only the first two are
+    // facts; the last is a guess and says so in the tree.
+    enum class NumberSource { firmware, debugfs, rootHubPosition };
+
+    struct RootPort {
+        std::uint32_t bus = 0;
+        bool isUSB3 = false;
+        std::uint32_t position = 0; // port k of its root hub
+        std::optional<std::filesystem::path> directory;
+        std::string name;
+        std::uint32_t number = 0;
+        NumberSource numberSource = NumberSource::rootHubPosition;
+        std::optional<std::int64_t> connector;
+        std::string peerName;
+    };
+
+    SysfsXHCIService(const SysfsPCIDevice& pci, std::filesystem::path debugfsRoot)
+        : pci_(pci), debugfsRoot_(std::move(debugfsRoot)) {}
+
+    void addTo(NativeUSBNode& pciNode, SysfsTreeBuilder& builder) const;
+
+    // The ports of both root hubs, named, numbered and typed; exposed for tests.
+    std::vector<RootPort> rootPorts() const;
+
+private:
+    const SysfsPCIDevice& pci_;
+    std::filesystem::path debugfsRoot_; // <sysfs root>/kernel/debug
+};
+
+} // namespace korvane

@@ -1,0 +1,42 @@
+#!/usr/bin/env bash
+# The live Linux sources in a real kernel: `korvane scan --json` on three
+# QEMU machines (and again from a `korvane snapshot` of the same tree), and
+# `korvane watch --json` across a plug and an unplug.
+# Usage: run-e2e.sh KORVANE HARNESS_DIR CACHE_DIR
+# Exits 77 (skipped) when QEMU or the harness isn't installed.
+set -uo pipefail
+
+korvane=$1 harness=$2 cache=$3
+here=$(cd "$(dirname "$0")" && pwd)
+if ! command -v qemu-system-x86_64 >/dev/null || [ ! -x "$harness/run-in-vm.sh" ] ||
+   ! ls /boot/vmlinuz-* >/dev/null 2>&1; then
+    echo "skipped: QEMU, a kernel image or the qemu-usb harness is missing"
+    exit 77
+fi
+mkdir -p "$cache"
+export QEMU_USB_CACHE=$cache
+work=$(mktemp -d)
+trap 'rm -rf "$work"' EXIT
+
+failed=0
+for preset in basic dual acpi; do
+    if ! "$harness/run-in-vm.sh" --devices "$preset" --file "$korvane:/payload/bin/korvane" -- \
+        sh -c 'korvane scan --json && korvane snapshot -o /tmp/tree.plist >/dev/null &&
+               korvane scan --json --registry /tmp/tree.plist' >"$work/$preset.json" 2>"$work/$preset.err"; then
+        echo "$preset: the VM run failed"; cat "$work/$preset.err"; failed=1; continue
+    fi
+    python3 "$here/check-scan.py" "$preset" "$work/$preset.json" || failed=1
+done
+
+# SIGTERM ends the watch cleanly, so everything it printed arrives.
+if ! "$harness/run-in-vm.sh" --devices empty --hotplug "$here/plug-keyboard.steps" \
+    --file "$korvane:/payload/bin/korvane" -- timeout -s TERM 14 korvane watch --json \
+    >"$work/watch.json" 2>"$work/watch.err"; then
+    status=$?
+    # timeout's own status when it had to end the watch.
+    if [ "$status" -ne 143 ] && [ "$status" -ne 124 ]; then
+        echo "watch: the VM run failed ($status)"; cat "$work/watch.err"; failed=1
+    fi
+fi
+python3 "$here/check-scan.py" watch "$work/watch.json" || { cat "$work/watch.err"; failed=1; }
+exit $failed
