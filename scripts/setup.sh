@@ -19,6 +19,10 @@ packages=(
   # the end-to-end test in a real Linux kernel under QEMU (the packages of the
   # qemu-usb harness's own setup.sh)
   qemu-system-x86 qemu-utils linux-image-amd64 busybox-static cpio kmod udev socat acpica-tools
+  # the desktop window: Qt 6 Widgets (D-Bus and SVG icons), the sound theme
+  # player, fonts for the window, and a virtual display for the screenshot
+  qt6-base-dev libqt6svg6 libcanberra-dev sound-theme-freedesktop
+  fonts-dejavu-core xvfb xauth
 )
 
 missing=()

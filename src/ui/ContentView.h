@@ -1,0 +1,90 @@
+#pragma once
+
+#include "collector/CollectorModel.h"
+
+#include <QIcon>
+#include <QMessageBox>
+#include <QPointer>
+#include <QWidget>
+
+#include <memory>
+#include <set>
+#include <string>
+#include <vector>
+
+class QLabel;
+class QPushButton;
+class QStackedWidget;
+
+namespace korvane {
+
+class AnimatedHeaderIcon;
+class ControllerList;
+class RoundedPanel;
+class StatusBadge;
+
+// The window's content: header with the run status, the port editor, the
+// action row and the footer. Every control calls the model and every text
+// reads it; the view itself remembers only which controller sections are
+// open.
+class ContentView : public QWidget {
+public:
+    ContentView(std::shared_ptr<CollectorModel> model, QIcon appIcon, QWidget* parent = nullptr);
+    ~ContentView() override;
+
+    CollectorModel& model() const { return *model_; }
+    const std::set<std::string>& expandedControllerKeys() const { return expandedControllerKeys_; }
+    // Opens or closes a controller's section, as a click on its header does.
+    void toggleSection(const std::string& controllerKey);
+
+    // For tests and the screenshot: the parts a user looks at.
+    struct Parts {
+        StatusBadge* badge;
+        QLabel* counter;
+        QPushButton* resetPorts;
+        QPushButton* updateIDs;
+        QPushButton* selectAll;
+        QPushButton* deselectAll;
+        QLabel* emptyHint;
+        ControllerList* list;
+        QPushButton* generate;
+        QPushButton* openZip;
+        QPushButton* donate;
+    };
+    const Parts& parts() const { return parts_; }
+    // The port limit alert while it stands over the window.
+    QMessageBox* portLimitAlert() const { return portLimitAlert_; }
+
+protected:
+    void showEvent(QShowEvent* event) override;
+    void changeEvent(QEvent* event) override;
+
+private:
+    QWidget* makeHeader(QIcon appIcon);
+    QWidget* makeEditorPanel();
+    QWidget* makeActionRow();
+    QWidget* makeFooter();
+    void applyColours();
+    void refresh();
+    void showControllers();
+    void openPortLimitAlert();
+
+    std::shared_ptr<CollectorModel> model_;
+    std::set<std::string> expandedControllerKeys_;
+    std::vector<std::string> lastControllerKeys_;
+    std::size_t observer_ = 0;
+    bool hasAppeared_ = false;
+
+    Parts parts_{};
+    std::vector<QWidget*> dividers_;
+    std::vector<QLabel*> secondaryTexts_;
+    QLabel* makerLine_ = nullptr;
+    RoundedPanel* editorPanel_ = nullptr;
+    RoundedPanel* emptyHintPanel_ = nullptr;
+    QStackedWidget* listStack_ = nullptr;
+    QPointer<QMessageBox> portLimitAlert_;
+    bool isAlertQueued_ = false;
+    bool isApplyingColours_ = false;
+};
+
+} // namespace korvane

@@ -1,0 +1,62 @@
+#pragma once
+
+#include "platform/DesktopServices.h"
+#include "scanner/RegistrySource.h"
+#include "ui/QtScheduler.h"
+
+#include <QIcon>
+
+#include <filesystem>
+#include <memory>
+#include <optional>
+
+class QMainWindow;
+
+namespace korvane {
+
+class ContentView;
+
+struct AppOptions {
+    // A saved registry shown instead of the live one; no hotplug events then.
+    std::optional<std::filesystem::path> registryFile;
+    // Save a picture of the window once the first scan is shown, then quit.
+    std::optional<std::filesystem::path> screenshotFile;
+};
+
+// The application: one window of `ContentView` with its menus, and what the
+// window's model needs of the world.
+class KorvaneGeneratorApp {
+public:
+    // Throws std::runtime_error with a one-line reason when the registry file
+    // can't be read.
+    explicit KorvaneGeneratorApp(const AppOptions& options);
+    ~KorvaneGeneratorApp();
+
+    KorvaneGeneratorApp(const KorvaneGeneratorApp&) = delete;
+    KorvaneGeneratorApp& operator=(const KorvaneGeneratorApp&) = delete;
+
+    // Shows the window and runs the event loop until the application ends.
+    int run();
+
+    QMainWindow& window() const { return *window_; }
+    ContentView& content() const { return *content_; }
+
+    static constexpr int minimumWidth = 760;
+    static constexpr int minimumHeight = 520;
+    static constexpr int idealWidth = 900;
+    static constexpr int idealHeight = 680;
+
+private:
+    void saveScreenshotWhenScanned(const std::filesystem::path& file);
+
+    // Declared before the scheduler: background work still running when the
+    // window closes uses them until the scheduler's end has waited for it.
+    std::unique_ptr<DesktopServices> desktop_;
+    std::unique_ptr<RegistrySource> registry_;
+    QtScheduler scheduler_;
+    std::unique_ptr<QMainWindow> window_;
+    ContentView* content_ = nullptr;
+    std::optional<std::filesystem::path> screenshotFile_;
+};
+
+} // namespace korvane

@@ -1,0 +1,34 @@
+#pragma once
+
+#include "ui/RoundedPanel.h"
+
+class QLabel;
+
+namespace korvane {
+
+// The run status at the right of the header: a coloured dot and a word on a
+// translucent capsule.
+class StatusBadge : public RoundedPanel {
+public:
+    enum class State { ready, running, completed };
+
+    explicit StatusBadge(QWidget* parent = nullptr);
+
+    void setState(State state);
+    State state() const { return state_; }
+    QString text() const;
+
+protected:
+    void changeEvent(QEvent* event) override;
+
+private:
+    class Dot;
+
+    void applyColours();
+
+    State state_ = State::ready;
+    Dot* dot_;
+    QLabel* label_;
+};
+
+} // namespace korvane

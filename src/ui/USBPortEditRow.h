@@ -1,0 +1,53 @@
+#pragma once
+
+#include "collector/CollectorModel.h"
+#include "records/USBControllerMap.h"
+
+#include <QWidget>
+
+#include <memory>
+
+class QCheckBox;
+class QComboBox;
+class QLabel;
+
+namespace korvane {
+
+// One line of the port editor: checkbox, name, port number, connector menu
+// and the attached device. The check mark and the connector are read from the
+// model at every refresh, never kept, so two rows of the same port key always
+// agree and a rescan carries the user's choices by key.
+class USBPortEditRow : public QWidget {
+public:
+    USBPortEditRow(std::shared_ptr<CollectorModel> model, USBControllerMap controller, USBPortMap port,
+                   QWidget* parent = nullptr);
+
+    // A rescan hands the row its port's new record.
+    void setPort(const USBControllerMap& controller, const USBPortMap& port);
+    // Re-reads the check mark and the connector from the model.
+    void refresh();
+
+    const USBPortMap& port() const { return port_; }
+    QCheckBox* checkbox() const { return checkbox_; }
+    QComboBox* connectorMenu() const { return connectorMenu_; }
+    QLabel* deviceLabel() const { return device_; }
+
+protected:
+    void changeEvent(QEvent* event) override;
+
+private:
+    void styleCheckbox();
+    void showPortTexts();
+    void showConnector(std::int64_t code);
+
+    std::shared_ptr<CollectorModel> model_;
+    USBControllerMap controller_;
+    USBPortMap port_;
+    QCheckBox* checkbox_;
+    QLabel* name_;
+    QLabel* number_;
+    QComboBox* connectorMenu_;
+    QLabel* device_;
+};
+
+} // namespace korvane

@@ -1,0 +1,46 @@
+#include "platform/DesktopServices.h"
+#include "ui/SystemDesktopServices.h"
+
+#import <AppKit/AppKit.h>
+
+#include <QDesktopServices>
+#include <QUrl>
+
+namespace korvane {
+
+namespace {
+
+// The system's own sounds and the Finder.
+class MacDesktopServices final : public DesktopServices {
+public:
+    void playSound(const std::string& name) override {
+        @autoreleasepool {
+            NSSound* sound = [NSSound soundNamed:[NSString stringWithUTF8String:name.c_str()]];
+            [sound play];
+        }
+    }
+
+    void revealInFileManager(const std::filesystem::path& file) override {
+        @autoreleasepool {
+            NSURL* url = [NSURL fileURLWithPath:[NSString stringWithUTF8String:file.c_str()]];
+            if (url) {
+                [[NSWorkspace sharedWorkspace] activateFileViewerSelectingURLs:@[ url ]];
+            }
+        }
+    }
+
+    void openURL(const std::string& address) override {
+        const QUrl url(QString::fromStdString(address), QUrl::StrictMode);
+        if (url.isValid()) {
+            QDesktopServices::openUrl(url);
+        }
+    }
+};
+
+} // namespace
+
+std::unique_ptr<DesktopServices> makeSystemDesktopServices() {
+    return std::make_unique<MacDesktopServices>();
+}
+
+} // namespace korvane

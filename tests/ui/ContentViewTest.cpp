@@ -1,0 +1,260 @@
+#include "ui/ContentView.h"
+
+#include "ViewFixture.h"
+#include "ui/ControllerList.h"
+#include "ui/ControllerSection.h"
+#include "ui/StatusBadge.h"
+#include "ui/USBPortEditRow.h"
+
+#include <QCheckBox>
+#include <QComboBox>
+#include <QLabel>
+#include <QPushButton>
+#include <QScrollBar>
+
+#include <gmock/gmock.h>
+
+#include <fstream>
+
+namespace korvane {
+namespace {
+
+using testing::ElementsAre;
+
+USBControllerMap intelXHC(std::vector<USBPortMap> ports) {
+    return makeController("XHC", 0x8086, 0xa36d, std::move(ports), "Cannon Lake PCH USB 3.1 xHCI Host Controller");
+}
+
+class ContentViewTest : public ViewFixture {
+public:
+    void SetUp() override {
+        ViewFixture::SetUp();
+        if (!IsSkipped()) {
+            view = std::make_unique<ContentView>(model, QIcon());
+            view->resize(900, 680);
+        }
+    }
+    void TearDown() override { view.reset(); }
+
+    const ContentView::Parts& parts() const { return view->parts(); }
+    std::vector<ControllerSection*> sections() const { return parts().list->sections(); }
+    bool isListShown() const { return parts().list->isVisibleTo(view.get()); }
+
+    std::unique_ptr<ContentView> view;
+};
+
+// Which controls are enabled in each state of the model the window can meet.
+struct ControlStates {
+    const char* name;
+    std::function<void(ContentViewTest&)> enter;
+    bool reset, updateIDs, selectAll, deselectAll, generate, openZip, donate;
+    const char* resetLabel;
+    const char* updateLabel;
+    const char* badge;
+};
+
+class ContentViewControls : public ContentViewTest, public testing::WithParamInterface<ControlStates> {};
+
+TEST_P(ContentViewControls, EnableAndLabelTheButtons) {
+    GetParam().enter(*this);
+    const auto& p = parts();
+    const ControlStates& want = GetParam();
+    EXPECT_EQ(p.resetPorts->isEnabled(), want.reset);
+    EXPECT_EQ(p.updateIDs->isEnabled(), want.updateIDs);
+    EXPECT_EQ(p.selectAll->isEnabled(), want.selectAll);
+    EXPECT_EQ(p.deselectAll->isEnabled(), want.deselectAll);
+    EXPECT_EQ(p.generate->isEnabled(), want.generate);
+    EXPECT_EQ(p.openZip->isEnabled(), want.openZip);
+    EXPECT_EQ(p.donate->isEnabled(), want.donate);
+    EXPECT_EQ(p.resetPorts->text(), want.resetLabel);
+    EXPECT_EQ(p.updateIDs->text(), want.updateLabel);
+    EXPECT_EQ(p.badge->text(), want.badge);
+}
+
+const std::vector<USBControllerMap> twoControllers = {
+    intelXHC(makePorts(4, 1)), makeController("XHC2", 0x1b73, 0x1100, makePorts(2))};
+
+INSTANTIATE_TEST_SUITE_P(
+    States, ContentViewControls,
+    testing::Values(
+        ControlStates{"NoControllers", [](ContentViewTest& f) { f.scanShowing({}); },
+                      true, true, false, false, true, false, true, "Reset Ports", "Update IDs", "Ready"},
+        ControlStates{"Loaded", [](ContentViewTest& f) { f.scanShowing(twoControllers); },
+                      true, true, true, true, true, false, true, "Reset Ports", "Update IDs", "Ready"},
+        ControlStates{"Scanning",
+                      [](ContentViewTest& f) {
+                          f.scanShowing(twoControllers);
+                          f.model->refreshActiveUSBDevices(); // silent, but the label still says so
+                      },
+                      false, false, true, true, true, false, true, "Resetting...", "Update IDs", "Ready"},
+        ControlStates{"UpdatingIDs",
+                      [](ContentViewTest& f) {
+                          f.scanShowing(twoControllers);
+                          f.model->updateIDsDatabases();
+                      },
+                      false, false, true, true, true, false, true, "Reset Ports", "Updating IDs...", "Ready"},
+        ControlStates{"Running",
+                      [](ContentViewTest& f) {
+                          f.scanShowing(twoControllers);
+                          f.model->startCollection();
+                      },
+                      false, false, false, false, false, false, false, "Reset Ports", "Update IDs", "Running"},
+        ControlStates{"Completed",
+                      [](ContentViewTest& f) {
+                          f.scanShowing(twoControllers);
+                          f.model->startCollection();
+                          f.scheduler.runUntilIdle();
+                      },
+                      true, true, true, true, true, true, true, "Reset Ports", "Update IDs", "Completed"},
+        ControlStates{"Failed",
+                      [](ContentViewTest& f) {
+                          f.scanShowing(twoControllers);
+                          // A file where the Desktop should be: the work folder can't be made.
+                          std::filesystem::remove_all(f.home.path() / "Desktop");
+                          std::ofstream(f.home.path() / "Desktop") << "not a folder";
+                          f.model->startCollection();
+                          f.scheduler.runUntilIdle();
+                      },
+                      true, true, true, true, true, false, true, "Reset Ports", "Update IDs", "Ready"}),
+    [](const testing::TestParamInfo<ControlStates>& row) { return std::string(row.param.name); });
+
+TEST_F(ContentViewTest, RowsAndSectionsStayLiveDuringARun) {
+    scanShowing(twoControllers);
+    model->startCollection();
+    ASSERT_TRUE(model->isRunning());
+    USBPortEditRow* row = sections()[0]->rows()[1];
+    EXPECT_TRUE(row->checkbox()->isEnabled());
+    EXPECT_TRUE(row->connectorMenu()->isEnabled());
+    row->checkbox()->click();
+    EXPECT_TRUE(model->isPortSelected(twoControllers[0], twoControllers[0].ports[1]));
+    sections()[1]->header()->click();
+    EXPECT_FALSE(sections()[1]->isOpen());
+}
+
+TEST_F(ContentViewTest, OpenZipAndDonateReachTheDesktop) {
+    scanShowing(twoControllers);
+    model->startCollection();
+    scheduler.runUntilIdle();
+    ASSERT_TRUE(model->lastZipURL());
+    parts().openZip->click();
+    parts().donate->click();
+    EXPECT_THAT(desktop.revealed, ElementsAre(*model->lastZipURL()));
+    ASSERT_EQ(desktop.opened.size(), 1u);
+    EXPECT_THAT(desktop.opened[0], testing::HasSubstr("/donate/?hosted_button_id="));
+}
+
+TEST_F(ContentViewTest, FirstAppearanceStartsTheModelOnce) {
+    EXPECT_FALSE(isListShown());
+    view->show();
+    EXPECT_TRUE(model->isScanningUSB()) << "the first scan starts with the window";
+    EXPECT_THAT(model->logText(), testing::HasSubstr("App started."));
+    scans.push_back({twoControllers});
+    scheduler.runUntilIdle();
+    EXPECT_TRUE(isListShown());
+    view->hide();
+    view->show();
+    EXPECT_FALSE(model->isScanningUSB()) << "showing the window again starts nothing";
+}
+
+TEST_F(ContentViewTest, CounterCountsStaleKeysToo) {
+    scanShowing({intelXHC({makePort("HS01", 1, "Keyboard"), makePort("HS02", 2, "Mouse"), makePort("HS03", 3)})});
+    EXPECT_EQ(parts().counter->text(), "2/3 selected");
+    // HS02 and HS03 vanish; HS02's key stays selected.
+    scans.push_back({{intelXHC({makePort("HS01", 1, "Keyboard")})}});
+    model->refreshActiveUSBDevices();
+    scheduler.runUntilIdle();
+    EXPECT_EQ(parts().counter->text(), "2/1 selected");
+    parts().deselectAll->click();
+    EXPECT_EQ(parts().counter->text(), "0/1 selected");
+}
+
+TEST_F(ContentViewTest, SectionsOpenAfterEachChangeOfTheControllerList) {
+    const auto a = intelXHC(makePorts(2));
+    const auto b = makeController("XHC2", 0x1b73, 0x1100, makePorts(1));
+    const auto c = makeController("XHC3", 0x1912, 0x0015, makePorts(1));
+    auto openStates = [this] {
+        std::vector<bool> open;
+        for (auto* section : sections()) {
+            open.push_back(section->isOpen());
+        }
+        return open;
+    };
+
+    scanShowing({a, b});
+    EXPECT_THAT(openStates(), ElementsAre(true, true)) << "after the first scan every section is open";
+    sections()[0]->header()->click();
+    scanShowing({a, b});
+    EXPECT_THAT(openStates(), ElementsAre(false, true)) << "the same list keeps the user's choice";
+    scanShowing({a, b, c});
+    EXPECT_THAT(openStates(), ElementsAre(true, true, true)) << "a new controller opens them all";
+    sections()[2]->header()->click();
+    scanShowing({a, b});
+    scanShowing({a, b, c});
+    EXPECT_THAT(openStates(), ElementsAre(true, true, true)) << "a returning controller opens again";
+}
+
+TEST_F(ContentViewTest, RescanUpdatesTheShownWidgetsInPlace) {
+    std::vector<USBControllerMap> list;
+    for (int i = 0; i < 4; ++i) {
+        list.push_back(makeController("XHC" + std::to_string(i), 0x8086, 0x1000 + i, makePorts(25)));
+    }
+    scanShowing(list);
+    view->show();
+    QApplication::processEvents();
+    QScrollBar* scroll = parts().list->verticalScrollBar();
+    ASSERT_GT(scroll->maximum(), 0);
+    scroll->setValue(scroll->maximum() / 2);
+    const int position = scroll->value();
+    const auto before = sections();
+    USBPortEditRow* row = before[3]->rows()[24];
+
+    list[3].ports[24].activeDevice = "Flash Drive";
+    scans.push_back({list});
+    model->refreshActiveUSBDevices();
+    scheduler.runUntilIdle();
+    QApplication::processEvents();
+
+    EXPECT_EQ(sections(), before) << "no section was rebuilt";
+    EXPECT_EQ(before[3]->rows()[24], row);
+    EXPECT_EQ(row->deviceLabel()->text(), "Flash Drive");
+    EXPECT_TRUE(row->checkbox()->isChecked());
+    EXPECT_EQ(scroll->value(), position) << "the list didn't jump";
+}
+
+TEST_F(ContentViewTest, SharedPortKeysShowTheSameChoices) {
+    // Equal name and port data: one key for both rows.
+    const auto controller = intelXHC({makePort("HS01", 1), makePort("HS01", 1)});
+    scanShowing({controller});
+    auto rows = sections()[0]->rows();
+    ASSERT_EQ(rows.size(), 2u);
+    rows[0]->checkbox()->click();
+    EXPECT_TRUE(rows[1]->checkbox()->isChecked());
+    pick(*rows[1]->connectorMenu(), "Internal");
+    EXPECT_EQ(model->connectorFor(controller, controller.ports[0]), 255);
+    EXPECT_EQ(rows[0]->connectorMenu()->currentText(), "Internal");
+}
+
+TEST_F(ContentViewTest, PortLimitAlertStandsOnceAndOKOnlyDismisses) {
+    scanShowing({intelXHC(makePorts(16))});
+    parts().selectAll->click();
+    ASSERT_TRUE(model->showPortLimitWarning());
+    model->setConnector(model->scannedControllers()[0], model->scannedControllers()[0].ports[0], 0);
+    QApplication::processEvents();
+
+    QMessageBox* alert = view->portLimitAlert();
+    ASSERT_NE(alert, nullptr);
+    EXPECT_EQ(view->findChildren<QMessageBox*>().size(), 1) << "one alert for two notifications";
+    EXPECT_EQ(alert->text(), "USB Port Limit Warning");
+    EXPECT_THAT(alert->informativeText().toStdString(),
+                testing::StartsWith("This Intel XHC/XHCI controller has reached 15 selected USB ports."));
+    ASSERT_EQ(alert->buttons().size(), 1);
+    EXPECT_EQ(alert->buttons()[0]->text(), "OK");
+
+    alert->buttons()[0]->click();
+    QApplication::processEvents();
+    EXPECT_FALSE(model->showPortLimitWarning());
+    EXPECT_EQ(model->selectedPortIDs().size(), 16u) << "the selection stays";
+}
+
+} // namespace
+} // namespace korvane
