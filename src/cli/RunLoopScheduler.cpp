@@ -1,7 +1,6 @@
 #include "cli/RunLoopScheduler.h"
 
 #include <algorithm>
-#include <future>
 
 namespace korvane {
 
@@ -37,17 +36,7 @@ void RunLoopScheduler::runOnMainAndWait(Task task) {
         task();
         return;
     }
-    std::promise<void> done;
-    auto finished = done.get_future();
-    postToMain([&task, &done] {
-        try {
-            task();
-            done.set_value();
-        } catch (...) {
-            done.set_exception(std::current_exception());
-        }
-    });
-    finished.get();
+    postToMainAndWait(task);
 }
 
 void RunLoopScheduler::joinFinishedWorkers() {

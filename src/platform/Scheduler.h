@@ -1,7 +1,9 @@
 #pragma once
 
 #include <chrono>
+#include <exception>
 #include <functional>
+#include <future>
 #include <memory>
 
 namespace korvane {
@@ -41,6 +43,23 @@ public:
     virtual std::shared_ptr<CancellableWork> postToMainAfter(Seconds delay, Task task) = 0;
     virtual void runOnMainAndWait(Task task) = 0;
     virtual void runInBackground(Priority priority, Task task) = 0;
+
+protected:
+    // runOnMainAndWait for a caller off the main thread: posts the task and
+    // blocks until it has run, passing on what it throws.
+    void postToMainAndWait(const Task& task) {
+        std::promise<void> done;
+        auto finished = done.get_future();
+        postToMain([&task, &done] {
+            try {
+                task();
+                done.set_value();
+            } catch (...) {
+                done.set_exception(std::current_exception());
+            }
+        });
+        finished.get();
+    }
 };
 
 } // namespace korvane

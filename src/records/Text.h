@@ -16,6 +16,20 @@ std::string strictUTF8(std::string_view bytes);
 // not only ASCII).
 std::string trimmed(std::string_view text);
 
+// The value of an ASCII hexadecimal digit, either case; -1 for anything else.
+constexpr int hexDigitValue(char c) {
+    if (c >= '0' && c <= '9') {
+        return c - '0';
+    }
+    if (c >= 'a' && c <= 'f') {
+        return c - 'a' + 10;
+    }
+    if (c >= 'A' && c <= 'F') {
+        return c - 'A' + 10;
+    }
+    return -1;
+}
+
 // Full Unicode upper-casing, locale-independent ("ß" becomes "SS").
 std::string uppercased(std::string_view text);
 

@@ -1,5 +1,6 @@
 #include "savedregistry/IORegValueParser.h"
 
+#include "records/Text.h"
 #include "savedregistry/RegistryText.h"
 #include "savedregistry/SavedRegistryLimits.h"
 
@@ -29,19 +30,6 @@ bool isTerminator(char c, Context context) {
         return c == ',' || c == '>';
     }
     return false;
-}
-
-int hexDigit(char c) {
-    if (c >= '0' && c <= '9') {
-        return c - '0';
-    }
-    if (c >= 'a' && c <= 'f') {
-        return c - 'a' + 10;
-    }
-    if (c >= 'A' && c <= 'F') {
-        return c - 'A' + 10;
-    }
-    return -1;
 }
 
 // A single forward pass: the position only ever moves on, and every search for
@@ -157,7 +145,7 @@ private:
         std::uint64_t magnitude = 0;
         std::size_t digits = 0;
         while (!atEnd()) {
-            const int digit = hexDigit(text_[pos_]);
+            const int digit = hexDigitValue(text_[pos_]);
             if (digit < 0 || static_cast<unsigned>(digit) >= base) {
                 break;
             }
@@ -201,8 +189,8 @@ private:
             }
         } else {
             while (!atEnd() && text_[pos_] != '>') {
-                const int high = hexDigit(text_[pos_]);
-                const int low = pos_ + 1 < text_.size() ? hexDigit(text_[pos_ + 1]) : -1;
+                const int high = hexDigitValue(text_[pos_]);
+                const int low = pos_ + 1 < text_.size() ? hexDigitValue(text_[pos_ + 1]) : -1;
                 if (high < 0 || low < 0) {
                     return std::nullopt;
                 }

@@ -1,5 +1,7 @@
 #include "scanner/PropertyReaders.h"
 
+#include <algorithm>
+
 #include <cctype>
 #include <limits>
 #include <memory>
@@ -109,6 +111,17 @@ bool localizedStandardLess(std::string_view a, std::string_view b) {
     // Texts the collation calls equal ("hs1" and "HS1") still need one fixed
     // order, or sorts of the same data would differ from run to run.
     return a < b;
+}
+
+void sortPortsByNumberThenName(std::vector<USBPortMap>& ports) {
+    std::stable_sort(ports.begin(), ports.end(), [](const USBPortMap& a, const USBPortMap& b) {
+        const std::int64_t numberA = portNumber(a.portData).value_or(0);
+        const std::int64_t numberB = portNumber(b.portData).value_or(0);
+        if (numberA != numberB) {
+            return numberA < numberB;
+        }
+        return localizedStandardLess(a.name, b.name);
+    });
 }
 
 } // namespace korvane

@@ -297,14 +297,7 @@ std::vector<USBPortMap> scanPorts(const NativeUSBNode& service, IDsNameResolver&
         ports.push_back(std::move(port));
     }
 
-    std::stable_sort(ports.begin(), ports.end(), [](const USBPortMap& a, const USBPortMap& b) {
-        const std::int64_t numberA = portNumber(a.portData).value_or(0);
-        const std::int64_t numberB = portNumber(b.portData).value_or(0);
-        if (numberA != numberB) {
-            return numberA < numberB;
-        }
-        return localizedStandardLess(a.name, b.name);
-    });
+    sortPortsByNumberThenName(ports);
     return ports;
 }
 

@@ -2,6 +2,7 @@
 
 #include "scanner/NativeUSBNode.h"
 #include "scanner/PropertyValue.h"
+#include "records/USBPortMap.h"
 
 #include <cstdint>
 #include <optional>
@@ -42,5 +43,9 @@ std::string baseName(std::string_view text);
 // Names as a person reads them: case-insensitive, digit runs by value,
 // deterministic on ties. True when `a` goes before `b`.
 bool localizedStandardLess(std::string_view a, std::string_view b);
+
+// Ports in the order every scanner hands them out: by port number (none
+// counts as 0), then by name as a person reads it; stable otherwise.
+void sortPortsByNumberThenName(std::vector<USBPortMap>& ports);
 
 } // namespace korvane

@@ -3,7 +3,6 @@
 #include <QThread>
 #include <QTimer>
 
-#include <future>
 
 namespace korvane {
 
@@ -95,17 +94,7 @@ void QtScheduler::runOnMainAndWait(Task task) {
         task();
         return;
     }
-    std::promise<void> done;
-    auto finished = done.get_future();
-    postToMain([&task, &done] {
-        try {
-            task();
-            done.set_value();
-        } catch (...) {
-            done.set_exception(std::current_exception());
-        }
-    });
-    finished.get();
+    postToMainAndWait(task);
 }
 
 void QtScheduler::reapFinishedThreads() {

@@ -2,6 +2,7 @@
 
 #include "platform/linux/SysfsReading.h"
 #include "records/ByteBuffer.h"
+#include "records/Text.h"
 
 #include <cstdio>
 
@@ -14,7 +15,7 @@ bool isHexDigits(std::string_view text, std::size_t count) {
         return false;
     }
     for (char c : text) {
-        if (!((c >= '0' && c <= '9') || (c >= 'a' && c <= 'f') || (c >= 'A' && c <= 'F'))) {
+        if (hexDigitValue(c) < 0) {
             return false;
         }
     }
