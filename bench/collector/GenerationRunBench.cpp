@@ -5,6 +5,7 @@
 #include "collector/CollectorModel.h"
 #include "support/ManualScheduler.h"
 #include "support/TempFolder.h"
+#include "support/BuildTree.h"
 
 #include <benchmark/benchmark.h>
 
@@ -54,7 +55,7 @@ void generationRun(benchmark::State& state, bool realTools) {
     ManualScheduler scheduler;
     SilentDesktop desktop;
     IDsNameResolver names({home.path() / "support", home.path() / "resources"});
-    ToolPaths tools = ToolPaths::forPlatform();
+    ToolPaths tools = buildTreeToolPaths();
     if (!realTools) {
         tools = {"/bin/true", "/bin/true", "/bin/true"};
     }

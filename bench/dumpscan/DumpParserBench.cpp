@@ -7,6 +7,7 @@
 #include "dumpscan/DumpLines.h"
 #include "dumpscan/USBTreeScanner.h"
 #include "records/FileIO.h"
+#include "support/BuildTree.h"
 #include "tools/ProcessRunner.h"
 
 #include <benchmark/benchmark.h>
@@ -132,7 +133,7 @@ void BM_ParseControllers50MB(benchmark::State& state) {
 
 void BM_ScanDumpFile50MB(benchmark::State& state) {
     const NoRegistry none;
-    const USBTreeScanner scanner{dump().path(), none, names()};
+    const USBTreeScanner scanner{dump().path(), none, names(), buildTreeToolPaths().plutil};
     for (auto _ : state) {
         benchmark::DoNotOptimize(scanner.scanDump(dump().path()));
     }

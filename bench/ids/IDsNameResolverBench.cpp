@@ -1,8 +1,8 @@
 #include "ids/IDsDatabaseText.h"
 #include "ids/IDsNameResolver.h"
-#include "ids/LiteralIDsWalk.h"
+#include "support/LiteralIDsWalk.h"
 
-#include "platform/PlatformFolders.h"
+#include "support/BuildTree.h"
 #include "records/FileIO.h"
 
 #include <benchmark/benchmark.h>
@@ -27,7 +27,7 @@ using Pair = std::pair<std::int64_t, std::int64_t>;
 
 // The application's copies, as the build puts them beside the programs.
 std::optional<std::string> realDatabase(const char* name) {
-    return readFileBytes(resourceDirectory() / "Tools" / name);
+    return readFileBytes(buildTreeResourceDirectory() / "Tools" / name);
 }
 
 // Every vendor/device pair the file lists, shuffled so successive lookups
@@ -92,7 +92,7 @@ void BM_ResolverColdLookup(benchmark::State& state, const char* file) {
     }
     const auto pairs = listedPairs(*text);
     ScratchSupportFolder support;
-    IDsNameResolver resolver({support.path(), resourceDirectory()});
+    IDsNameResolver resolver({support.path(), buildTreeResourceDirectory()});
     const bool isUSB = std::string(file) == "usb.ids";
     auto lookup = [&](const Pair& pair) {
         return isUSB ? resolver.usbName(pair.first, pair.second) : resolver.pciName(pair.first, pair.second);
@@ -158,7 +158,7 @@ BENCHMARK_CAPTURE(BM_FirstLookupOfTheFile, pci, "pci.ids")->Unit(benchmark::kMil
 
 void BM_ResolverCachedLookup(benchmark::State& state) {
     ScratchSupportFolder support;
-    IDsNameResolver resolver({support.path(), resourceDirectory()});
+    IDsNameResolver resolver({support.path(), buildTreeResourceDirectory()});
     resolver.usbName(0x1D6B, 0x0003);
     for (auto _ : state) {
         benchmark::DoNotOptimize(resolver.usbName(0x1D6B, 0x0003));
@@ -174,7 +174,7 @@ void BM_PlainWalkLookup(benchmark::State& state) {
         return;
     }
     const auto pairs = listedPairs(*text);
-    const testing::LiteralIDsWalk walk(*text);
+    const LiteralIDsWalk walk(*text);
     std::size_t next = 0;
     for (auto _ : state) {
         benchmark::DoNotOptimize(walk.name(pairs[next].first, pairs[next].second));

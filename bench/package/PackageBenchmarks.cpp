@@ -6,6 +6,7 @@
 #include "package/OutputSanitizer.h"
 #include "package/SensitiveTextRedaction.h"
 #include "records/FileIO.h"
+#include "support/BuildTree.h"
 
 #include <benchmark/benchmark.h>
 
@@ -60,7 +61,7 @@ private:
 
 void BM_GenerateKextFourControllers26Ports(benchmark::State& state) {
     const auto controllers = fourControllersOf26Ports();
-    const ToolPaths tools = ToolPaths::forPlatform();
+    const ToolPaths tools = buildTreeToolPaths();
     if (!fs::exists(tools.plutil)) {
         state.SkipWithError("the plutil stand-in is not built");
         return;
@@ -82,7 +83,7 @@ void BM_InfoPlistTreeAndXML(benchmark::State& state) {
 BENCHMARK(BM_InfoPlistTreeAndXML)->Unit(benchmark::kMicrosecond);
 
 void BM_SanitizeWorkFolder(benchmark::State& state) {
-    const ToolPaths tools = ToolPaths::forPlatform();
+    const ToolPaths tools = buildTreeToolPaths();
     if (!fs::exists(tools.plutil)) {
         state.SkipWithError("the plutil stand-in is not built");
         return;

@@ -1,7 +1,7 @@
 // What one tool run costs: the generator runs plutil once per text-like file
 // and ditto once per package, so this is the floor of a generation's time.
 
-#include "platform/ToolPaths.h"
+#include "support/BuildTree.h"
 #include "tools/ProcessRunner.h"
 
 #include <benchmark/benchmark.h>
@@ -34,7 +34,7 @@ void plutilLint(benchmark::State& state) {
         std::fputs("<?xml version=\"1.0\"?><plist version=\"1.0\"><dict><key>A</key><true/></dict></plist>", file);
         std::fclose(file);
     }
-    const auto plutil = korvane::ToolPaths::forPlatform().plutil;
+    const auto plutil = korvane::buildTreeToolPaths().plutil;
     for (auto _ : state) {
         benchmark::DoNotOptimize(korvane::runProcess(plutil, {"-lint", plist.string()}, std::nullopt, 60));
     }

@@ -15,6 +15,7 @@
 #include "ui/ContentView.h"
 #include "ui/ControllerList.h"
 #include "ui/QtScheduler.h"
+#include "support/BuildTree.h"
 
 #include <QApplication>
 #include <QMainWindow>
@@ -85,7 +86,7 @@ CollectorEnvironment environmentFor(Scheduler& scheduler, DesktopServices& deskt
                                      .desktop = desktop,
                                      .scanRegistry = std::move(scan),
                                      .names = names,
-                                     .tools = ToolPaths::forPlatform(),
+                                     .tools = buildTreeToolPaths(),
                                      .desktopURL = [&home] { return home.path(); }};
     environment.idsLocations = names.locations();
     return environment;

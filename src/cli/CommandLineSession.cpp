@@ -1,9 +1,6 @@
 #include "cli/CommandLineSession.h"
 
-#include "dumpscan/USBTreeScanner.h"
-#include "platform/LiveSources.h"
-#include "platform/PlatformFolders.h"
-#include "savedregistry/SavedRegistry.h"
+#include "app/CollectorAssembly.h"
 
 namespace korvane {
 
@@ -18,50 +15,19 @@ public:
     void openURL(const std::string&) override {}
 };
 
+std::shared_ptr<const RegistrySource> openChosenRegistry(const RegistryChoice& choice) {
+    try {
+        return openRegistry(choice);
+    } catch (const RegistryChoiceError& error) {
+        throw UsageError{error.what()};
+    }
+}
+
 } // namespace
 
 CommandLineSession::CommandLineSession(const RegistryChoice& choice, std::FILE* logOutput, bool listenForHotplug)
-    : desktop_(std::make_unique<QuietDesktop>()) {
-    const auto& registryFile = choice.registryFile;
-    if (choice.ioregFile) {
-        if (!std::filesystem::is_regular_file(*choice.ioregFile)) {
-            throw UsageError{choice.ioregFile->string() + ": no such file"};
-        }
-        // The dump is all there is: the live scan finds nothing, so the
-        // scanner falls back on the dump, as it would on a machine without
-        // controllers.
-        registry_ = std::make_unique<EmptyRegistrySource>();
-    } else if (registryFile) {
-        if (!std::filesystem::is_regular_file(*registryFile)) {
-            throw UsageError{registryFile->string() + ": no such file"};
-        }
-        registry_ = openSavedRegistry(*registryFile);
-        if (!registry_) {
-            throw UsageError{registryFile->string() +
-                             ": not a saved registry (an ioreg -a snapshot or an ioreg -l text dump)"};
-        }
-    } else {
-        registry_ = makeLiveRegistrySource();
-    }
-
-    IDsNameResolver& names = IDsNameResolver::shared();
-    CollectorEnvironment environment{
-        .scheduler = scheduler_,
-        .desktop = *desktop_,
-        .scanRegistry = [this, &names, ioregFile = choice.ioregFile] {
-            return USBTreeScanner{ioregFile, *registry_, names}.scan();
-        },
-        .names = names,
-        .tools = ToolPaths::forPlatform(),
-        .desktopURL = [] { return desktopURL(); },
-    };
-    if (listenForHotplug && !registryFile && !choice.ioregFile) {
-        environment.hotplugSource = makeHotplugSource(scheduler_);
-    }
-    environment.idsSources = IDsDownloadSources::standard();
-    environment.idsLocations = names.locations();
-    model_ = CollectorModel::create(std::move(environment));
-
+    : desktop_(std::make_unique<QuietDesktop>()), registry_(openChosenRegistry(choice)),
+      model_(assembleCollectorModel(choice, registry_, scheduler_, *desktop_, listenForHotplug)) {
     if (logOutput) {
         logObserver_ = model_->observe([this, logOutput] {
             const auto& log = model_->logText();

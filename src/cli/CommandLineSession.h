@@ -1,13 +1,11 @@
 #pragma once
 
+#include "app/RegistryChoice.h"
 #include "cli/RunLoopScheduler.h"
 #include "collector/CollectorModel.h"
-#include "scanner/RegistrySource.h"
 
 #include <cstdio>
-#include <filesystem>
 #include <memory>
-#include <optional>
 
 namespace korvane {
 
@@ -17,18 +15,12 @@ struct UsageError {
     std::string message;
 };
 
-// What the scans read: this machine's registry, a saved registry tree
-// (--registry), or the text of an ioreg dump read line by line (--ioreg).
-struct RegistryChoice {
-    std::optional<std::filesystem::path> registryFile;
-    std::optional<std::filesystem::path> ioregFile;
-};
-
 // The model as the command line drives it: the calling thread is the main
 // thread, the registry is the one the user chose, the desktop services stay
 // quiet, and the log goes to `logOutput` as it grows.
 class CommandLineSession {
 public:
+    // Throws UsageError when the chosen registry file can't serve.
     CommandLineSession(const RegistryChoice& choice, std::FILE* logOutput, bool listenForHotplug = false);
     ~CommandLineSession();
 
@@ -45,7 +37,7 @@ public:
 private:
     RunLoopScheduler scheduler_;
     std::unique_ptr<DesktopServices> desktop_;
-    std::unique_ptr<RegistrySource> registry_;
+    std::shared_ptr<const RegistrySource> registry_;
     std::shared_ptr<CollectorModel> model_;
     std::size_t logObserver_ = 0;
     std::size_t printedLog_ = 0;

@@ -1,11 +1,9 @@
 #include "cli/Commands.h"
 
+#include "app/CollectorAssembly.h"
 #include "cli/CommandLineSession.h"
 #include "cli/PortTable.h"
-#include "platform/PlatformFolders.h"
-#include "platform/ToolPaths.h"
 #include "records/CollectorError.h"
-#include "savedregistry/SavedRegistry.h"
 #include "savedregistry/SnapshotCodec.h"
 
 #include <signal.h>
@@ -184,17 +182,17 @@ int runUpdateIDs() {
 }
 
 int runPaths() {
-    const auto tools = ToolPaths::forPlatform();
+    const ApplicationPaths paths = applicationPaths();
     auto show = [](const char* label, const std::filesystem::path& path) {
         std::error_code error;
         std::printf("%-21s %s%s\n", label, path.c_str(), std::filesystem::exists(path, error) ? "" : " (missing)");
     };
-    show("desktop:", desktopURL());
-    show("application support:", applicationSupportDirectory());
-    show("resources:", resourceDirectory());
-    show("ditto:", tools.ditto);
-    show("plutil:", tools.plutil);
-    show("sysctl:", tools.sysctl);
+    show("desktop:", paths.desktop);
+    show("application support:", paths.applicationSupport);
+    show("resources:", paths.resources);
+    show("ditto:", paths.tools.ditto);
+    show("plutil:", paths.tools.plutil);
+    show("sysctl:", paths.tools.sysctl);
     return 0;
 }
 

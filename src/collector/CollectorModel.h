@@ -1,11 +1,11 @@
 #pragma once
 
-#include "platform/DesktopServices.h"
+#include "collector/DesktopServices.h"
 #include "ids/IDsDownload.h"
-#include "platform/Scheduler.h"
+#include "collector/Scheduler.h"
 #include "collector/USBDeviceHotplugMonitor.h"
 #include "ids/IDsNameResolver.h"
-#include "platform/ToolPaths.h"
+#include "tools/ToolPaths.h"
 #include "records/USBControllerMap.h"
 
 #include <chrono>

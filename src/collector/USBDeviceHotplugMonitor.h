@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/HotplugSource.h"
+#include "collector/HotplugSource.h"
 
 #include <functional>
 #include <memory>

@@ -1,7 +1,6 @@
 #pragma once
 
 #include "ids/IDsNameResolver.h"
-#include "platform/ToolPaths.h"
 #include "records/USBControllerMap.h"
 #include "scanner/RegistrySource.h"
 
@@ -19,7 +18,7 @@ struct USBTreeScanner {
     const RegistrySource& liveRegistry;
     IDsNameResolver& names;
     // The tool that brings a binary property-list dump to XML, and how long it may take.
-    std::string plutil = ToolPaths::forPlatform().plutil;
+    std::string plutil;
     double conversionTimeout = 15;
     // Where the dump's working copy goes; none means the system's temporary folder.
     std::optional<std::filesystem::path> temporaryFolder = std::nullopt;

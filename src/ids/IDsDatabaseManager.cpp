@@ -1,7 +1,5 @@
 #include "ids/IDsDatabaseManager.h"
 
-#include "platform/PlatformFolders.h"
-
 #include <system_error>
 
 namespace korvane {
@@ -27,10 +25,6 @@ bool fileExists(const std::filesystem::path& path) {
 }
 
 } // namespace
-
-IDsDatabaseLocations IDsDatabaseLocations::forPlatform() {
-    return IDsDatabaseLocations{korvane::applicationSupportDirectory(), korvane::resourceDirectory()};
-}
 
 std::filesystem::path IDsDatabaseManager::applicationSupportToolsDirectory(const IDsDatabaseLocations& locations) {
     // An empty folder would turn the Tools path into one relative to wherever

@@ -12,9 +12,6 @@ namespace korvane {
 struct IDsDatabaseLocations {
     std::filesystem::path applicationSupportDirectory;
     std::filesystem::path resourceDirectory;
-
-    // This machine's folders (PlatformFolders.h).
-    static IDsDatabaseLocations forPlatform();
 };
 
 class IDsDatabaseManager {

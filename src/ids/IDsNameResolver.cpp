@@ -46,11 +46,6 @@ IDsNameResolver::IDsNameResolver(IDsDatabaseLocations locations)
     reload();
 }
 
-IDsNameResolver& IDsNameResolver::shared() {
-    static IDsNameResolver instance(IDsDatabaseLocations::forPlatform());
-    return instance;
-}
-
 void IDsNameResolver::reload() {
     auto pci = readDatabase("pci.ids", locations_);
     auto usb = readDatabase("usb.ids", locations_);

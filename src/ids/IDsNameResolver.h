@@ -14,6 +14,8 @@ class IDsDatabaseText;
 
 // Names for PCI and USB vendor/device pairs from pci.ids and usb.ids. Never
 // fails: a missing database gives empty names. Safe to call from any thread.
+// The program makes one for the process, over this machine's folders, in its
+// composition root; tests make their own over folders of theirs.
 class IDsNameResolver {
 public:
     // Reads both databases at once (reload()).
@@ -21,9 +23,6 @@ public:
 
     IDsNameResolver(const IDsNameResolver&) = delete;
     IDsNameResolver& operator=(const IDsNameResolver&) = delete;
-
-    // The process's one resolver, over this machine's folders, made on first use.
-    static IDsNameResolver& shared();
 
     // Reads both databases anew and empties both caches.
     void reload();

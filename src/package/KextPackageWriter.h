@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/ToolPaths.h"
+#include "tools/ToolPaths.h"
 #include "records/USBControllerMap.h"
 
 #include <filesystem>

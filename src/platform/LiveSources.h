@@ -1,7 +1,7 @@
 #pragma once
 
-#include "platform/HotplugSource.h"
-#include "platform/Scheduler.h"
+#include "collector/HotplugSource.h"
+#include "collector/Scheduler.h"
 #include "scanner/RegistrySource.h"
 
 #include <memory>
@@ -18,11 +18,5 @@ std::unique_ptr<RegistrySource> makeLiveRegistrySource();
 // Null where the platform can't tell about USB devices coming and going.
 // Events reach the main thread through `scheduler`.
 std::unique_ptr<HotplugSource> makeHotplugSource(Scheduler& scheduler);
-
-// A registry with nothing in it.
-class EmptyRegistrySource final : public RegistrySource {
-public:
-    std::unique_ptr<NativeUSBNode> copyRoot() const override { return nullptr; }
-};
 
 } // namespace korvane

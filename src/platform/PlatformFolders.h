@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/Environment.h"
+#include "tools/ToolPaths.h"
 
 #include <filesystem>
 
@@ -33,5 +34,11 @@ std::filesystem::path executableDirectory();
 //   macOS: ../Resources inside the bundle.
 std::filesystem::path resourceDirectory(const std::filesystem::path& executableFolder);
 std::filesystem::path resourceDirectory();
+
+// Where the external tools are, found relative to the running program:
+//   macOS: the system's own ditto, plutil and sysctl.
+//   Linux: our stand-ins for ditto and plutil in ../libexec/korvane-generator
+//   (build and installed trees alike), and the system's sysctl.
+ToolPaths platformToolPaths(const std::filesystem::path& executableFolder);
 
 } // namespace korvane

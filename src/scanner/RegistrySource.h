@@ -23,4 +23,10 @@ public:
     virtual std::unique_ptr<NativeUSBNode> copyRoot() const = 0;
 };
 
+// A registry with nothing in it.
+class EmptyRegistrySource final : public RegistrySource {
+public:
+    std::unique_ptr<NativeUSBNode> copyRoot() const override { return nullptr; }
+};
+
 } // namespace korvane

@@ -1,11 +1,6 @@
 #include "ui/KorvaneGeneratorApp.h"
 
-#include "collector/CollectorModel.h"
-#include "dumpscan/USBTreeScanner.h"
-#include "platform/LiveSources.h"
-#include "platform/PlatformFolders.h"
-#include "platform/ToolPaths.h"
-#include "savedregistry/SavedRegistry.h"
+#include "app/CollectorAssembly.h"
 #include "ui/AnimatedHeaderIcon.h"
 #include "ui/AppMenus.h"
 #include "ui/ContentView.h"
@@ -16,52 +11,18 @@
 #include <QMenuBar>
 #include <QTimer>
 
-#include <stdexcept>
-
 namespace korvane {
 
-namespace {
-
-std::unique_ptr<RegistrySource> openRegistry(const std::optional<std::filesystem::path>& file) {
-    if (!file) {
-        return makeLiveRegistrySource();
-    }
-    if (!std::filesystem::is_regular_file(*file)) {
-        throw std::runtime_error(file->string() + ": no such file");
-    }
-    auto registry = openSavedRegistry(*file);
-    if (!registry) {
-        throw std::runtime_error(file->string() +
-                                 ": not a saved registry (an ioreg -a snapshot or an ioreg -l text dump)");
-    }
-    return registry;
-}
-
-} // namespace
-
 KorvaneGeneratorApp::KorvaneGeneratorApp(const AppOptions& options)
-    : desktop_(makeSystemDesktopServices()), registry_(openRegistry(options.registryFile)),
-      window_(std::make_unique<QMainWindow>()), screenshotFile_(options.screenshotFile) {
-    const QIcon icon = appIcon(resourceDirectory());
+    : desktop_(makeSystemDesktopServices()), window_(std::make_unique<QMainWindow>()),
+      screenshotFile_(options.screenshotFile) {
+    const QIcon icon = appIcon(applicationPaths().resources);
     QApplication::setWindowIcon(icon);
 
-    IDsNameResolver& names = IDsNameResolver::shared();
-    CollectorEnvironment environment{
-        .scheduler = scheduler_,
-        .desktop = *desktop_,
-        .scanRegistry = [this, &names] { return USBTreeScanner{std::nullopt, *registry_, names}.scan(); },
-        .names = names,
-        .tools = ToolPaths::forPlatform(),
-        .desktopURL = [] { return desktopURL(); },
-    };
-    // A saved machine doesn't change; events of this one would only rescan it.
-    if (!options.registryFile) {
-        environment.hotplugSource = makeHotplugSource(scheduler_);
-    }
-    environment.idsSources = IDsDownloadSources::standard();
-    environment.idsLocations = names.locations();
-
-    content_ = new ContentView(CollectorModel::create(std::move(environment)), icon);
+    const RegistryChoice choice{.registryFile = options.registryFile, .ioregFile = std::nullopt};
+    content_ = new ContentView(
+        assembleCollectorModel(choice, openRegistry(choice), scheduler_, *desktop_, /*listenForHotplug=*/true),
+        icon);
     window_->setCentralWidget(content_);
     window_->setWindowTitle("KorvaneGenerator");
     AppMenus::install(*window_);

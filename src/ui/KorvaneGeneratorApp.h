@@ -1,7 +1,6 @@
 #pragma once
 
-#include "platform/DesktopServices.h"
-#include "scanner/RegistrySource.h"
+#include "collector/DesktopServices.h"
 #include "ui/QtScheduler.h"
 
 #include <QIcon>
@@ -27,8 +26,8 @@ struct AppOptions {
 // window's model needs of the world.
 class KorvaneGeneratorApp {
 public:
-    // Throws std::runtime_error with a one-line reason when the registry file
-    // can't be read.
+    // Throws RegistryChoiceError (a std::runtime_error) with a one-line reason
+    // when the registry file can't be read.
     explicit KorvaneGeneratorApp(const AppOptions& options);
     ~KorvaneGeneratorApp();
 
@@ -50,9 +49,8 @@ private:
     void saveScreenshotWhenScanned(const std::filesystem::path& file);
 
     // Declared before the scheduler: background work still running when the
-    // window closes uses them until the scheduler's end has waited for it.
+    // window closes uses it until the scheduler's end has waited for it.
     std::unique_ptr<DesktopServices> desktop_;
-    std::unique_ptr<RegistrySource> registry_;
     QtScheduler scheduler_;
     std::unique_ptr<QMainWindow> window_;
     ContentView* content_ = nullptr;

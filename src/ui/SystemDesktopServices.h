@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/DesktopServices.h"
+#include "collector/DesktopServices.h"
 
 #include <memory>
 

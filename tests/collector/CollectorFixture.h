@@ -3,6 +3,7 @@
 #include "collector/CollectorModel.h"
 #include "support/ManualScheduler.h"
 #include "support/TempFolder.h"
+#include "support/BuildTree.h"
 
 #include <gtest/gtest.h>
 
@@ -69,7 +70,7 @@ protected:
                                          .desktop = recordingDesktop,
                                          .scanRegistry = [this] { return nextScan(); },
                                          .names = names,
-                                         .tools = ToolPaths::forPlatform(),
+                                         .tools = buildTreeToolPaths(),
                                          .desktopURL = [this] { return desktopFolder; }};
         environment.now = [] {
             std::tm local{};

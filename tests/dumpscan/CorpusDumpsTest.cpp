@@ -3,6 +3,7 @@
 
 #include "DumpTestSupport.h"
 #include "records/FileIO.h"
+#include "support/BuildTree.h"
 
 #include <gtest/gtest.h>
 
@@ -39,7 +40,7 @@ TEST_P(CorpusDumpTest, GivesThePCIControllersOutsideBridges) {
         GTEST_SKIP() << GetParam().file << " is missing";
     }
     const NoLiveRegistry live;
-    USBTreeScanner scanner{path, live, names_.names()};
+    USBTreeScanner scanner{path, live, names_.names(), buildTreeToolPaths().plutil};
     scanner.temporaryFolder = temporary_.path();
     const auto result = scanner.scan();
     std::vector<std::string> stableIDs;

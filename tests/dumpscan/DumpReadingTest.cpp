@@ -1,7 +1,7 @@
 #include "dumpscan/DumpReading.h"
 
 #include "DumpTestSupport.h"
-#include "platform/ToolPaths.h"
+#include "support/BuildTree.h"
 #include "records/FileIO.h"
 #include "support/TempFolder.h"
 
@@ -116,7 +116,7 @@ TEST_F(DumpReadingTest, UncopyableDumpIsReadInPlace) {
 }
 
 TEST_F(DumpReadingTest, BinaryPropertyListComesBackAsXMLWithTheRealTool) {
-    const std::string plutil = ToolPaths::forPlatform().plutil;
+    const std::string plutil = buildTreeToolPaths().plutil;
     const auto dump = dumptest::dataFile("macos/iMac14-2/IORegistryExplorer.ioreg");
     if (!std::filesystem::exists(plutil) || !std::filesystem::exists(dump)) {
         GTEST_SKIP() << "needs the plutil stand-in and tests/data/macos/iMac14-2";

@@ -2,6 +2,7 @@
 
 #include "DumpTestSupport.h"
 #include "scanner/ScannerTestSupport.h"
+#include "support/BuildTree.h"
 
 #include <gtest/gtest.h>
 
@@ -22,7 +23,7 @@ private:
 class USBTreeScannerTest : public ::testing::Test {
 protected:
     USBScanResult scan(const RegistrySource& live, std::optional<std::filesystem::path> dump) {
-        USBTreeScanner scanner{std::move(dump), live, names_.names()};
+        USBTreeScanner scanner{std::move(dump), live, names_.names(), buildTreeToolPaths().plutil};
         scanner.temporaryFolder = folder_.path();
         return scanner.scan();
     }
@@ -31,8 +32,8 @@ protected:
     TempFolder folder_;
     const TreeSource nothingLive_{[] { return nullptr; }};
     const TreeSource oneLive_{[] {
-        auto tree = testing::makeRoot();
-        testing::addXHCIPCIDevice(*tree, "LIVE", "1", 0x1022, 0x149c);
+        auto tree = makeRoot();
+        addXHCIPCIDevice(*tree, "LIVE", "1", 0x1022, 0x149c);
         return tree;
     }};
     const std::filesystem::path handMade_ = dumptest::dataFile("dumpscan/handmade-every-port-branch.txt");
@@ -56,7 +57,7 @@ TEST_F(USBTreeScannerTest, NoDumpOrAMissingOneGivesTheEmptyLiveResult) {
 }
 
 TEST_F(USBTreeScannerTest, ScanDumpSkipsTheLiveRegistry) {
-    USBTreeScanner scanner{std::nullopt, oneLive_, names_.names()};
+    USBTreeScanner scanner{std::nullopt, oneLive_, names_.names(), buildTreeToolPaths().plutil};
     scanner.temporaryFolder = folder_.path();
     EXPECT_EQ(scanner.scanDump(handMade_).controllers.size(), 2u);
 }

@@ -1,7 +1,7 @@
 #include "ids/IDsDatabaseText.h"
-#include "ids/LiteralIDsWalk.h"
+#include "support/LiteralIDsWalk.h"
 
-#include "platform/PlatformFolders.h"
+#include "support/BuildTree.h"
 #include "records/FileIO.h"
 
 #include <gtest/gtest.h>
@@ -17,7 +17,6 @@
 namespace korvane {
 namespace {
 
-using testing::LiteralIDsWalk;
 
 struct WalkCase {
     const char* name;
@@ -173,7 +172,7 @@ std::vector<std::pair<std::int64_t, std::int64_t>> listedPairs(const std::string
 class RealDatabaseTest : public ::testing::TestWithParam<const char*> {};
 
 TEST_P(RealDatabaseTest, EveryListedPairAgreesWithReference) {
-    const auto path = resourceDirectory() / "Tools" / GetParam();
+    const auto path = buildTreeResourceDirectory() / "Tools" / GetParam();
     const auto bytes = readFileBytes(path);
     if (!bytes || bytes->empty()) {
         GTEST_SKIP() << "no application copy at " << path << " (built by korvane_ids_databases)";

@@ -7,7 +7,7 @@
 namespace korvane {
 namespace {
 
-using namespace korvane::testing;
+using namespace korvane;
 
 const std::string preface =
     "Korvane.kext generated automatically.\n"

@@ -7,7 +7,7 @@
 namespace korvane {
 namespace {
 
-using namespace korvane::testing;
+using namespace korvane;
 using Names = std::vector<std::string>;
 
 // Through XML and back, so the types checked are the ones a reader gets.

@@ -5,19 +5,20 @@
 #include "records/CollectorError.h"
 
 #include "PackageTestSupport.h"
+#include "support/BuildTree.h"
 
 #include <gtest/gtest.h>
 
 namespace korvane {
 namespace {
 
-using namespace korvane::testing;
+using namespace korvane;
 namespace fs = std::filesystem;
 
 class KextPackageWriterTest : public ::testing::Test {
 protected:
     void SetUp() override {
-        tools = ToolPaths::forPlatform();
+        tools = buildTreeToolPaths();
         if (!fs::exists(tools.plutil)) {
             GTEST_SKIP() << "the plutil stand-in is not built at " << tools.plutil;
         }
@@ -112,7 +113,7 @@ TEST_F(KextPackageWriterTest, MissingPlutilAndUnwritableReportThrowThePlatformsE
     EXPECT_THROW(generateKorvaneKext(out, std::nullopt, workedCase, tools), std::system_error);
     EXPECT_FALSE(fs::exists(out / "Korvane-report.txt"));
 
-    tools = ToolPaths::forPlatform();
+    tools = buildTreeToolPaths();
     fs::create_directories(out / "Korvane-report.txt" / "occupied");
     EXPECT_THROW(generateKorvaneKext(out, std::nullopt, workedCase, tools), std::system_error);
     EXPECT_TRUE(fs::exists(infoPlist()));

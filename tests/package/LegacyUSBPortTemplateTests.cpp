@@ -7,7 +7,7 @@
 namespace korvane {
 namespace {
 
-using namespace korvane::testing;
+using namespace korvane;
 
 struct KeyCase {
     std::string name;

@@ -1,6 +1,6 @@
 #include "package/OutputSanitizer.h"
 
-#include "platform/ToolPaths.h"
+#include "support/BuildTree.h"
 
 #include "PackageTestSupport.h"
 
@@ -11,7 +11,7 @@
 namespace korvane {
 namespace {
 
-using namespace korvane::testing;
+using namespace korvane;
 namespace fs = std::filesystem;
 
 const std::string serialLine = "SerialNumber: C02XK1ABJHD3\n";
@@ -27,7 +27,7 @@ protected:
 
     TemporaryFolder work;
     const fs::path& root = work.path();
-    std::string plutil = ToolPaths::forPlatform().plutil;
+    std::string plutil = buildTreeToolPaths().plutil;
 };
 
 TEST_F(OutputSanitizerTest, MasksTextLikeFilesAtAnyDepthAndNothingElse) {

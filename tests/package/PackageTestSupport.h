@@ -17,7 +17,7 @@
 #include <system_error>
 #include <vector>
 
-namespace korvane::testing {
+namespace korvane {
 
 // Names table rows after their `name` field.
 struct RowName {
@@ -159,4 +159,4 @@ inline plist_t at(plist_t node, std::initializer_list<std::string> keys) {
     return node;
 }
 
-} // namespace korvane::testing
+} // namespace korvane

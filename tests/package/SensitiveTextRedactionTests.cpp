@@ -9,7 +9,7 @@
 namespace korvane {
 namespace {
 
-using namespace korvane::testing;
+using namespace korvane;
 
 struct RedactionCase {
     std::string name;

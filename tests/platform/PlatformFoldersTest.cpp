@@ -1,5 +1,4 @@
 #include "platform/PlatformFolders.h"
-#include "platform/ToolPaths.h"
 
 #include "records/FileIO.h"
 #include "support/TempFolder.h"
@@ -74,13 +73,13 @@ TEST(PlatformFoldersTest, ApplicationSupportFollowsXDGDataHome) {
 
 TEST(PlatformFoldersTest, ToolsAndResourcesAreFoundBesideTheRunningProgram) {
     EXPECT_EQ(resourceDirectory("/usr/bin"), fs::path("/usr/share/korvane-generator"));
-    const auto tools = ToolPaths::forPlatform("/opt/korvane/bin");
+    const auto tools = platformToolPaths("/opt/korvane/bin");
     EXPECT_EQ(tools.ditto, "/opt/korvane/libexec/korvane-generator/ditto");
     EXPECT_EQ(tools.plutil, "/opt/korvane/libexec/korvane-generator/plutil");
     EXPECT_EQ(tools.sysctl, "/usr/sbin/sysctl");
 
     // The test itself runs from the build tree, which has the same layout.
-    const auto built = ToolPaths::forPlatform();
+    const auto built = platformToolPaths(executableDirectory());
     EXPECT_TRUE(fs::exists(built.ditto)) << built.ditto;
     EXPECT_TRUE(fs::exists(built.plutil)) << built.plutil;
 }

@@ -2,7 +2,7 @@
 #include "savedregistry/SnapshotCodec.h"
 
 #include "ids/IDsNameResolver.h"
-#include "platform/PlatformFolders.h"
+#include "support/BuildTree.h"
 #include "scanner/NativeUSBTreeScanner.h"
 #include "support/TempFolder.h"
 #include "TreeAssertions.h"
@@ -101,7 +101,7 @@ const CorpusCase kCorpus[] = {
 class SavedRegistryCorpusTest : public testing::TestWithParam<CorpusCase> {
 protected:
     void SetUp() override {
-        const auto resources = resourceDirectory();
+        const auto resources = buildTreeResourceDirectory();
         if (!std::filesystem::exists(resources / "Tools" / "pci.ids") ||
             !std::filesystem::exists(resources / "Tools" / "usb.ids")) {
             GTEST_SKIP() << "the bundled ids databases are missing from " << resources;

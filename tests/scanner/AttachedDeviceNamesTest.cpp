@@ -19,7 +19,7 @@ struct DeviceNameCase {
 
 class DeviceNames : public ::testing::TestWithParam<DeviceNameCase> {
   protected:
-    testing::TinyIDsDatabases databases;
+    TinyIDsDatabases databases;
 };
 
 TEST_P(DeviceNames, PickTheNameAPersonWouldRead) {
@@ -58,8 +58,8 @@ INSTANTIATE_TEST_SUITE_P(Nodes, DeviceNames, ::testing::Values(
 // clang-format on
 
 TEST(FirstAttachedDeviceName, WalksDepthFirstPastPortsAndInterfaces) {
-    testing::TinyIDsDatabases databases;
-    auto root = testing::makeRoot();
+    TinyIDsDatabases databases;
+    auto root = makeRoot();
     auto& port = root->addChild("HS01", "", "AppleUSB20XHCIPort", {});
     EXPECT_EQ(firstAttachedDeviceName(port, databases.names()), "") << "no device, not active";
 
@@ -77,8 +77,8 @@ TEST(FirstAttachedDeviceName, WalksDepthFirstPastPortsAndInterfaces) {
 }
 
 TEST(FirstAttachedDeviceName, CacheGoesOnPastASubtreeAlreadyKnownEmpty) {
-    testing::TinyIDsDatabases databases;
-    auto root = testing::makeRoot();
+    TinyIDsDatabases databases;
+    auto root = makeRoot();
     auto& port = root->addChild("HS01", "", "AppleUSB20XHCIPort", {});
     auto& emptyPort = port.addChild("HS02", "", "AppleUSB20XHCIPort", {});
     emptyPort.addChild("HS03", "", "AppleUSB20XHCIPort", {});

@@ -19,8 +19,8 @@ private:
 
 class NativeUSBTreeScannerTest : public ::testing::Test {
 protected:
-    testing::TinyIDsDatabases databases;
-    std::unique_ptr<NativeUSBNode> root = testing::makeRoot();
+    TinyIDsDatabases databases;
+    std::unique_ptr<NativeUSBNode> root = makeRoot();
 
     USBScanResult scan() {
         const TreeSource unused([] { return nullptr; });
@@ -46,8 +46,8 @@ TEST_F(NativeUSBTreeScannerTest, NoTreeGivesAnEmptyResult) {
 
 TEST_F(NativeUSBTreeScannerTest, ScanTakesTheSourceTree) {
     const TreeSource source([] {
-        auto tree = testing::makeRoot();
-        testing::addXHCIPCIDevice(*tree, "XHC1", "14", 0x8086, 0xA36D);
+        auto tree = makeRoot();
+        addXHCIPCIDevice(*tree, "XHC1", "14", 0x8086, 0xA36D);
         return tree;
     });
     EXPECT_EQ(NativeUSBTreeScanner(source, databases.names()).scan().controllers.size(), 1u);
@@ -62,7 +62,7 @@ TEST_F(NativeUSBTreeScannerTest, ServiceWithoutXHCIDeviceAboveIsNoController) {
 }
 
 TEST_F(NativeUSBTreeScannerTest, ServiceControllerTakesIdentityFromBuffersAndNamesFromDatabase) {
-    auto& service = addService(testing::addXHCIPCIDevice(*root, "XHC1@14", "14", 0x8086, 0xA36D), "XHCI@14");
+    auto& service = addService(addXHCIPCIDevice(*root, "XHC1@14", "14", 0x8086, 0xA36D), "XHCI@14");
     service.addChild("HS01", "14100000", "AppleUSB20XHCIPort", {{"port", ByteBuffer{1, 0, 0, 0}}});
     const auto result = scan();
     ASSERT_EQ(result.controllers.size(), 1u);
@@ -79,7 +79,7 @@ TEST_F(NativeUSBTreeScannerTest, ServiceControllerTakesIdentityFromBuffersAndNam
 }
 
 TEST_F(NativeUSBTreeScannerTest, LocationFallsBackToTheServiceAndNameToUSBDatabase) {
-    addService(testing::addXHCIPCIDevice(*root, "XHC2", "", 0x1B21, 0x1242), "XHC2", "3");
+    addService(addXHCIPCIDevice(*root, "XHC2", "", 0x1B21, 0x1242), "XHC2", "3");
     const auto result = scan();
     ASSERT_EQ(result.controllers.size(), 1u);
     EXPECT_EQ(result.controllers[0].location, "3");
@@ -87,7 +87,7 @@ TEST_F(NativeUSBTreeScannerTest, LocationFallsBackToTheServiceAndNameToUSBDataba
 }
 
 TEST_F(NativeUSBTreeScannerTest, StackedServicesUnderOnePCIDeviceGiveTheFirst) {
-    auto& pci = testing::addXHCIPCIDevice(*root, "XHC1", "14", 0x8086, 0xA36D);
+    auto& pci = addXHCIPCIDevice(*root, "XHC1", "14", 0x8086, 0xA36D);
     auto& outer = pci.addChild("XHC1", "", "AppleIntelCNLUSBXHCI", {});
     outer.addChild("HS01", "", "AppleUSB20XHCIPort", {});
     auto& inner = outer.addChild("XHC1", "", "AppleUSBXHCIPCI", {});
@@ -99,20 +99,20 @@ TEST_F(NativeUSBTreeScannerTest, StackedServicesUnderOnePCIDeviceGiveTheFirst) {
 }
 
 TEST_F(NativeUSBTreeScannerTest, LikeControllersStayApartOnlyWithServices) {
-    addService(testing::addXHCIPCIDevice(*root, "XHC2", "20", 0x8086, 0xA36D));
-    addService(testing::addXHCIPCIDevice(*root, "XHC1", "14", 0x8086, 0xA36D));
+    addService(addXHCIPCIDevice(*root, "XHC2", "20", 0x8086, 0xA36D));
+    addService(addXHCIPCIDevice(*root, "XHC1", "14", 0x8086, 0xA36D));
     EXPECT_EQ(locations(scan()), (std::vector<std::string>{"14", "20"}));
 
-    root = testing::makeRoot();
-    testing::addXHCIPCIDevice(*root, "XHC2", "20", 0x8086, 0xA36D);
-    testing::addXHCIPCIDevice(*root, "XHC1", "14", 0x8086, 0xA36D);
+    root = makeRoot();
+    addXHCIPCIDevice(*root, "XHC2", "20", 0x8086, 0xA36D);
+    addXHCIPCIDevice(*root, "XHC1", "14", 0x8086, 0xA36D);
     EXPECT_EQ(locations(scan()), (std::vector<std::string>{"20"})) << "the first in snapshot order stays";
 }
 
 TEST_F(NativeUSBTreeScannerTest, SecondPassAddsOnlyUnseenPairsWithoutPorts) {
-    addService(testing::addXHCIPCIDevice(*root, "XHC1", "14", 0x8086, 0xA36D));
-    testing::addXHCIPCIDevice(*root, "XHC3", "1C", 0x8086, 0xA36D);
-    auto& lone = testing::addXHCIPCIDevice(*root, "PXSX@0", "0", 0x1B21, 0x1242);
+    addService(addXHCIPCIDevice(*root, "XHC1", "14", 0x8086, 0xA36D));
+    addXHCIPCIDevice(*root, "XHC3", "1C", 0x8086, 0xA36D);
+    auto& lone = addXHCIPCIDevice(*root, "PXSX@0", "0", 0x1B21, 0x1242);
     lone.addChild("HS01", "", "AppleUSB20XHCIPort", {});
     const auto result = scan();
     ASSERT_EQ(result.controllers.size(), 2u);
@@ -126,10 +126,10 @@ TEST_F(NativeUSBTreeScannerTest, SecondPassAddsOnlyUnseenPairsWithoutPorts) {
 }
 
 TEST_F(NativeUSBTreeScannerTest, SortsByVendorDeviceThenLocationAsNumbers) {
-    addService(testing::addXHCIPCIDevice(*root, "A", "10", 0x8086, 0xA36D));
-    addService(testing::addXHCIPCIDevice(*root, "B", "2", 0x8086, 0xA36D));
-    addService(testing::addXHCIPCIDevice(*root, "C", "99", 0x1022, 0x149C));
-    addService(testing::addXHCIPCIDevice(*root, "D", "1", 0x8086, 0xA36E));
+    addService(addXHCIPCIDevice(*root, "A", "10", 0x8086, 0xA36D));
+    addService(addXHCIPCIDevice(*root, "B", "2", 0x8086, 0xA36D));
+    addService(addXHCIPCIDevice(*root, "C", "99", 0x1022, 0x149C));
+    addService(addXHCIPCIDevice(*root, "D", "1", 0x8086, 0xA36E));
     EXPECT_EQ(locations(scan()), (std::vector<std::string>{"99", "2", "10", "1"}));
 }
 

@@ -59,9 +59,9 @@ TEST(InferredPortNumber, LocationWinsElseNameDigitsPlusSixteenForSS) {
 
 class ScanPorts : public ::testing::Test {
 protected:
-    testing::TinyIDsDatabases databases;
-    std::unique_ptr<NativeUSBNode> root = testing::makeRoot();
-    NativeUSBNode& pci = testing::addXHCIPCIDevice(*root, "XHC1", "14", 0x8086, 0xA36D);
+    TinyIDsDatabases databases;
+    std::unique_ptr<NativeUSBNode> root = makeRoot();
+    NativeUSBNode& pci = addXHCIPCIDevice(*root, "XHC1", "14", 0x8086, 0xA36D);
 
     NativeUSBNode& addService(PropertyDictionary table, const std::string& location = "14") {
         return pci.addChild("XHC1", location, "AppleIntelCNLUSBXHCI", {{"ports", std::move(table)}});

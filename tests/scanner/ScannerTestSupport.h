@@ -12,7 +12,7 @@
 #include <string>
 #include <unistd.h>
 
-namespace korvane::testing {
+namespace korvane {
 
 // A resolver over tiny hand-made databases in a private temporary folder; the
 // user's copy folder stays empty so only these two files count.
@@ -71,4 +71,4 @@ inline NativeUSBNode& addXHCIPCIDevice(NativeUSBNode& parent, const std::string&
                             {"device-id", bytes(device)}});
 }
 
-} // namespace korvane::testing
+} // namespace korvane

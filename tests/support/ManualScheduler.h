@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/Scheduler.h"
+#include "collector/Scheduler.h"
 
 #include <deque>
 #include <vector>

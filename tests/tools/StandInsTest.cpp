@@ -1,6 +1,6 @@
 // The ditto and plutil stand-ins, run the way the generator runs them.
 
-#include "platform/ToolPaths.h"
+#include "support/BuildTree.h"
 #include "records/CollectorError.h"
 #include "records/FileIO.h"
 #include "support/TempFolder.h"
@@ -21,7 +21,7 @@ namespace fs = std::filesystem;
 using testing::HasSubstr;
 using testing::StartsWith;
 
-const ToolPaths tools = ToolPaths::forPlatform();
+const ToolPaths tools = buildTreeToolPaths();
 
 std::string failureOf(const std::string& tool, const std::vector<std::string>& args) {
     try {

@@ -3,6 +3,7 @@
 #include "collector/CollectorModel.h"
 #include "support/ManualScheduler.h"
 #include "support/TempFolder.h"
+#include "support/BuildTree.h"
 
 #include <QApplication>
 #include <QComboBox>
@@ -71,7 +72,7 @@ public:
                                          .desktop = desktop,
                                          .scanRegistry = [this] { return nextScan(); },
                                          .names = names,
-                                         .tools = ToolPaths::forPlatform(),
+                                         .tools = buildTreeToolPaths(),
                                          .desktopURL = [this] { return home.path() / "Desktop"; }};
         environment.idsLocations = {home.path() / "support", home.path() / "resources"};
         // An update that never reaches a network: the test decides when it ends.

@@ -1,5 +1,4 @@
 #include "platform/PlatformFolders.h"
-#include "platform/ToolPaths.h"
 
 #include "records/FileIO.h"
 
@@ -90,13 +89,9 @@ std::filesystem::path resourceDirectory(const std::filesystem::path& executableF
     return (executableFolder / ".." / "share" / "korvane-generator").lexically_normal();
 }
 
-ToolPaths ToolPaths::forPlatform(const std::filesystem::path& executableFolder) {
+ToolPaths platformToolPaths(const std::filesystem::path& executableFolder) {
     const auto libexec = (executableFolder / ".." / "libexec" / "korvane-generator").lexically_normal();
     return {(libexec / "ditto").string(), (libexec / "plutil").string(), "/usr/sbin/sysctl"};
-}
-
-ToolPaths ToolPaths::forPlatform() {
-    return forPlatform(executableDirectory());
 }
 
 } // namespace korvane

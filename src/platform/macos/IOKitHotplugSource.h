@@ -1,7 +1,7 @@
 #pragma once
 
-#include "platform/HotplugSource.h"
-#include "platform/Scheduler.h"
+#include "collector/HotplugSource.h"
+#include "collector/Scheduler.h"
 
 #include <IOKit/IOKitLib.h>
 

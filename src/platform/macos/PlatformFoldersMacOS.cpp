@@ -1,5 +1,4 @@
 #include "platform/PlatformFolders.h"
-#include "platform/ToolPaths.h"
 
 #include <mach-o/dyld.h>
 
@@ -33,12 +32,8 @@ std::filesystem::path resourceDirectory(const std::filesystem::path& executableF
     return (executableFolder / ".." / "Resources").lexically_normal();
 }
 
-ToolPaths ToolPaths::forPlatform(const std::filesystem::path&) {
+ToolPaths platformToolPaths(const std::filesystem::path&) {
     return {"/usr/bin/ditto", "/usr/bin/plutil", "/usr/sbin/sysctl"};
-}
-
-ToolPaths ToolPaths::forPlatform() {
-    return forPlatform(executableDirectory());
 }
 
 } // namespace korvane

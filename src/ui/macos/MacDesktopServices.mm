@@ -1,4 +1,4 @@
-#include "platform/DesktopServices.h"
+#include "collector/DesktopServices.h"
 #include "ui/SystemDesktopServices.h"
 
 #import <AppKit/AppKit.h>

@@ -4,7 +4,7 @@
 #include <fstream>
 #include <string>
 
-namespace korvane::testing {
+namespace korvane {
 
 // Small hand-made sysfs trees for the cases the real captures don't show.
 class SysfsFixtureWriter {
@@ -52,4 +52,4 @@ private:
     std::filesystem::path root_;
 };
 
-} // namespace korvane::testing
+} // namespace korvane

@@ -27,7 +27,7 @@ protected:
         return SysfsPCIDevice(folder_.path() / name, *PCIAddress::parse(name)).properties();
     }
     TempFolder folder_;
-    testing::SysfsFixtureWriter fixture_{folder_.path()};
+    SysfsFixtureWriter fixture_{folder_.path()};
 };
 
 TEST_F(SysfsPCIDeviceTest, PropertiesFollowTheRegistrysConventions) {

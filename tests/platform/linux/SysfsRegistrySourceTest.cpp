@@ -129,7 +129,7 @@ protected:
     void SetUp() override {
         const Machine& machine = GetParam();
         if (machine.isRecording) {
-            testing::writeUmockdevRecording(
+            writeUmockdevRecording(
                 std::filesystem::path(KORVANE_TEST_DATA_DIR) / "linux" / machine.folder / "device.umockdev",
                 folder_.path() / "sys");
             sysfsRoot_ = folder_.path() / "sys";

@@ -47,7 +47,7 @@ protected:
     }
 
     TempFolder folder_;
-    testing::SysfsFixtureWriter fixture_{folder_.path()};
+    SysfsFixtureWriter fixture_{folder_.path()};
 };
 
 TEST_F(SysfsXHCIServiceTest, PortsTakeFirmwareFactsAndGuessOnlyWhereNoneExist) {

@@ -5,7 +5,7 @@
 #include <sstream>
 #include <string>
 
-namespace korvane::testing {
+namespace korvane {
 
 // Writes an umockdev recording out as a sysfs folder below `root` (so its
 // devices land in root/devices/...): text attributes (A:, with GLib escapes),
@@ -80,4 +80,4 @@ inline void writeUmockdevRecording(const std::filesystem::path& recording, const
     }
 }
 
-} // namespace korvane::testing
+} // namespace korvane

@@ -1,4 +1,4 @@
-#include "ids/LiteralIDsWalk.h"
+#include "support/LiteralIDsWalk.h"
 
 #include <unicode/locid.h>
 #include <unicode/uchar.h>
@@ -6,7 +6,7 @@
 
 #include <cstdio>
 
-namespace korvane::testing {
+namespace korvane {
 
 namespace {
 
@@ -146,4 +146,4 @@ std::string LiteralIDsWalk::name(std::int64_t vendorID, std::int64_t deviceID) c
     return utf8(vendorName);
 }
 
-} // namespace korvane::testing
+} // namespace korvane

@@ -9,7 +9,7 @@
 #include <string_view>
 #include <vector>
 
-namespace korvane::testing {
+namespace korvane {
 
 // The ids line walk done the plain way: every lookup walks from the first
 // line, step by step, with ICU's general operations (full lower-casing,
@@ -38,4 +38,4 @@ private:
     std::unique_ptr<icu::BreakIterator> characters_;
 };
 
-} // namespace korvane::testing
+} // namespace korvane

@@ -1,0 +1,35 @@
+#include "app/RegistryChoice.h"
+
+#include "platform/LiveSources.h"
+#include "savedregistry/SavedRegistry.h"
+
+namespace korvane {
+
+namespace {
+
+void requireFile(const std::filesystem::path& file) {
+    if (!std::filesystem::is_regular_file(file)) {
+        throw RegistryChoiceError(file.string() + ": no such file");
+    }
+}
+
+} // namespace
+
+std::shared_ptr<const RegistrySource> openRegistry(const RegistryChoice& choice) {
+    if (choice.ioregFile) {
+        requireFile(*choice.ioregFile);
+        return std::make_shared<EmptyRegistrySource>();
+    }
+    if (choice.registryFile) {
+        requireFile(*choice.registryFile);
+        std::shared_ptr<const RegistrySource> registry = openSavedRegistry(*choice.registryFile);
+        if (!registry) {
+            throw RegistryChoiceError(choice.registryFile->string() +
+                                      ": not a saved registry (an ioreg -a snapshot or an ioreg -l text dump)");
+        }
+        return registry;
+    }
+    return makeLiveRegistrySource();
+}
+
+} // namespace korvane
