@@ -1,6 +1,7 @@
 #include "CollectorFixture.h"
 
 #include "records/FileIO.h"
+#include "support/FakeTool.h"
 
 #include <gmock/gmock.h>
 #include <zip.h>
@@ -184,13 +185,10 @@ TEST_F(FailingRunTest, ADesktopThatIsAFileEndsInOneErrorLine) {
 class BrokenDittoRunTest : public GenerationRunTest {
 protected:
     void customise(CollectorEnvironment& environment) override {
-        const auto tool = home.path() / "ditto";
-        writeFileAtomically(tool, script);
-        fs::permissions(tool, fs::perms::owner_all);
-        environment.tools.ditto = tool.string();
+        environment.tools.ditto = writeFakeTool(home.path(), "ditto", script);
         environment.dittoTimeout = 0.5;
     }
-    std::string script = "#!/bin/sh\necho 'disk full' >&2\nexit 1\n";
+    std::string script = "echo 'disk full' >&2\nexit 1";
 };
 
 TEST_F(BrokenDittoRunTest, AFailingDittoKeepsTheWorkFolder) {
@@ -210,10 +208,8 @@ TEST_F(BrokenDittoRunTest, AFailingDittoKeepsTheWorkFolder) {
 class BrokenPlutilRunTest : public GenerationRunTest {
 protected:
     void customise(CollectorEnvironment& environment) override {
-        const auto tool = home.path() / "plutil";
-        writeFileAtomically(tool, "#!/bin/sh\necho \"$2: Encountered unknown tag\"\nexit 1\n");
-        fs::permissions(tool, fs::perms::owner_all);
-        environment.tools.plutil = tool.string();
+        environment.tools.plutil =
+            writeFakeTool(home.path(), "plutil", "echo \"$2: Encountered unknown tag\"\nexit 1");
     }
 };
 
@@ -233,7 +229,7 @@ TEST_F(BrokenPlutilRunTest, ARejectedPropertyListEndsTheRunBeforeTheZip) {
 class HangingDittoRunTest : public BrokenDittoRunTest {
 protected:
     void customise(CollectorEnvironment& environment) override {
-        script = "#!/bin/sh\nexec sleep 30\n";
+        script = "exec sleep 30";
         BrokenDittoRunTest::customise(environment);
     }
 };

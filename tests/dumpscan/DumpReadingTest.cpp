@@ -4,6 +4,7 @@
 #include "support/BuildTree.h"
 #include "records/FileIO.h"
 #include "support/TempFolder.h"
+#include "support/FakeTool.h"
 
 #include <gtest/gtest.h>
 
@@ -30,10 +31,7 @@ protected:
         return path;
     }
     std::string fakeTool(const std::string& name, const std::string& script) const {
-        const auto path = tools() / name;
-        std::ofstream(path) << "#!/bin/sh\n" << script << "\n";
-        std::filesystem::permissions(path, std::filesystem::perms::owner_all);
-        return path.string();
+        return writeFakeTool(tools(), name, script);
     }
     std::string read(const std::filesystem::path& dump, const std::string& plutil, double timeout = 15) const {
         return readIORegistryExplorerFileForScanning(dump, {plutil, timeout, temporary()});

@@ -2,6 +2,7 @@
 
 #include "records/FileIO.h"
 #include "records/USBControllerMap.h"
+#include "support/FakeTool.h"
 #include "tools/PropertyList.h"
 
 #include <gtest/gtest.h>
@@ -57,13 +58,10 @@ inline std::string fileText(const std::filesystem::path& path) {
     return readFileBytes(path).value_or("<unreadable>");
 }
 
-// A shell script standing in for a tool: prints `message`, exits with `status`.
+// A tool that prints `message` and exits with `status`.
 inline std::string writeFakeTool(const std::filesystem::path& folder, const std::string& name,
                                  const std::string& message, int status) {
-    const auto path = folder / name;
-    writeFile(path, "#!/bin/sh\nprintf '%s\\n' '" + message + "'\nexit " + std::to_string(status) + "\n");
-    std::filesystem::permissions(path, std::filesystem::perms::owner_all);
-    return path.string();
+    return writeFakeTool(folder, name, "printf '%s\\n' '" + message + "'\nexit " + std::to_string(status));
 }
 
 inline USBPortMap makePort(std::string name, ByteBuffer data, std::int64_t connector = 3, std::string location = "",
