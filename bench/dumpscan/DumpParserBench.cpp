@@ -3,8 +3,8 @@
 // so that the port parser runs over every port and device below it), timed
 // against `grep -c '+-o'` over the same file as the floor of any line scan.
 
-#include "dumpscan/DumpControllerParser.h"
-#include "dumpscan/DumpLines.h"
+#include "dumpscan/DumpParser.h"
+#include "dumpscan/DumpText.h"
 #include "dumpscan/USBTreeScanner.h"
 #include "records/FileIO.h"
 #include "support/BuildTree.h"

@@ -1,6 +1,8 @@
 #include "cli/PortTable.h"
 
+#include "records/ASCIIText.h"
 #include "records/Connector.h"
+#include "records/PCIIdentityText.h"
 
 #include <fmt/format.h>
 
@@ -20,8 +22,8 @@ std::string portTable(const CollectorModel& model, const std::set<std::string>& 
     }
     std::string text;
     for (const auto& controller : controllers) {
-        text += fmt::format("{}  {:04X}:{:04X}  {}\n", controller.name.empty() ? "USB Controller" : controller.name,
-                            controller.vendorID, controller.deviceID,
+        text += fmt::format("{}  {}  {}\n", controller.name.empty() ? "USB Controller" : controller.name,
+                            asciiUppercased(vendorDeviceText(controller.vendorID, controller.deviceID)),
                             controller.usbDeviceName.empty() ? "(unknown controller)" : controller.usbDeviceName);
         text += fmt::format("  location {}, {}, {} port(s)\n", controller.location.empty() ? "-" : controller.location,
                             controller.providerClass.empty() ? "no host service" : controller.providerClass,

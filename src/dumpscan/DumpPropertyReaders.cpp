@@ -1,6 +1,8 @@
 #include "dumpscan/DumpPropertyReaders.h"
 
-#include "dumpscan/DumpPattern.h"
+#include "records/ASCIIText.h"
+#include "records/PortNumber.h"
+#include "records/RegularExpression.h"
 #include "records/Text.h"
 #include "scanner/PropertyReaders.h"
 
@@ -8,7 +10,6 @@
 #include <map>
 #include <memory>
 #include <mutex>
-#include <unicode/uchar.h>
 #include <unicode/utf8.h>
 #include <utility>
 
@@ -22,7 +23,7 @@ constexpr std::uint32_t readerFlags = UREGEX_CASE_INSENSITIVE | UREGEX_DOTALL;
 enum class PatternKind { ioregHex, xmlData, ioregHexInteger, ioregDecimal, xmlHexInteger, xmlDecimal };
 
 std::string patternText(PatternKind kind, std::string_view key) {
-    const std::string k = DumpPattern::quoted(key);
+    const std::string k = RegularExpression::quoted(key);
     switch (kind) {
     case PatternKind::ioregHex: return "\"" + k + "\"\\s*=\\s*<([0-9A-Fa-f ]+)>";
     case PatternKind::xmlData: return "<key>\\s*" + k + "\\s*</key>\\s*<data>\\s*([^<\\s]+)\\s*</data>";
@@ -38,10 +39,10 @@ std::string patternText(PatternKind kind, std::string_view key) {
 // Compiled patterns by kind and key. The callers ask with a handful of fixed
 // keys, so the cache stays tiny; a caller with endless new keys still gets
 // correct answers past the cap, only without caching.
-std::shared_ptr<const DumpPattern> keyPattern(PatternKind kind, std::string_view key) {
+std::shared_ptr<const RegularExpression> keyPattern(PatternKind kind, std::string_view key) {
     constexpr std::size_t cap = 256;
     static std::mutex lock;
-    static std::map<std::pair<PatternKind, std::string>, std::shared_ptr<const DumpPattern>> cache;
+    static std::map<std::pair<PatternKind, std::string>, std::shared_ptr<const RegularExpression>> cache;
     std::pair<PatternKind, std::string> cacheKey{kind, std::string(key)};
     {
         const std::scoped_lock guard(lock);
@@ -49,7 +50,7 @@ std::shared_ptr<const DumpPattern> keyPattern(PatternKind kind, std::string_view
             return it->second;
         }
     }
-    auto pattern = std::make_shared<const DumpPattern>(patternText(kind, key), readerFlags);
+    auto pattern = std::make_shared<const RegularExpression>(patternText(kind, key), readerFlags);
     const std::scoped_lock guard(lock);
     if (cache.size() < cap) {
         cache.emplace(std::move(cacheKey), pattern);
@@ -154,7 +155,7 @@ std::string_view characterPrefix(std::string_view text, std::int64_t count) {
     return text.substr(0, static_cast<std::size_t>(i));
 }
 
-std::optional<std::int64_t> integerGroup(const DumpPattern& pattern, const icu::UnicodeString& text, bool isHex) {
+std::optional<std::int64_t> integerGroup(const RegularExpression& pattern, const icu::UnicodeString& text, bool isHex) {
     const auto match = pattern.firstMatch(text);
     if (!match || match->size() < 2) {
         return std::nullopt;
@@ -190,27 +191,18 @@ std::optional<std::int64_t> decodeLittleEndianHex(const std::optional<std::strin
     if (!hex) {
         return std::nullopt;
     }
-    std::string digits = withoutBlanks(*hex);
-    for (char& c : digits) {
-        if (c >= 'A' && c <= 'Z') {
-            c = static_cast<char>(c - 'A' + 'a');
-        }
-    }
+    const std::string digits = asciiLowercased(withoutBlanks(*hex));
     if (characterLength(digits) < 4) {
         return std::nullopt;
     }
-    std::uint32_t value = 0;
-    int shift = 0;
+    // Pieces that aren't a byte are passed over, not counted as zero.
+    ByteBuffer bytes;
     for (const std::string_view piece : characterPairs(characterPrefix(digits, 8))) {
         if (const auto byte = byteValue(piece)) {
-            value |= static_cast<std::uint32_t>(*byte) << shift;
-            shift += 8;
+            bytes.push_back(*byte);
         }
     }
-    if (shift == 0) {
-        return std::nullopt;
-    }
-    return static_cast<std::int64_t>(value);
+    return littleEndianValue(bytes);
 }
 
 std::optional<ByteBuffer> dataFromIORegHex(const std::optional<std::string>& hex) {
@@ -287,38 +279,6 @@ std::optional<ByteBuffer> inferredPortData(std::string_view location, std::int64
     const std::int64_t number = (firstByte - baseLocationByte) * 16 + upperHalf;
     if (number < 1) {
         return std::nullopt;
-    }
-    return portData(static_cast<std::uint32_t>(number));
-}
-
-ByteBuffer inferredPortData(std::string_view name) {
-    const std::string upper = uppercased(name);
-    const auto* s = reinterpret_cast<const std::uint8_t*>(upper.data());
-    const auto length = static_cast<std::int32_t>(upper.size());
-    std::uint64_t number = 0;
-    bool hasDigits = false;
-    bool isReadable = true;
-    std::int32_t i = 0;
-    while (i < length) {
-        UChar32 c;
-        U8_NEXT(s, i, length, c);
-        if (c < 0 || u_getIntPropertyValue(c, UCHAR_NUMERIC_TYPE) == U_NT_NONE) {
-            continue;
-        }
-        hasDigits = true;
-        // Only ASCII digits read as a decimal number; any other numeric
-        // character spoils the whole run, as does a value past 32 bits.
-        if (c < '0' || c > '9' || number > 0xFFFFFFFFULL) {
-            isReadable = false;
-            continue;
-        }
-        number = number * 10 + static_cast<std::uint64_t>(c - '0');
-    }
-    if (!hasDigits || !isReadable || number > 0xFFFFFFFFULL) {
-        number = 0;
-    }
-    if (upper.starts_with("SS")) {
-        number += 16;
     }
     return portData(static_cast<std::uint32_t>(number));
 }

@@ -40,9 +40,6 @@ std::optional<std::int64_t> firstIntegerProperty(const std::vector<std::string>&
 // second byte. Below 1 gives none.
 std::optional<ByteBuffer> inferredPortData(std::string_view location, std::int64_t baseLocationByte);
 
-// A port's number from its name's digits, 16 more for an "SS" name.
-ByteBuffer inferredPortData(std::string_view name);
-
 // `text` with every "0x" and "0X" taken out, in one pass from the left.
 std::string withoutHexPrefixes(std::string_view text);
 

@@ -2,21 +2,14 @@
 
 #include "ids/IDsDatabaseText.h"
 #include "records/FileIO.h"
+#include "records/PCIIdentityText.h"
 
-#include <cstdio>
 #include <system_error>
 #include <utility>
 
 namespace korvane {
 
 namespace {
-
-std::string cacheKey(std::int64_t vendorID, std::int64_t deviceID) {
-    char key[24];
-    std::snprintf(key, sizeof key, "%04x:%04x", static_cast<unsigned>(static_cast<std::uint32_t>(vendorID)),
-                  static_cast<unsigned>(static_cast<std::uint32_t>(deviceID)));
-    return key;
-}
 
 // Whatever can't be read counts as no database; the error goes nowhere.
 std::shared_ptr<const IDsDatabaseText> readDatabase(const std::string& fileName,
@@ -64,9 +57,14 @@ std::string IDsNameResolver::usbName(std::int64_t vendorID, std::int64_t deviceI
     return name(&IDsNameResolver::usbText_, &IDsNameResolver::usbCache_, vendorID, deviceID);
 }
 
+std::string IDsNameResolver::pciOrUSBName(std::int64_t vendorID, std::int64_t deviceID) {
+    std::string found = pciName(vendorID, deviceID);
+    return found.empty() ? usbName(vendorID, deviceID) : found;
+}
+
 std::string IDsNameResolver::name(std::shared_ptr<const IDsDatabaseText> IDsNameResolver::*text,
                                   Cache IDsNameResolver::*cache, std::int64_t vendorID, std::int64_t deviceID) {
-    std::string key = cacheKey(vendorID, deviceID);
+    std::string key = vendorDeviceText(vendorID, deviceID);
     std::shared_ptr<const IDsDatabaseText> database;
     {
         std::lock_guard guard(lock_);

@@ -29,6 +29,9 @@ public:
 
     std::string pciName(std::int64_t vendorID, std::int64_t deviceID);
     std::string usbName(std::int64_t vendorID, std::int64_t deviceID);
+    // A controller's name: the PCI database's, else the USB database's (some
+    // controllers are listed only there).
+    std::string pciOrUSBName(std::int64_t vendorID, std::int64_t deviceID);
 
     const IDsDatabaseLocations& locations() const { return locations_; }
 

@@ -1,6 +1,7 @@
 #include "package/OutputSanitizer.h"
 
 #include "package/SensitiveTextRedaction.h"
+#include "records/ASCIIText.h"
 #include "records/FileIO.h"
 #include "records/Text.h"
 #include "tools/ProcessRunner.h"
@@ -30,12 +31,7 @@ std::string lowercasedExtension(const std::filesystem::path& file) {
     if (!extension.empty()) {
         extension.erase(0, 1);
     }
-    for (char& c : extension) {
-        if (c >= 'A' && c <= 'Z') {
-            c = static_cast<char>(c - 'A' + 'a');
-        }
-    }
-    return extension;
+    return asciiLowercased(extension);
 }
 
 template <std::size_t N>

@@ -1,5 +1,7 @@
 #include "package/PersonalityNames.h"
 
+#include "records/ASCIIText.h"
+#include "records/PCIIdentityText.h"
 #include "records/Text.h"
 
 #include <unicode/uchar.h>
@@ -100,7 +102,7 @@ std::string supportPersonalityModel(const USBControllerMap& controller) {
     if (!controller.usbDeviceName.empty()) {
         return controller.usbDeviceName;
     }
-    return formatPair("%04" PRIX64 ":%04" PRIX64, controller.vendorID, controller.deviceID);
+    return asciiUppercased(vendorDeviceText(controller.vendorID, controller.deviceID));
 }
 
 std::string mergePersonalityName(const USBControllerMap& controller, std::string_view machineModel) {

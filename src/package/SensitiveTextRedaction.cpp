@@ -1,7 +1,6 @@
 #include "package/SensitiveTextRedaction.h"
 
-#include <unicode/regex.h>
-#include <unicode/unistr.h>
+#include "records/RegularExpression.h"
 
 #include <array>
 #include <cstdint>
@@ -49,28 +48,16 @@ constexpr std::int32_t matchTimeLimit = 5000;
 constexpr std::int32_t matchStackLimit = 64 * 1024 * 1024;
 
 struct CompiledRule {
-    std::unique_ptr<icu::RegexPattern> pattern; // null when it didn't compile
+    RegularExpression expression;
     icu::UnicodeString replacement;
 };
 
-icu::UnicodeString fromUTF8(std::string_view text) {
-    return icu::UnicodeString::fromUTF8(icu::StringPiece(text.data(), static_cast<std::int32_t>(text.size())));
-}
-
-// Compiled once; a RegexPattern is safe to share between threads as long as
-// each thread makes its own matcher.
 const std::vector<CompiledRule>& compiledRules() {
     static const auto rules = [] {
         std::vector<CompiledRule> compiled;
+        compiled.reserve(redactionTable.size());
         for (const auto& rule : redactionTable) {
-            UErrorCode status = U_ZERO_ERROR;
-            UParseError where;
-            std::unique_ptr<icu::RegexPattern> pattern(
-                icu::RegexPattern::compile(fromUTF8(rule.pattern), ruleFlags, where, status));
-            if (U_FAILURE(status)) {
-                pattern.reset();
-            }
-            compiled.push_back({std::move(pattern), fromUTF8(rule.replacement)});
+            compiled.push_back({RegularExpression(rule.pattern, ruleFlags), unicodeText(rule.replacement)});
         }
         return compiled;
     }();
@@ -84,16 +71,13 @@ std::string redactSensitiveText(std::string_view text) {
         // Beyond what one UTF-16 string can hold; nothing we write is this big.
         return std::string(text);
     }
-    icu::UnicodeString current = fromUTF8(text);
+    icu::UnicodeString current = unicodeText(text);
     for (const auto& rule : compiledRules()) {
-        if (!rule.pattern) {
+        std::unique_ptr<icu::RegexMatcher> matcher = rule.expression.matcher(current);
+        if (!matcher) {
             continue;
         }
         UErrorCode status = U_ZERO_ERROR;
-        std::unique_ptr<icu::RegexMatcher> matcher(rule.pattern->matcher(current, status));
-        if (U_FAILURE(status)) {
-            continue;
-        }
         matcher->setTimeLimit(matchTimeLimit, status);
         matcher->setStackLimit(matchStackLimit, status);
         icu::UnicodeString replaced = matcher->replaceAll(rule.replacement, status);

@@ -13,7 +13,7 @@ std::string hexString(const ByteBuffer& data) {
     return text;
 }
 
-std::optional<std::int64_t> portNumber(const ByteBuffer& data) {
+std::optional<std::int64_t> littleEndianValue(const ByteBuffer& data) {
     if (data.empty()) {
         return std::nullopt;
     }
@@ -23,11 +23,6 @@ std::optional<std::int64_t> portNumber(const ByteBuffer& data) {
         value |= static_cast<std::uint32_t>(data[i]) << (8 * i);
     }
     return static_cast<std::int64_t>(value);
-}
-
-ByteBuffer portData(std::uint32_t number) {
-    return {static_cast<std::uint8_t>(number), static_cast<std::uint8_t>(number >> 8),
-            static_cast<std::uint8_t>(number >> 16), static_cast<std::uint8_t>(number >> 24)};
 }
 
 } // namespace korvane

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "records/ByteBuffer.h"
+#include "records/PortNumber.h"
 
 #include <cstdint>
 #include <string>

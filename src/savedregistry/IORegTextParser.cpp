@@ -128,7 +128,7 @@ private:
         // A line deeper than one below its predecessor is malformed; hang it
         // under the deepest node rather than lose it.
         depth = std::min(depth, path_.size());
-        if (depth >= static_cast<std::size_t>(kMaxSavedTreeDepth)) {
+        if (depth >= static_cast<std::size_t>(maximumSavedTreeDepth)) {
             current_ = nullptr;
             return;
         }

@@ -60,7 +60,7 @@ private:
     }
 
     std::optional<PropertyValue> readValue(Context context, int depth) {
-        if (depth > kMaxSavedValueDepth || atEnd()) {
+        if (depth > maximumSavedValueDepth || atEnd()) {
             return std::nullopt;
         }
         switch (text_[pos_]) {

@@ -1,10 +1,9 @@
 #include "savedregistry/SavedRegistry.h"
 
+#include "records/FileIO.h"
 #include "savedregistry/IORegTextParser.h"
-#include "savedregistry/IORegTextSource.h"
-#include "savedregistry/SavedRegistryFile.h"
+#include "savedregistry/SavedRegistryLimits.h"
 #include "savedregistry/SnapshotCodec.h"
-#include "savedregistry/SnapshotFileSource.h"
 
 namespace korvane {
 
@@ -18,6 +17,27 @@ SavedRegistryFormat savedRegistryFormat(std::string_view bytes) {
     return SavedRegistryFormat::Unknown;
 }
 
+std::optional<std::string> readSavedRegistryFile(const std::filesystem::path& path) {
+    std::error_code error;
+    const auto size = std::filesystem::file_size(path, error);
+    if (error || size > maximumSavedRegistryBytes) {
+        return std::nullopt;
+    }
+    auto bytes = readFileBytes(path);
+    if (!bytes || bytes->size() > maximumSavedRegistryBytes) {
+        return std::nullopt;
+    }
+    return bytes;
+}
+
+SavedRegistryFileSource::SavedRegistryFileSource(std::filesystem::path path, Parse parse)
+    : path_(std::move(path)), parse_(std::move(parse)) {}
+
+std::unique_ptr<NativeUSBNode> SavedRegistryFileSource::copyRoot() const {
+    const auto bytes = readSavedRegistryFile(path_);
+    return bytes ? parse_(*bytes) : nullptr;
+}
+
 std::unique_ptr<RegistrySource> openSavedRegistry(const std::filesystem::path& path) {
     const auto bytes = readSavedRegistryFile(path);
     if (!bytes) {
@@ -25,9 +45,9 @@ std::unique_ptr<RegistrySource> openSavedRegistry(const std::filesystem::path& p
     }
     switch (savedRegistryFormat(*bytes)) {
     case SavedRegistryFormat::Snapshot:
-        return std::make_unique<SnapshotFileSource>(path);
+        return std::make_unique<SavedRegistryFileSource>(path, parseSnapshot);
     case SavedRegistryFormat::IORegText:
-        return std::make_unique<IORegTextSource>(path);
+        return std::make_unique<SavedRegistryFileSource>(path, parseIORegText);
     case SavedRegistryFormat::Unknown:
         break;
     }

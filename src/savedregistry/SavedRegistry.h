@@ -3,7 +3,10 @@
 #include "scanner/RegistrySource.h"
 
 #include <filesystem>
+#include <functional>
 #include <memory>
+#include <optional>
+#include <string>
 #include <string_view>
 
 namespace korvane {
@@ -15,8 +18,27 @@ enum class SavedRegistryFormat { Unknown, Snapshot, IORegText };
 // with ioreg node lines is a text dump.
 SavedRegistryFormat savedRegistryFormat(std::string_view bytes);
 
-// The source for a saved registry file; nullptr when the file can't be read
-// or is in neither format. Never throws.
+// The bytes of a saved registry or dump file; none when it can't be read or is
+// larger than maximumSavedRegistryBytes, more than any real dump could be.
+std::optional<std::string> readSavedRegistryFile(const std::filesystem::path& path);
+
+// A registry saved in a file. The file is read afresh on each copyRoot() and
+// its bytes handed to `parse`; a missing, oversized or unreadable file gives
+// nullptr.
+class SavedRegistryFileSource final : public RegistrySource {
+public:
+    using Parse = std::function<std::unique_ptr<NativeUSBNode>(std::string_view bytes)>;
+
+    SavedRegistryFileSource(std::filesystem::path path, Parse parse);
+    std::unique_ptr<NativeUSBNode> copyRoot() const override;
+
+private:
+    std::filesystem::path path_;
+    Parse parse_;
+};
+
+// The source for a saved registry file in the format its bytes show; nullptr
+// when the file can't be read or is in neither format. Never throws.
 std::unique_ptr<RegistrySource> openSavedRegistry(const std::filesystem::path& path);
 
 // The tree of saved registry bytes in either format; nullptr for anything

@@ -28,7 +28,7 @@ constexpr std::array<std::string_view, 6> kBookkeepingKeys = {
 
 // An entry is a dictionary and a child array level each, so a tree at the
 // depth limit with values nested to theirs stays well inside this.
-constexpr int kMaxPlistDepth = 2 * kMaxSavedTreeDepth + kMaxSavedValueDepth + 16;
+constexpr int maximumPlistDepth = 2 * maximumSavedTreeDepth + maximumSavedValueDepth + 16;
 
 struct FreeWithFree {
     void operator()(char* text) const { std::free(text); }
@@ -81,7 +81,7 @@ bool forEachDictionaryItem(plist_t dictionary, Visit visit) {
 }
 
 std::optional<PropertyValue> valueFromPlist(plist_t node, int depth) {
-    if (depth > kMaxSavedValueDepth) {
+    if (depth > maximumSavedValueDepth) {
         return std::nullopt;
     }
     switch (plist_get_node_type(node)) {
@@ -164,7 +164,7 @@ void readEntry(plist_t entry, NativeUSBNode& node, int depth) {
         return true;
     });
     assignNodeIdentity(node, entryName, entryLocation);
-    if (!children || depth + 1 >= kMaxSavedTreeDepth) {
+    if (!children || depth + 1 >= maximumSavedTreeDepth) {
         return;
     }
     auto readChild = [&](plist_t child) {
@@ -199,7 +199,7 @@ bool isXMLNestingWithinLimit(std::string_view bytes) {
         if (tag.starts_with("array") || tag.starts_with("dict")) {
             const std::size_t close = bytes.find('>', position);
             const bool isSelfClosing = close != std::string_view::npos && close > 0 && bytes[close - 1] == '/';
-            if (!isSelfClosing && ++depth > kMaxPlistDepth) {
+            if (!isSelfClosing && ++depth > maximumPlistDepth) {
                 return false;
             }
         } else if (tag.starts_with("/array") || tag.starts_with("/dict")) {
@@ -280,13 +280,13 @@ bool looksLikePropertyList(std::string_view bytes) {
 }
 
 std::unique_ptr<NativeUSBNode> parseSnapshot(std::string_view bytes) {
-    if (bytes.empty() || bytes.size() > kMaxSavedRegistryBytes) {
+    if (bytes.empty() || bytes.size() > maximumSavedRegistryBytes) {
         return nullptr;
     }
     if (bytes.starts_with("bplist00")) {
         // A registry's binary list has about one object per reference byte;
         // anything far beyond that is built to blow up.
-        if (!binaryPlistFitsBudget(bytes, 4 * std::uint64_t{bytes.size()} + 4096, kMaxPlistDepth)) {
+        if (!binaryPlistFitsBudget(bytes, 4 * std::uint64_t{bytes.size()} + 4096, maximumPlistDepth)) {
             return nullptr;
         }
     } else if (!isXMLNestingWithinLimit(bytes)) {

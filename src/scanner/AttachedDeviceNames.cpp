@@ -1,12 +1,12 @@
 #include "scanner/AttachedDeviceNames.h"
 
+#include "records/ASCIIText.h"
+#include "records/PCIIdentityText.h"
 #include "records/Text.h"
 #include "scanner/ControllerDiscovery.h"
 #include "scanner/PortDiscovery.h"
 #include "scanner/PropertyReaders.h"
 
-#include <algorithm>
-#include <cstdio>
 #include <vector>
 
 namespace korvane {
@@ -15,17 +15,6 @@ namespace {
 
 bool contains(std::string_view text, std::string_view part) {
     return text.find(part) != std::string_view::npos;
-}
-
-// ASCII folding is enough here: no non-ASCII letter folds to one of the letters
-// of "bluetooth".
-bool containsIgnoringCase(std::string_view text, std::string_view lowerCasePart) {
-    const auto it =
-        std::search(text.begin(), text.end(), lowerCasePart.begin(), lowerCasePart.end(), [](char a, char b) {
-            const auto lower = (a >= 'A' && a <= 'Z') ? static_cast<char>(a - 'A' + 'a') : a;
-            return lower == b;
-        });
-    return it != text.end();
 }
 
 const PropertyValue* lookup(const NativeUSBNode& node, const char* key) {
@@ -43,7 +32,9 @@ bool isBluetoothDevice(const NativeUSBNode& node, const std::string& base) {
             }
         }
     }
-    return containsIgnoringCase(text, "bluetooth");
+    // ASCII folding is enough here: no non-ASCII letter folds to one of the
+    // letters of "bluetooth".
+    return containsIgnoringASCIICase(text, "bluetooth");
 }
 
 std::optional<std::string> nameFromProperties(const NativeUSBNode& node) {
@@ -76,11 +67,7 @@ bool isDeviceClass(const std::string& className) {
 }
 
 std::string numberedDeviceName(std::int64_t vendor, std::int64_t product) {
-    char text[40];
-    std::snprintf(text, sizeof text, "USB Device %04X:%04X",
-                  static_cast<unsigned>(static_cast<std::uint32_t>(vendor)),
-                  static_cast<unsigned>(static_cast<std::uint32_t>(product)));
-    return text;
+    return "USB Device " + asciiUppercased(vendorDeviceText(vendor, product));
 }
 
 } // namespace

@@ -1,48 +1,14 @@
 #include "scanner/ControllerDiscovery.h"
 
+#include "records/RegularExpression.h"
 #include "records/Text.h"
 #include "scanner/PropertyReaders.h"
 
 #include <algorithm>
-#include <array>
-#include <limits>
-#include <memory>
-#include <unicode/regex.h>
-#include <unicode/unistr.h>
 
 namespace korvane {
 
 namespace {
-
-// Compiled once: RegexPattern is immutable and safe to share across threads;
-// each use makes its own matcher.
-std::unique_ptr<const icu::RegexPattern> compileCaseInsensitive(const char* pattern) {
-    UErrorCode status = U_ZERO_ERROR;
-    std::unique_ptr<const icu::RegexPattern> compiled(
-        icu::RegexPattern::compile(icu::UnicodeString::fromUTF8(pattern), UREGEX_CASE_INSENSITIVE, status));
-    return U_SUCCESS(status) ? std::move(compiled) : nullptr;
-}
-
-const std::array<const icu::RegexPattern*, 2>& pciIdentityPatterns() {
-    static const std::unique_ptr<const icu::RegexPattern> vendorDevicePCI =
-        compileCaseInsensitive("pci([0-9a-fA-F]{4})[, ]([0-9a-fA-F]{4})");
-    static const std::unique_ptr<const icu::RegexPattern> vendorDevicePair =
-        compileCaseInsensitive("([0-9a-fA-F]{4})[:_]([0-9a-fA-F]{4})");
-    static const std::array<const icu::RegexPattern*, 2> patterns{vendorDevicePCI.get(),
-                                                                  vendorDevicePair.get()};
-    return patterns;
-}
-
-std::optional<std::int64_t> hexGroup(icu::RegexMatcher& matcher, int group) {
-    UErrorCode status = U_ZERO_ERROR;
-    const icu::UnicodeString captured = matcher.group(group, status);
-    if (U_FAILURE(status)) {
-        return std::nullopt;
-    }
-    std::string text;
-    captured.toUTF8String(text);
-    return parseSignedInteger(text, 16);
-}
 
 // Bounded so a hostile nesting of arrays can't exhaust the stack.
 void appendIdentityText(std::string& out, const PropertyValue& value, int depth) {
@@ -112,12 +78,6 @@ const NativeUSBNode* nearestUSBControllerPCIDevice(const NativeUSBNode& node) {
     return nullptr;
 }
 
-std::string stringValueForPCIIdentity(const PropertyValue& value) {
-    std::string out;
-    appendIdentityText(out, value, 0);
-    return out;
-}
-
 std::string pciIdentitySearchText(const NativeUSBNode& node) {
     std::string text = node.name + ' ' + node.location + ' ' + node.className;
     for (const char* key : {"IOName", "name", "compatible", "acpi-path", "IOProviderClass", "device_type"}) {
@@ -130,22 +90,16 @@ std::string pciIdentitySearchText(const NativeUSBNode& node) {
 }
 
 std::optional<PCIIdentity> parsePCIIdentity(std::string_view text) {
-    if (text.size() > static_cast<std::size_t>(std::numeric_limits<std::int32_t>::max())) {
-        return std::nullopt;
-    }
-    const icu::UnicodeString subject =
-        icu::UnicodeString::fromUTF8(icu::StringPiece(text.data(), static_cast<std::int32_t>(text.size())));
-    for (const icu::RegexPattern* pattern : pciIdentityPatterns()) {
-        if (pattern == nullptr) {
+    static const RegularExpression vendorDevicePCI("pci([0-9a-fA-F]{4})[, ]([0-9a-fA-F]{4})", UREGEX_CASE_INSENSITIVE);
+    static const RegularExpression vendorDevicePair("([0-9a-fA-F]{4})[:_]([0-9a-fA-F]{4})", UREGEX_CASE_INSENSITIVE);
+    const icu::UnicodeString subject = unicodeText(text);
+    for (const RegularExpression* expression : {&vendorDevicePCI, &vendorDevicePair}) {
+        const auto groups = expression->firstMatch(subject);
+        if (!groups) {
             continue;
         }
-        UErrorCode status = U_ZERO_ERROR;
-        std::unique_ptr<icu::RegexMatcher> matcher(pattern->matcher(subject, status));
-        if (U_FAILURE(status) || !matcher || !matcher->find(status) || U_FAILURE(status)) {
-            continue;
-        }
-        const auto vendor = hexGroup(*matcher, 1);
-        const auto device = hexGroup(*matcher, 2);
+        const auto vendor = parseSignedInteger((*groups)[1], 16);
+        const auto device = parseSignedInteger((*groups)[2], 16);
         if (vendor && device && *vendor > 0 && *device > 0) {
             return PCIIdentity{*vendor, *device};
         }

@@ -34,7 +34,6 @@ const NativeUSBNode* nearestUSBControllerPCIDevice(const NativeUSBNode& node);
 
 // The node's name, location, class and identity-bearing properties, blank-joined.
 std::string pciIdentitySearchText(const NativeUSBNode& node);
-std::string stringValueForPCIIdentity(const PropertyValue& value);
 
 // "pciVVVV,DDDD" first, then "VVVV:DDDD" / "VVVV_DDDD"; only the first match
 // of each expression counts, and zero halves don't.

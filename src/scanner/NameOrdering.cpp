@@ -1,13 +1,13 @@
+#include "records/ASCIIText.h"
 #include "scanner/PropertyReaders.h"
 
-#include <algorithm>
-
-#include <cctype>
-#include <limits>
-#include <memory>
 #include <unicode/coll.h>
 #include <unicode/locid.h>
 #include <unicode/stringpiece.h>
+
+#include <algorithm>
+#include <limits>
+#include <memory>
 
 namespace korvane {
 
@@ -42,14 +42,16 @@ const icu::Collator* sharedCollator() {
     return collator.get();
 }
 
+bool isDigit(char c) {
+    return c >= '0' && c <= '9';
+}
+
 // Used only when ICU has no collation data: ASCII case folded, digit runs by value.
 int fallbackCompare(std::string_view a, std::string_view b) {
     std::size_t i = 0;
     std::size_t j = 0;
     while (i < a.size() && j < b.size()) {
-        const auto ca = static_cast<unsigned char>(a[i]);
-        const auto cb = static_cast<unsigned char>(b[j]);
-        if (std::isdigit(ca) && std::isdigit(cb)) {
+        if (isDigit(a[i]) && isDigit(b[j])) {
             std::size_t ei = i;
             std::size_t ej = j;
             while (ei < a.size() && a[ei] == '0') {
@@ -60,10 +62,10 @@ int fallbackCompare(std::string_view a, std::string_view b) {
             }
             std::size_t si = ei;
             std::size_t sj = ej;
-            while (ei < a.size() && std::isdigit(static_cast<unsigned char>(a[ei]))) {
+            while (ei < a.size() && isDigit(a[ei])) {
                 ++ei;
             }
-            while (ej < b.size() && std::isdigit(static_cast<unsigned char>(b[ej]))) {
+            while (ej < b.size() && isDigit(b[ej])) {
                 ++ej;
             }
             if (ei - si != ej - sj) {
@@ -76,8 +78,8 @@ int fallbackCompare(std::string_view a, std::string_view b) {
             j = ej;
             continue;
         }
-        const int la = std::tolower(ca);
-        const int lb = std::tolower(cb);
+        const auto la = static_cast<unsigned char>(asciiLowercased(a[i]));
+        const auto lb = static_cast<unsigned char>(asciiLowercased(b[j]));
         if (la != lb) {
             return la < lb ? -1 : 1;
         }

@@ -1,39 +1,20 @@
 #include "scanner/NativeUSBTreeScanner.h"
 
+#include "records/ASCIIText.h"
+#include "records/PCIIdentityText.h"
 #include "scanner/ControllerDiscovery.h"
 #include "scanner/PortDiscovery.h"
 #include "scanner/PropertyReaders.h"
 
 #include <algorithm>
-#include <cstdio>
 #include <unordered_set>
 
 namespace korvane {
 
 namespace {
 
-std::string hex4(std::int64_t value) {
-    char text[12];
-    std::snprintf(text, sizeof text, "%04x", static_cast<unsigned>(static_cast<std::uint32_t>(value)));
-    return text;
-}
-
 std::string vendorDevicePair(const PCIIdentity& identity) {
-    return hex4(identity.vendorID) + ':' + hex4(identity.deviceID);
-}
-
-std::string lowerCasedASCII(std::string text) {
-    std::transform(text.begin(), text.end(), text.begin(),
-                   [](char c) { return (c >= 'A' && c <= 'Z') ? static_cast<char>(c - 'A' + 'a') : c; });
-    return text;
-}
-
-std::string controllerDeviceName(const PCIIdentity& identity, IDsNameResolver& names) {
-    std::string name = names.pciName(identity.vendorID, identity.deviceID);
-    if (name.empty()) {
-        name = names.usbName(identity.vendorID, identity.deviceID);
-    }
-    return name;
+    return vendorDeviceText(identity.vendorID, identity.deviceID);
 }
 
 } // namespace
@@ -72,7 +53,7 @@ USBScanResult NativeUSBTreeScanner::scanTree(const NativeUSBNode& root) const {
             continue;
         }
         std::string location = pci->location.empty() ? service->location : pci->location;
-        if (!controllerKeys.insert(vendorDevicePair(*identity) + ':' + lowerCasedASCII(location)).second) {
+        if (!controllerKeys.insert(vendorDevicePair(*identity) + ':' + asciiLowercased(location)).second) {
             continue;
         }
         USBControllerMap controller;
@@ -81,9 +62,9 @@ USBScanResult NativeUSBTreeScanner::scanTree(const NativeUSBNode& root) const {
         controller.location = std::move(location);
         controller.vendorID = identity->vendorID;
         controller.deviceID = identity->deviceID;
-        controller.ioNameMatch = "pci" + hex4(identity->vendorID) + ',' + hex4(identity->deviceID);
+        controller.ioNameMatch = pciNameMatch(identity->vendorID, identity->deviceID);
         controller.providerClass = service->className;
-        controller.usbDeviceName = controllerDeviceName(*identity, names_);
+        controller.usbDeviceName = names_.pciOrUSBName(identity->vendorID, identity->deviceID);
         controllers.push_back(std::move(controller));
     }
 
@@ -103,8 +84,8 @@ USBScanResult NativeUSBTreeScanner::scanTree(const NativeUSBNode& root) const {
         controller.location = pci->location;
         controller.vendorID = identity->vendorID;
         controller.deviceID = identity->deviceID;
-        controller.ioNameMatch = "pci" + hex4(identity->vendorID) + ',' + hex4(identity->deviceID);
-        controller.usbDeviceName = controllerDeviceName(*identity, names_);
+        controller.ioNameMatch = pciNameMatch(identity->vendorID, identity->deviceID);
+        controller.usbDeviceName = names_.pciOrUSBName(identity->vendorID, identity->deviceID);
         controllers.push_back(std::move(controller));
     }
 

@@ -1,50 +1,20 @@
 #include "scanner/PortDiscovery.h"
 
+#include "records/ASCIIText.h"
+#include "records/Connector.h"
+#include "records/RegularExpression.h"
 #include "records/Text.h"
 #include "scanner/AttachedDeviceNames.h"
 #include "scanner/PropertyReaders.h"
 
 #include <algorithm>
-#include <limits>
-#include <memory>
 #include <optional>
-#include <unicode/regex.h>
-#include <unicode/uchar.h>
-#include <unicode/unistr.h>
-#include <unicode/utf8.h>
 #include <unordered_map>
+#include <unordered_set>
 
 namespace korvane {
 
 namespace {
-
-// Compiled once and shared: RegexPattern is immutable and thread-safe; each
-// use makes its own matcher.
-const icu::RegexPattern* portNamePattern() {
-    static const std::unique_ptr<const icu::RegexPattern> pattern = [] {
-        UErrorCode status = U_ZERO_ERROR;
-        std::unique_ptr<const icu::RegexPattern> compiled(icu::RegexPattern::compile(
-            icu::UnicodeString::fromUTF8("^(HS|SS|USR|PRT|HSP|SSP)[A-Z0-9]{1,5}$"), 0, status));
-        return U_SUCCESS(status) ? std::move(compiled) : nullptr;
-    }();
-    return pattern.get();
-}
-
-bool isASCII(std::string_view text) {
-    return std::all_of(text.begin(), text.end(), [](char c) { return static_cast<unsigned char>(c) < 0x80; });
-}
-
-char asciiUpper(char c) {
-    return (c >= 'a' && c <= 'z') ? static_cast<char>(c - 'a' + 'A') : c;
-}
-
-char asciiLower(char c) {
-    return (c >= 'A' && c <= 'Z') ? static_cast<char>(c - 'A' + 'a') : c;
-}
-
-bool isASCIISpace(char c) {
-    return c == ' ' || c == '\t' || c == '\n' || c == '\r' || c == '\v' || c == '\f';
-}
 
 // Most nodes of a registry are no ports. This rules them out from the first
 // letters of the raw name, before any upper-casing or regular expression;
@@ -65,7 +35,7 @@ bool couldBePortName(std::string_view rawName) {
         if (static_cast<unsigned char>(base[i]) >= 0x80) {
             return true;
         }
-        head[i] = asciiUpper(base[i]);
+        head[i] = asciiUppercased(base[i]);
     }
     const std::string_view two(head, 2);
     const std::string_view three(head, 3);
@@ -100,33 +70,6 @@ ByteBuffer portDataFrom(const PropertyDictionary& properties, std::string_view n
     return portData(static_cast<std::uint32_t>(number));
 }
 
-std::optional<std::int64_t> decimalDigitsOf(std::string_view name) {
-    // Any Unicode number counts as numeric, but only ASCII digits parse, so a
-    // name with "²" in it reads as no number at all.
-    std::string digits;
-    const auto* bytes = reinterpret_cast<const std::uint8_t*>(name.data());
-    const auto length = static_cast<std::int32_t>(std::min<std::size_t>(name.size(), INT32_MAX));
-    std::int32_t i = 0;
-    while (i < length) {
-        UChar32 c;
-        U8_NEXT(bytes, i, length, c);
-        if (c < 0) {
-            continue;
-        }
-        const auto type = u_charType(c);
-        if (type == U_DECIMAL_DIGIT_NUMBER || type == U_LETTER_NUMBER || type == U_OTHER_NUMBER) {
-            if (c < '0' || c > '9') {
-                return std::nullopt;
-            }
-            digits.push_back(static_cast<char>(c));
-        }
-    }
-    if (digits.empty()) {
-        return std::nullopt;
-    }
-    return parseSignedInteger(digits, 10);
-}
-
 void appendTablePorts(const NativeUSBNode& service, std::vector<USBPortMap>& ports,
                       std::unordered_set<std::string>& seen, AttachedDeviceNameCache& attachedNames) {
     const auto table = service.properties.find("ports");
@@ -155,7 +98,7 @@ void appendTablePorts(const NativeUSBNode& service, std::vector<USBPortMap>& por
         if (auto connectorCode = explicitConnector(properties)) {
             port.connector = *connectorCode;
         } else {
-            port.connector = inferredConnector(name, service, attachedNames.firstAttachedDeviceName(service));
+            port.connector = inferredConnectorFromNode(name, service, attachedNames.firstAttachedDeviceName(service));
         }
         port.name = std::move(name);
         ports.push_back(std::move(port));
@@ -165,28 +108,13 @@ void appendTablePorts(const NativeUSBNode& service, std::vector<USBPortMap>& por
 } // namespace
 
 std::string portNameFrom(std::string_view nodeNameOrKey) {
-    std::string base = baseName(nodeNameOrKey);
-    if (isASCII(base)) {
-        std::transform(base.begin(), base.end(), base.begin(), asciiUpper);
-        return base;
-    }
-    return uppercased(base);
+    const std::string base = baseName(nodeNameOrKey);
+    return isASCII(base) ? asciiUppercased(base) : uppercased(base);
 }
 
 bool matchesPortNamePattern(std::string_view upperCasedBaseName) {
-    const icu::RegexPattern* pattern = portNamePattern();
-    if (pattern == nullptr || upperCasedBaseName.size() > 64) {
-        return false;
-    }
-    const icu::UnicodeString subject = icu::UnicodeString::fromUTF8(
-        icu::StringPiece(upperCasedBaseName.data(), static_cast<std::int32_t>(upperCasedBaseName.size())));
-    UErrorCode status = U_ZERO_ERROR;
-    std::unique_ptr<icu::RegexMatcher> matcher(pattern->matcher(subject, status));
-    if (U_FAILURE(status) || !matcher) {
-        return false;
-    }
-    const bool found = matcher->find(status);
-    return U_SUCCESS(status) && found;
+    static const RegularExpression portName("^(HS|SS|USR|PRT|HSP|SSP)[A-Z0-9]{1,5}$");
+    return upperCasedBaseName.size() <= 64 && portName.isFoundIn(upperCasedBaseName);
 }
 
 bool isUSBPortNode(const NativeUSBNode& node) {
@@ -217,37 +145,19 @@ std::int64_t inferredPortNumber(std::string_view name, std::string_view location
             return *value;
         }
     }
-    const std::int64_t number = decimalDigitsOf(name).value_or(0);
-    if (name.starts_with("SS")) {
-        // Wraps instead of overflowing; only a 19-digit name could get there.
-        return static_cast<std::int64_t>(static_cast<std::uint64_t>(number) + 16u);
-    }
-    return number;
+    return inferredPortNumberFromName(name);
 }
 
-std::int64_t inferredConnector(std::string_view name, const NativeUSBNode& node,
-                               std::string_view attachedDeviceName) {
-    std::string text = node.name + ' ' + node.className + ' ' + std::string(attachedDeviceName);
-    // ASCII lower-casing finds the same words: no non-ASCII letter lower-cases
-    // to a letter of "bluetooth" or "internal" alone.
-    std::transform(text.begin(), text.end(), text.begin(), asciiLower);
-    if (text.find("bluetooth") != std::string::npos || text.find("internal") != std::string::npos) {
-        return 255;
+std::int64_t inferredConnectorFromNode(std::string_view name, const NativeUSBNode& node,
+                                       std::string_view attachedDeviceName) {
+    const std::string text = node.name + ' ' + node.className + ' ' + std::string(attachedDeviceName);
+    // ASCII case folding finds the same words: no non-ASCII letter folds to a
+    // letter of "bluetooth" or "internal" alone.
+    if (containsIgnoringASCIICase(text, "bluetooth") || containsIgnoringASCIICase(text, "internal") ||
+        name.starts_with("USR")) {
+        return connector::internal;
     }
-    if (name.starts_with("USR")) {
-        return 255;
-    }
-    return 3;
-}
-
-std::int64_t inferredConnector(std::string_view name, const NativeUSBNode& node, IDsNameResolver& names) {
-    return inferredConnector(name, node, firstAttachedDeviceName(node, names));
-}
-
-void appendPortsFromControllerProperties(const NativeUSBNode& service, std::vector<USBPortMap>& ports,
-                                         std::unordered_set<std::string>& seen, IDsNameResolver& names) {
-    AttachedDeviceNameCache attachedNames(names);
-    appendTablePorts(service, ports, seen, attachedNames);
+    return connector::usb3;
 }
 
 std::vector<USBPortMap> scanPorts(const NativeUSBNode& service, IDsNameResolver& names) {
@@ -289,7 +199,7 @@ std::vector<USBPortMap> scanPorts(const NativeUSBNode& service, IDsNameResolver&
         if (auto connectorCode = explicitConnector(node->properties)) {
             port.connector = *connectorCode;
         } else {
-            port.connector = inferredConnector(name, *node, active);
+            port.connector = inferredConnectorFromNode(name, *node, active);
         }
         port.activeDevice = std::move(active);
         recordIndex.emplace(name, ports.size());

@@ -8,7 +8,6 @@
 #include <cstdint>
 #include <string>
 #include <string_view>
-#include <unordered_set>
 #include <vector>
 
 namespace korvane {
@@ -27,17 +26,14 @@ bool isUSBPortNode(const NativeUSBNode& node);
 
 std::vector<USBPortMap> scanPorts(const NativeUSBNode& service, IDsNameResolver& names);
 
-void appendPortsFromControllerProperties(const NativeUSBNode& service, std::vector<USBPortMap>& ports,
-                                         std::unordered_set<std::string>& seen, IDsNameResolver& names);
-
-// From the last comma piece of the location (hex) when above 0, else the
-// digits of the name, plus 16 for "SS" names.
+// From the last comma piece of the location (hex) when above 0, else from the
+// name (inferredPortNumberFromName).
 std::int64_t inferredPortNumber(std::string_view name, std::string_view location);
 
-// 255 for Bluetooth, internal and "USR" ports, else 3.
-std::int64_t inferredConnector(std::string_view name, const NativeUSBNode& node, IDsNameResolver& names);
-// The same with firstAttachedDeviceName(node) already in hand.
-std::int64_t inferredConnector(std::string_view name, const NativeUSBNode& node,
-                               std::string_view attachedDeviceName);
+// The connector of a port node that states none: 255 (internal) when the
+// node's name or class or the device attached below it mentions Bluetooth or
+// "internal", or the name begins with "USR"; else 3.
+std::int64_t inferredConnectorFromNode(std::string_view name, const NativeUSBNode& node,
+                                       std::string_view attachedDeviceName);
 
 } // namespace korvane

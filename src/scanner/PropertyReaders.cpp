@@ -15,19 +15,6 @@ const PropertyValue* lookup(std::string_view key, const PropertyDictionary& prop
     return it == properties.end() ? nullptr : &it->second;
 }
 
-int digitValue(char c) {
-    if (c >= '0' && c <= '9') {
-        return c - '0';
-    }
-    if (c >= 'a' && c <= 'z') {
-        return c - 'a' + 10;
-    }
-    if (c >= 'A' && c <= 'Z') {
-        return c - 'A' + 10;
-    }
-    return 99;
-}
-
 // Plain text for text-form output; nesting is bounded so a hostile value
 // can't exhaust the stack.
 void appendPlainText(std::string& out, const PropertyValue& value, int depth) {
@@ -89,8 +76,8 @@ std::optional<std::int64_t> parseSignedInteger(std::string_view text, int base) 
     constexpr std::int64_t minimum = std::numeric_limits<std::int64_t>::min();
     std::int64_t value = 0;
     for (char c : text) {
-        const int digit = digitValue(c);
-        if (digit >= base) {
+        const int digit = hexDigitValue(c);
+        if (digit < 0 || digit >= base) {
             return std::nullopt;
         }
         if (value < (minimum + digit) / base) {
@@ -169,15 +156,6 @@ std::string registryLocation(const PropertyDictionary& properties) {
     return {};
 }
 
-std::int64_t littleEndianInt(const ByteBuffer& data) {
-    std::uint32_t value = 0;
-    const std::size_t count = std::min<std::size_t>(data.size(), 4);
-    for (std::size_t i = 0; i < count; ++i) {
-        value |= static_cast<std::uint32_t>(data[i]) << (8 * i);
-    }
-    return static_cast<std::int64_t>(value);
-}
-
 std::optional<std::int64_t> intProperty(std::string_view key, const PropertyDictionary& properties) {
     const auto* value = lookup(key, properties);
     if (value == nullptr) {
@@ -187,7 +165,7 @@ std::optional<std::int64_t> intProperty(std::string_view key, const PropertyDict
         return *number;
     }
     if (const auto* bytes = value->bytes()) {
-        return littleEndianInt(*bytes);
+        return littleEndianValue(*bytes).value_or(0);
     }
     if (const auto* text = value->text()) {
         const std::string clean = trimmed(*text);

@@ -18,7 +18,6 @@ namespace korvane {
 std::optional<std::string> stringFromNullTerminatedData(const ByteBuffer& data);
 std::string registryName(const PropertyDictionary& properties, const std::string& fallbackClass);
 std::string registryLocation(const PropertyDictionary& properties);
-std::int64_t littleEndianInt(const ByteBuffer& data);
 std::optional<std::int64_t> intProperty(std::string_view key, const PropertyDictionary& properties);
 std::optional<ByteBuffer> dataProperty(std::string_view key, const PropertyDictionary& properties);
 PropertyDictionary normalizedDictionary(const PropertyValue& value);

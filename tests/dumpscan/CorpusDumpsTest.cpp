@@ -1,4 +1,4 @@
-#include "dumpscan/DumpControllerParser.h"
+#include "dumpscan/DumpParser.h"
 #include "dumpscan/USBTreeScanner.h"
 
 #include "DumpTestSupport.h"

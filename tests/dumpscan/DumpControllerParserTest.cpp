@@ -1,4 +1,4 @@
-#include "dumpscan/DumpControllerParser.h"
+#include "dumpscan/DumpParser.h"
 
 #include "DumpTestSupport.h"
 #include "records/FileIO.h"

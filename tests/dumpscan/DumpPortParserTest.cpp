@@ -1,4 +1,4 @@
-#include "dumpscan/DumpPortParser.h"
+#include "dumpscan/DumpParser.h"
 
 #include "DumpTestSupport.h"
 #include "records/FileIO.h"
@@ -26,19 +26,12 @@ public:
         return *this;
     }
     std::vector<USBPortMap> ports() const {
-        lines_.clear();
-        std::string_view rest = text_;
-        while (!rest.empty()) {
-            const auto end = rest.find('\n');
-            lines_.push_back(rest.substr(0, end));
-            rest.remove_prefix(end == std::string_view::npos ? rest.size() : end + 1);
-        }
-        return parsePorts(lines_, 6);
+        const DumpLines lines(text_);
+        return parsePorts(lines, 0, lines.size(), 6);
     }
 
 private:
     std::string text_;
-    mutable std::vector<std::string_view> lines_;
 };
 
 std::vector<std::string> names(const std::vector<USBPortMap>& ports) {

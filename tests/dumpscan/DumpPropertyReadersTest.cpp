@@ -1,4 +1,5 @@
 #include "dumpscan/DumpPropertyReaders.h"
+#include "records/PortNumber.h"
 
 #include <gtest/gtest.h>
 
@@ -136,15 +137,6 @@ INSTANTIATE_TEST_SUITE_P(
                       LocationCase{"UnreadableFirstByteCountsAsBase", "zz300000", 0x14, 3},
                       LocationCase{"BelowTheBase", "13F00000", 0x14, std::nullopt}),
     [](const ::testing::TestParamInfo<LocationCase>& row) { return row.param.name; });
-
-TEST(InferredPortDataFromName, ReadsDigitsAndAddsSixteenForSS) {
-    EXPECT_EQ(inferredPortData("HS03"), portData(3));
-    EXPECT_EQ(inferredPortData("SS03"), portData(19));
-    EXPECT_EQ(inferredPortData("ss03"), portData(19));
-    EXPECT_EQ(inferredPortData("RHUB"), portData(0));
-    EXPECT_EQ(inferredPortData("SSP1"), portData(17));
-    EXPECT_EQ(inferredPortData("HS99999999999"), portData(0));
-}
 
 } // namespace
 } // namespace korvane

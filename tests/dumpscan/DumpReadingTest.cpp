@@ -1,4 +1,4 @@
-#include "dumpscan/DumpReading.h"
+#include "dumpscan/USBTreeScanner.h"
 
 #include "DumpTestSupport.h"
 #include "support/BuildTree.h"

@@ -1,7 +1,7 @@
 // The whole line-based dump parser over arbitrary bytes: controller and PCI
 // passes, port parser and readers. No crash, no hang, bounded memory.
 
-#include "dumpscan/DumpControllerParser.h"
+#include "dumpscan/DumpParser.h"
 #include "ids/IDsNameResolver.h"
 
 #include <cstddef>

@@ -2,7 +2,7 @@
 // the first four bytes choose the vendor and device IDs, the rest is the
 // database text. Any disagreement aborts.
 #include "ids/IDsDatabaseText.h"
-#include "ids/LiteralIDsWalk.h"
+#include "support/LiteralIDsWalk.h"
 
 #include <cstdint>
 #include <cstdio>
@@ -18,7 +18,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const std::string_view text(reinterpret_cast<const char*>(data) + 4, size - 4);
 
     const korvane::IDsDatabaseText indexed(text);
-    const korvane::testing::LiteralIDsWalk reference(text);
+    const korvane::LiteralIDsWalk reference(text);
     // The text's own hex fields as well, so matches aren't left to chance.
     for (const auto& [vendor, device] : {std::pair{vendorID, deviceID}, std::pair{vendorID, vendorID},
                                          std::pair{deviceID, deviceID}}) {

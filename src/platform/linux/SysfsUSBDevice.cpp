@@ -1,7 +1,7 @@
 #include "platform/linux/SysfsUSBDevice.h"
 
 #include "platform/linux/SysfsReading.h"
-#include "records/ByteBuffer.h"
+#include "records/PortNumber.h"
 
 #include <cstdio>
 

@@ -3,7 +3,7 @@
 #include "platform/linux/SysfsReading.h"
 #include "platform/linux/SysfsUSBDevice.h"
 #include "platform/linux/XHCIPortLayout.h"
-#include "records/ByteBuffer.h"
+#include "records/PortNumber.h"
 #include "records/Text.h"
 #include "scanner/PortDiscovery.h"
 

@@ -1,4 +1,4 @@
-#include "dumpscan/DumpTextSearch.h"
+#include "records/ASCIIText.h"
 
 #include <gtest/gtest.h>
 
@@ -30,9 +30,9 @@ INSTANTIATE_TEST_SUITE_P(
                       SearchCase{"NonASCIIAround", "\xC3\xA9internal\xC3\xA9", "internal", true}),
     [](const ::testing::TestParamInfo<SearchCase>& row) { return row.param.name; });
 
-TEST(HasNonASCII, LooksAtEveryByte) {
-    EXPECT_FALSE(hasNonASCII("+-o HS01@14100000"));
-    EXPECT_TRUE(hasNonASCII("+-o HS01@14100000 \xC5\xBF"));
+TEST(IsASCII, LooksAtEveryByte) {
+    EXPECT_TRUE(isASCII("+-o HS01@14100000"));
+    EXPECT_FALSE(isASCII("+-o HS01@14100000 \xC5\xBF"));
 }
 
 } // namespace

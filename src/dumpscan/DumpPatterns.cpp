@@ -1,22 +1,115 @@
-#include "dumpscan/DumpAnyNode.h"
+#include "dumpscan/DumpPatterns.h"
 
+#include "dumpscan/DumpText.h"
+#include "records/ASCIIText.h"
 #include "records/Text.h"
 
-#include <cstdint>
-#include <cstring>
 #include <unicode/uchar.h>
-#include <unicode/unistr.h>
 #include <unicode/utf8.h>
 
+#include <algorithm>
+#include <array>
+#include <cstdint>
+#include <cstring>
+
 namespace korvane {
+
+const RegularExpression& xhciNodeExpression() {
+    static const RegularExpression expression(
+        R"(\+-o\s+(.+?)@([0-9A-Fa-f]+)\s+<class\s+(AppleUSBXHCI[A-Za-z0-9_]*))", UREGEX_CASE_INSENSITIVE);
+    return expression;
+}
+
+const RegularExpression& pciNodeExpression() {
+    static const RegularExpression expression(R"(\+-o\s+(.+?)@([0-9A-Fa-f,]+)\s+<class\s+IOPCIDevice)",
+                                              UREGEX_CASE_INSENSITIVE);
+    return expression;
+}
+
+const RegularExpression& portNodeExpression() {
+    static const RegularExpression expression(
+        R"(\+-o\s+((?:HS|SS|USR|PRT|RHUB|HSP|SSP)[A-Za-z0-9]{0,5})@([0-9A-Fa-f]+)\s+<class\s+(AppleUSB(?:20|30)?XHCI(?:Port)?|AppleUSBHostPort))",
+        UREGEX_CASE_INSENSITIVE);
+    return expression;
+}
+
+const RegularExpression& loosePortNodeExpression() {
+    static const RegularExpression expression(R"(\+-o\s+((?:HS|SS|USR|PRT)[A-Za-z0-9]{1,4})@([0-9A-Fa-f]+))",
+                                              UREGEX_CASE_INSENSITIVE);
+    return expression;
+}
+
+// Case-insensitive ICU matching lets a few non-ASCII letters (long s, Kelvin
+// sign) stand for ASCII ones, so a line with other bytes than ASCII always
+// goes to the expression itself.
+bool mayHoldNode(std::string_view line, std::string_view lowerClass) {
+    if (line.size() > maximumNodeLineBytes) {
+        return false;
+    }
+    return !isASCII(line) ||
+           (containsIgnoringASCIICase(line, "<class") && containsIgnoringASCIICase(line, lowerClass));
+}
+
+bool mayHoldPort(std::string_view line) {
+    if (line.size() > maximumNodeLineBytes) {
+        return false;
+    }
+    if (!isASCII(line)) {
+        return true;
+    }
+    static constexpr std::array<std::string_view, 5> prefixes = {"hs", "ss", "us", "pr", "rh"};
+    for (std::size_t at = findNodeMarker(line, 0); at != std::string_view::npos; at = findNodeMarker(line, at + 1)) {
+        std::size_t i = at + 3;
+        const std::size_t blanksStart = i;
+        while (i < line.size() && isASCIISpace(line[i])) {
+            ++i;
+        }
+        if (i == blanksStart || i + 2 > line.size()) {
+            continue;
+        }
+        const std::string lowered{asciiLowercased(line[i]), asciiLowercased(line[i + 1])};
+        if (std::find(prefixes.begin(), prefixes.end(), lowered) != prefixes.end()) {
+            return true;
+        }
+    }
+    return false;
+}
+
+std::optional<std::vector<std::string>> firstNodeLineMatch(const RegularExpression& expression,
+                                                           const icu::UnicodeString& line) {
+    static const RegularExpression blankBehindMarker(R"(\+-o\s)");
+    std::unique_ptr<icu::RegexMatcher> matcher = expression.matcher(line);
+    std::unique_ptr<icu::RegexMatcher> startMatcher = blankBehindMarker.matcher(line);
+    if (!matcher || !startMatcher) {
+        return std::nullopt;
+    }
+    static const icu::UnicodeString marker(u"+-");
+    for (std::int32_t at = line.indexOf(marker); at >= 0; at = line.indexOf(marker, at + 1)) {
+        if (at + 2 >= line.length() || (line.charAt(at + 2) != u'o' && line.charAt(at + 2) != u'O')) {
+            continue;
+        }
+        UErrorCode status = U_ZERO_ERROR;
+        matcher->region(at, line.length(), status);
+        if (U_SUCCESS(status) && matcher->lookingAt(status) && U_SUCCESS(status)) {
+            return RegularExpression::groups(*matcher);
+        }
+        status = U_ZERO_ERROR;
+        startMatcher->region(at, line.length(), status);
+        if (U_SUCCESS(status) && startMatcher->lookingAt(status) && U_SUCCESS(status)) {
+            return std::nullopt;
+        }
+    }
+    return std::nullopt;
+}
+
 
 namespace {
 
 constexpr std::size_t none = std::string_view::npos;
 
-class Text {
+class CodePointText {
 public:
-    explicit Text(std::string_view text) : text_(text) {}
+    explicit CodePointText(std::string_view text) : text_(text) {}
 
     std::size_t size() const { return text_.size(); }
 
@@ -54,25 +147,11 @@ public:
         return cache;
     }
 
-    std::size_t nextMarker(std::size_t from) const {
-        while (from + 3 <= text_.size()) {
-            const std::size_t at = text_.find("+-", from);
-            if (at == none || at + 3 > text_.size()) {
-                return none;
-            }
-            if (text_[at + 2] == 'o' || text_[at + 2] == 'O') {
-                return at;
-            }
-            from = at + 1;
-        }
-        return none;
-    }
-
     // End of "<class" matched case-insensitively at `at` (full case folding:
     // long s for s, sharp s for "ss"), or none.
     std::size_t classWordEnd(std::size_t at) const {
-        if (at + 4 >= text_.size() || text_[at] != '<' || (text_[at + 1] | 0x20) != 'c' ||
-            (text_[at + 2] | 0x20) != 'l' || (text_[at + 3] | 0x20) != 'a') {
+        if (at + 4 >= text_.size() || text_[at] != '<' || asciiLowercased(text_[at + 1]) != 'c' ||
+            asciiLowercased(text_[at + 2]) != 'l' || asciiLowercased(text_[at + 3]) != 'a') {
             return none;
         }
         std::size_t i = at + 4;
@@ -119,14 +198,14 @@ bool isNameRunCharacter(UChar32 c) {
 } // namespace
 
 void forEachAnyNode(std::string_view view, const std::function<bool(std::string, std::string)>& visit) {
-    const Text text(view);
+    const CodePointText text(view);
     std::size_t lessFrom = none;
     std::size_t less = none;
     std::size_t atSignFrom = none;
     std::size_t atSign = none;
     std::size_t position = 0;
     while (true) {
-        const std::size_t start = text.nextMarker(position);
+        const std::size_t start = findNodeMarker(view, position);
         if (start == none) {
             return;
         }

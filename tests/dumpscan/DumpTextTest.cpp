@@ -1,4 +1,4 @@
-#include "dumpscan/DumpLines.h"
+#include "dumpscan/DumpText.h"
 
 #include <gtest/gtest.h>
 
@@ -64,12 +64,6 @@ TEST(DumpLines, EveryNewlineCharacterSplitsOnItsOwn) {
     EXPECT_EQ(lines.line(1), "");
     EXPECT_EQ(lines.line(3), "c");
     EXPECT_EQ(lines.line(6), "f");
-}
-
-TEST(DumpLines, SameShapeFromGivenLines) {
-    const DumpLines lines(std::vector<std::string_view>{"+-o P@1  <class X>", "  +-o Q@2  <class Y>", "x"});
-    EXPECT_EQ(lines.blockEnd(0), 3u);
-    EXPECT_EQ(lines.propertiesEnd(0), 1u);
 }
 
 } // namespace

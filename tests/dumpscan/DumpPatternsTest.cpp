@@ -1,4 +1,4 @@
-#include "dumpscan/DumpAnyNode.h"
+#include "dumpscan/DumpPatterns.h"
 
 #include "records/Text.h"
 

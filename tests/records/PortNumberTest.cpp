@@ -1,4 +1,4 @@
-#include "records/ByteBuffer.h"
+#include "records/PortNumber.h"
 
 #include <gtest/gtest.h>
 
@@ -29,9 +29,20 @@ INSTANTIATE_TEST_SUITE_P(
                     PortNumberCase{"OneByte", {0xab}, 0xab, "ab"}),
     [](const auto& row) { return std::string(row.param.name); });
 
-TEST(ByteBufferTest, ComputedPortDataIsFourLittleEndianBytes) {
+TEST(PortNumber, ComputedPortDataIsFourLittleEndianBytes) {
     EXPECT_EQ(portData(3), (ByteBuffer{3, 0, 0, 0}));
     EXPECT_EQ(portData(0x01020304), (ByteBuffer{4, 3, 2, 1}));
+}
+
+TEST(PortNumber, FromANameReadsItsDigitsAndAddsSixteenForSS) {
+    EXPECT_EQ(inferredPortNumberFromName("HS03"), 3u);
+    EXPECT_EQ(inferredPortNumberFromName("SS03"), 19u);
+    EXPECT_EQ(inferredPortNumberFromName("ss03"), 19u);
+    EXPECT_EQ(inferredPortNumberFromName("RHUB"), 0u);
+    EXPECT_EQ(inferredPortNumberFromName("SSP1"), 17u);
+    EXPECT_EQ(inferredPortNumberFromName("HS99999999999"), 0u) << "past 32 bits";
+    EXPECT_EQ(inferredPortNumberFromName("HS\u00B2"), 0u) << "a superscript two is no ASCII digit";
+    EXPECT_EQ(inferredPortNumberFromName("\u00DF01"), 17u) << "sharp s upper-cases to SS";
 }
 
 } // namespace

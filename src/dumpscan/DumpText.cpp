@@ -1,4 +1,4 @@
-#include "dumpscan/DumpLines.h"
+#include "dumpscan/DumpText.h"
 
 #include <algorithm>
 #include <cstring>
@@ -93,8 +93,6 @@ DumpLines::DumpLines(std::string_view text) {
     }
     index();
 }
-
-DumpLines::DumpLines(std::vector<std::string_view> lines) : lines_(std::move(lines)) { index(); }
 
 void DumpLines::index() {
     // Lines whose block is still open, by depth: a node line closes every one

@@ -1,5 +1,9 @@
 #pragma once
 
+// The text machinery of the line scanner: the dump's lines with their tree
+// shape, the node marker, and the limits that keep every pass over a dump
+// linear in its size.
+
 #include <cstddef>
 #include <cstdint>
 #include <limits>
@@ -8,6 +12,18 @@
 #include <vector>
 
 namespace korvane {
+
+// Node lines of real dumps stay under 300 characters (property lines reach
+// 640 KB). The node expressions backtrack over a line once per "+-o" in it, so
+// a long line packed with them would take quadratic time; such a line is
+// taken for a property line and no expression looks at it.
+inline constexpr std::size_t maximumNodeLineBytes = 16 * 1024;
+
+// Each port is looked at together with everything below it, so the work grows
+// with how many port lines enclose one another. Real trees nest ports only
+// through hubs (USB allows five tiers); a port line inside more port blocks
+// than this is taken for no port, which keeps the parse linear in the text.
+inline constexpr std::size_t maximumPortNesting = 32;
 
 // The lines of a dump's text with the tree shape the dump parsers read from
 // them: a line's depth is the column of its first "+-o" (no "+-o" is deepest
@@ -22,7 +38,6 @@ public:
 
     // Splits at every newline character (LF, VT, FF, CR, NEL, LS, PS), each on its own.
     explicit DumpLines(std::string_view text);
-    explicit DumpLines(std::vector<std::string_view> lines);
 
     std::size_t size() const { return lines_.size(); }
     std::string_view line(std::size_t index) const { return lines_[index]; }

@@ -1,0 +1,27 @@
+#include "records/PCIIdentityText.h"
+
+#include <cinttypes>
+#include <cstdio>
+
+namespace korvane {
+
+namespace {
+
+std::string pairText(const char* format, std::int64_t vendorID, std::int64_t deviceID) {
+    char text[64];
+    std::snprintf(text, sizeof text, format, static_cast<std::uint64_t>(vendorID),
+                  static_cast<std::uint64_t>(deviceID));
+    return text;
+}
+
+} // namespace
+
+std::string vendorDeviceText(std::int64_t vendorID, std::int64_t deviceID) {
+    return pairText("%04" PRIx64 ":%04" PRIx64, vendorID, deviceID);
+}
+
+std::string pciNameMatch(std::int64_t vendorID, std::int64_t deviceID) {
+    return pairText("pci%04" PRIx64 ",%04" PRIx64, vendorID, deviceID);
+}
+
+} // namespace korvane
