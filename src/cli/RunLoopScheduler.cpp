@@ -32,11 +32,7 @@ std::shared_ptr<CancellableWork> RunLoopScheduler::postToMainAfter(Seconds delay
 }
 
 void RunLoopScheduler::runOnMainAndWait(Task task) {
-    if (isMainThread()) {
-        task();
-        return;
-    }
-    postToMainAndWait(task);
+    runNowOrPostAndWait(task, isMainThread());
 }
 
 void RunLoopScheduler::joinFinishedWorkers() {

@@ -45,9 +45,14 @@ public:
     virtual void runInBackground(Priority priority, Task task) = 0;
 
 protected:
-    // runOnMainAndWait for a caller off the main thread: posts the task and
-    // blocks until it has run, passing on what it throws.
-    void postToMainAndWait(const Task& task) {
+    // runOnMainAndWait for a scheduler that knows its main thread: runs the
+    // task at once there; elsewhere posts it and blocks until it has run,
+    // passing on what it throws.
+    void runNowOrPostAndWait(const Task& task, bool isOnMainThread) {
+        if (isOnMainThread) {
+            task();
+            return;
+        }
         std::promise<void> done;
         auto finished = done.get_future();
         postToMain([&task, &done] {

@@ -2,6 +2,7 @@
 
 #include "package/PersonalityNames.h"
 #include "package/PortsToWrite.h"
+#include "records/Text.h"
 
 #include <array>
 #include <cinttypes>
@@ -84,14 +85,7 @@ std::string generationReportText(const std::vector<USBControllerMap>& controller
     for (const auto& controller : controllers) {
         appendBlock(controller, lines);
     }
-    std::string text;
-    for (std::size_t i = 0; i < lines.size(); ++i) {
-        if (i > 0) {
-            text += '\n';
-        }
-        text += lines[i];
-    }
-    return text;
+    return joined(lines, "\n");
 }
 
 } // namespace korvane

@@ -57,6 +57,17 @@ std::string trimmed(std::string_view text) {
     return std::string(text.substr(static_cast<std::size_t>(start), static_cast<std::size_t>(end - start)));
 }
 
+std::string joined(const std::vector<std::string>& pieces, std::string_view separator) {
+    std::string text;
+    for (std::size_t i = 0; i < pieces.size(); ++i) {
+        if (i > 0) {
+            text += separator;
+        }
+        text += pieces[i];
+    }
+    return text;
+}
+
 std::string uppercased(std::string_view text) {
     std::string result;
     icu::UnicodeString::fromUTF8(icu::StringPiece(text.data(), static_cast<std::int32_t>(text.size())))

@@ -2,6 +2,7 @@
 
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace korvane {
 
@@ -29,6 +30,9 @@ constexpr int hexDigitValue(char c) {
     }
     return -1;
 }
+
+// The pieces with `separator` between each two.
+std::string joined(const std::vector<std::string>& pieces, std::string_view separator);
 
 // Full Unicode upper-casing, locale-independent ("ß" becomes "SS").
 std::string uppercased(std::string_view text);

@@ -68,14 +68,7 @@ void check(int error) {
 }
 
 std::string joinedArguments(const std::vector<std::string>& args) {
-    std::string joined;
-    for (std::size_t i = 0; i < args.size(); ++i) {
-        if (i > 0) {
-            joined += ' ';
-        }
-        joined += args[i];
-    }
-    return joined;
+    return joined(args, " ");
 }
 
 pid_t spawn(const std::string& path, const std::vector<std::string>& args,

@@ -90,11 +90,7 @@ std::shared_ptr<CancellableWork> QtScheduler::postToMainAfter(Seconds delay, Tas
 }
 
 void QtScheduler::runOnMainAndWait(Task task) {
-    if (isMainThread()) {
-        task();
-        return;
-    }
-    postToMainAndWait(task);
+    runNowOrPostAndWait(task, isMainThread());
 }
 
 void QtScheduler::reapFinishedThreads() {
