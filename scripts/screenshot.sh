@@ -10,7 +10,7 @@ cd "$(dirname "$0")/.."
 registry=${1:-tests/data/macos/MacBookPro15-2/IOReg.txt}
 build=${KORVANE_SCREENSHOT_BUILD:-build/release}
 
-bash scripts/setup.sh
+bash scripts/setup.sh --test
 if [ ! -f "$build/build.ninja" ]; then
   cmake --preset release >/dev/null
 fi

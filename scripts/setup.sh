@@ -1,29 +1,45 @@
 #!/usr/bin/env bash
-# Installs every Debian package the project needs to build, test and run.
+# Installs the Debian packages the project needs.
+#   scripts/setup.sh          what building and running the program needs
+#   scripts/setup.sh --test   that, and what the tests, benchmarks, fuzz
+#                             targets and the end-to-end runs need besides
 # Safe to run again: it asks apt only for what is missing, and refreshes the
 # package lists only when something is.
 set -euo pipefail
 
 packages=(
   # toolchain
-  build-essential cmake ninja-build pkg-config clang libclang-rt-14-dev
+  build-essential cmake ninja-build pkg-config
   # libraries
   libicu-dev libplist-dev libzip-dev libcurl4-openssl-dev libudev-dev
   libcli11-dev libfmt-dev nlohmann-json3-dev
-  # tests and benchmarks
-  libgtest-dev libgmock-dev googletest libbenchmark-dev libcpp-httplib-dev zip unzip procps python3
-  # data
-  hwdata
-  # udev hotplug tests: umockdev's test bed and its preload wrapper
-  umockdev libumockdev-dev
-  # the end-to-end test in a real Linux kernel under QEMU (the packages of the
-  # qemu-usb harness's own setup.sh)
-  qemu-system-x86 qemu-utils linux-image-amd64 busybox-static cpio kmod udev socat acpica-tools
+  # the ids databases bundled with the program, and sysctl, which it asks
+  # for the machine model
+  hwdata procps
   # the desktop window: Qt 6 Widgets (D-Bus and SVG icons), the sound theme
-  # player, fonts for the window, and a virtual display for the screenshot
-  qt6-base-dev libqt6svg6 libcanberra-dev sound-theme-freedesktop
-  fonts-dejavu-core xvfb xauth
+  # player and fonts for the window
+  qt6-base-dev libqt6svg6 libcanberra-dev sound-theme-freedesktop fonts-dejavu-core
 )
+
+if [ "${1:-}" = "--test" ]; then
+  packages+=(
+    # the fuzz build (clang with libFuzzer and the sanitizer runtimes) and
+    # the formatting check
+    clang libclang-rt-14-dev clang-format
+    # tests and benchmarks
+    libgtest-dev libgmock-dev googletest libbenchmark-dev libcpp-httplib-dev zip unzip python3
+    # udev hotplug tests: umockdev's test bed and its preload wrapper
+    umockdev libumockdev-dev
+    # the end-to-end test in a real Linux kernel under QEMU (the packages of
+    # the qemu-usb harness's own setup.sh)
+    qemu-system-x86 qemu-utils linux-image-amd64 busybox-static cpio kmod udev socat acpica-tools
+    # a virtual display for the window's screenshots
+    xvfb xauth
+  )
+elif [ $# -gt 0 ]; then
+  echo "usage: $0 [--test]" >&2
+  exit 2
+fi
 
 missing=()
 for p in "${packages[@]}"; do

@@ -26,7 +26,7 @@ struct WalkCase {
     std::string expected;
 };
 
-// The Part's example database: 1b21 is Alpha Chips with device 1142 Hub Two,
+// Two vendors: 1b21 is Alpha Chips with device 1142 Hub Two,
 // followed by another vendor.
 const std::string alpha = "1b21  Alpha Chips\n\t1142  Hub Two\n1b22  Other\n\t1143  Else\n";
 

@@ -68,7 +68,7 @@ TEST_F(OutputSanitizerTest, BinaryPropertyListComesOutAsMaskedXML) {
               R"({CFBundleName="Korvane", IOPlatformSerialNumber="XX-MASKED-XX"})");
 }
 
-TEST_F(OutputSanitizerTest, UnconvertibleAndNonUTF8FilesAreMaskedOrLeftAsTheTableSays) {
+TEST_F(OutputSanitizerTest, UnconvertibleFilesAreMaskedAsTextAndNonUTF8OnesLeftAlone) {
     writeFile(root / "profile.xml", "<broken>\n" + serialLine);
     const std::string mixed = serialLine + "experience\xD5s iMac\n";
     writeFile(root / "mixed.txt", mixed);
