@@ -3,12 +3,11 @@
 // do nothing, so the difference is what the tool runs cost.
 
 #include "collector/CollectorModel.h"
+#include "support/BuildTree.h"
 #include "support/ManualScheduler.h"
 #include "support/TempFolder.h"
-#include "support/BuildTree.h"
 
 #include <benchmark/benchmark.h>
-
 #include <cstdio>
 
 namespace korvane {
@@ -37,7 +36,8 @@ USBScanResult fourControllers() {
         controller.providerClass = "AppleUSBXHCIPCI";
         for (std::uint32_t p = 1; p <= 26; ++p) {
             USBPortMap port;
-            port.name = (p <= 14 ? "HS" : "SS") + std::string(p % 14 < 10 ? "0" : "") + std::to_string(p % 14 + 1);
+            port.name =
+                (p <= 14 ? "HS" : "SS") + std::string(p % 14 < 10 ? "0" : "") + std::to_string(p % 14 + 1);
             port.location = controller.location + std::to_string(p);
             port.connector = p % 3 == 0 ? 9 : 3;
             port.portData = portData(p);

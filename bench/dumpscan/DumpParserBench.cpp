@@ -11,7 +11,6 @@
 #include "tools/ProcessRunner.h"
 
 #include <benchmark/benchmark.h>
-
 #include <chrono>
 #include <filesystem>
 #include <fstream>
@@ -48,11 +47,11 @@ std::string controllerSubtree(const std::string& file, std::string_view pciLine,
 }
 
 class BenchDump {
-public:
+  public:
     BenchDump() {
-        const std::string hackintosh =
-            controllerSubtree("macos/hackintosh-CML/ioreg_ioservice.txt", "+-o XHC@14  <class IOPCIDevice",
-                              "    | |   | | \"vendor-id\" = <86800000>\n    | |   | | \"device-id\" = <ed020000>\n");
+        const std::string hackintosh = controllerSubtree(
+            "macos/hackintosh-CML/ioreg_ioservice.txt", "+-o XHC@14  <class IOPCIDevice",
+            "    | |   | | \"vendor-id\" = <86800000>\n    | |   | | \"device-id\" = <ed020000>\n");
         const std::string macPro = controllerSubtree(
             "macos/iMacPro1-1/IOReg.txt", "+-o XHC1@14  <class IOPCIDevice",
             "    | |   | | \"vendor-id\" = <86800000>\n    | |   | | \"device-id\" = <afa20000>\n");
@@ -61,7 +60,8 @@ public:
             text_ += hackintosh;
             text_ += macPro;
         }
-        path_ = std::filesystem::temp_directory_path() / ("korvane-dumpscan-bench-" + std::to_string(::getpid()) + ".txt");
+        path_ = std::filesystem::temp_directory_path() /
+                ("korvane-dumpscan-bench-" + std::to_string(::getpid()) + ".txt");
         std::ofstream(path_, std::ios::binary) << text_;
     }
     ~BenchDump() {
@@ -74,7 +74,7 @@ public:
     const std::string& text() const { return text_; }
     const std::filesystem::path& path() const { return path_; }
 
-private:
+  private:
     std::string text_;
     std::filesystem::path path_;
 };
@@ -85,13 +85,14 @@ const BenchDump& dump() {
 }
 
 IDsNameResolver& names() {
-    static IDsNameResolver resolver(IDsDatabaseLocations{std::filesystem::temp_directory_path() / "korvane-dumpscan-bench" / "support",
-                                                         std::filesystem::temp_directory_path() / "korvane-dumpscan-bench" / "resources"});
+    static IDsNameResolver resolver(IDsDatabaseLocations{
+        std::filesystem::temp_directory_path() / "korvane-dumpscan-bench" / "support",
+        std::filesystem::temp_directory_path() / "korvane-dumpscan-bench" / "resources"});
     return resolver;
 }
 
 class NoRegistry : public RegistrySource {
-public:
+  public:
     std::unique_ptr<NativeUSBNode> copyRoot() const override { return nullptr; }
 };
 
@@ -103,7 +104,8 @@ double grepSeconds() {
 
 void BM_GrepCountMarkers50MB(benchmark::State& state) {
     for (auto _ : state) {
-        benchmark::DoNotOptimize(runProcess("/usr/bin/grep", {"-c", "+-o", dump().path().string()}, std::nullopt, 60));
+        benchmark::DoNotOptimize(
+            runProcess("/usr/bin/grep", {"-c", "+-o", dump().path().string()}, std::nullopt, 60));
     }
     state.SetBytesProcessed(static_cast<std::int64_t>(state.iterations() * dump().text().size()));
 }

@@ -1,21 +1,18 @@
 #include "ids/IDsDatabaseText.h"
 #include "ids/IDsNameResolver.h"
+#include "records/FileIO.h"
+#include "support/BuildTree.h"
 #include "support/LiteralIDsWalk.h"
 
-#include "support/BuildTree.h"
-#include "records/FileIO.h"
-
-#include <benchmark/benchmark.h>
-
-#include <unistd.h>
-
 #include <algorithm>
+#include <benchmark/benchmark.h>
 #include <chrono>
 #include <cstdlib>
 #include <filesystem>
 #include <optional>
 #include <random>
 #include <string>
+#include <unistd.h>
 #include <utility>
 #include <vector>
 
@@ -46,7 +43,8 @@ std::vector<Pair> listedPairs(const std::string& text) {
         const bool isDevice = line.starts_with("\t");
         const std::string field = isDevice ? line.substr(1, 4) : line.substr(0, 4);
         if (field.size() != 4 || !std::all_of(field.begin(), field.end(), ::isxdigit) ||
-            (line.size() > field.size() + (isDevice ? 1 : 0) && line[field.size() + (isDevice ? 1 : 0)] != ' ')) {
+            (line.size() > field.size() + (isDevice ? 1 : 0) &&
+             line[field.size() + (isDevice ? 1 : 0)] != ' ')) {
             if (!isDevice && !line.empty() && line[0] != '#') {
                 vendor = -1;
             }
@@ -64,7 +62,7 @@ std::vector<Pair> listedPairs(const std::string& text) {
 }
 
 class ScratchSupportFolder {
-public:
+  public:
     ScratchSupportFolder() {
         std::string pattern = (fs::temp_directory_path() / "korvane-bench-XXXXXX").string();
         if (mkdtemp(pattern.data())) {
@@ -77,7 +75,7 @@ public:
     }
     const fs::path& path() const { return path_; }
 
-private:
+  private:
     fs::path path_;
 };
 
@@ -130,7 +128,8 @@ void BM_ColdLookupDistribution(benchmark::State& state, const char* file) {
         for (const auto& [vendor, device] : pairs) {
             const auto start = std::chrono::steady_clock::now();
             benchmark::DoNotOptimize(database.name(vendor, device));
-            micros.push_back(std::chrono::duration<double, std::micro>(std::chrono::steady_clock::now() - start).count());
+            micros.push_back(
+                std::chrono::duration<double, std::micro>(std::chrono::steady_clock::now() - start).count());
         }
     }
     std::sort(micros.begin(), micros.end());

@@ -9,7 +9,6 @@
 #include "support/BuildTree.h"
 
 #include <benchmark/benchmark.h>
-
 #include <chrono>
 #include <cstdio>
 #include <filesystem>
@@ -43,10 +42,11 @@ std::vector<USBControllerMap> fourControllersOf26Ports() {
 }
 
 class ScratchFolder {
-public:
+  public:
     ScratchFolder()
         : path_(fs::temp_directory_path() /
-                ("korvane-package-bench-" + std::to_string(std::chrono::steady_clock::now().time_since_epoch().count()))) {
+                ("korvane-package-bench-" +
+                 std::to_string(std::chrono::steady_clock::now().time_since_epoch().count()))) {
         fs::create_directories(path_);
     }
     ~ScratchFolder() {
@@ -55,7 +55,7 @@ public:
     }
     const fs::path& path() const { return path_; }
 
-private:
+  private:
     fs::path path_;
 };
 
@@ -108,7 +108,8 @@ void BM_RedactLogText(benchmark::State& state) {
     for (auto _ : state) {
         benchmark::DoNotOptimize(redactSensitiveText(log));
     }
-    state.SetBytesProcessed(static_cast<std::int64_t>(state.iterations()) * static_cast<std::int64_t>(log.size()));
+    state.SetBytesProcessed(static_cast<std::int64_t>(state.iterations()) *
+                            static_cast<std::int64_t>(log.size()));
 }
 BENCHMARK(BM_RedactLogText)->Arg(16 << 10)->Arg(1 << 20)->Unit(benchmark::kMillisecond);
 

@@ -2,9 +2,8 @@
 #include "scanner/NativeUSBTreeScanner.h"
 #include "scanner/PropertyReaders.h"
 
-#include <benchmark/benchmark.h>
-
 #include <atomic>
+#include <benchmark/benchmark.h>
 #include <cstdlib>
 #include <filesystem>
 #include <new>
@@ -39,12 +38,24 @@ void countedRelease(void* pointer) {
 }
 } // namespace
 
-void* operator new(std::size_t size) { return countedAllocation(size); }
-void* operator new[](std::size_t size) { return countedAllocation(size); }
-void operator delete(void* pointer) noexcept { countedRelease(pointer); }
-void operator delete[](void* pointer) noexcept { countedRelease(pointer); }
-void operator delete(void* pointer, std::size_t) noexcept { countedRelease(pointer); }
-void operator delete[](void* pointer, std::size_t) noexcept { countedRelease(pointer); }
+void* operator new(std::size_t size) {
+    return countedAllocation(size);
+}
+void* operator new[](std::size_t size) {
+    return countedAllocation(size);
+}
+void operator delete(void* pointer) noexcept {
+    countedRelease(pointer);
+}
+void operator delete[](void* pointer) noexcept {
+    countedRelease(pointer);
+}
+void operator delete(void* pointer, std::size_t) noexcept {
+    countedRelease(pointer);
+}
+void operator delete[](void* pointer, std::size_t) noexcept {
+    countedRelease(pointer);
+}
 
 namespace korvane {
 namespace {

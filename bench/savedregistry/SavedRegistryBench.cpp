@@ -3,7 +3,6 @@
 #include "savedregistry/SnapshotCodec.h"
 
 #include <benchmark/benchmark.h>
-
 #include <filesystem>
 #include <string>
 
@@ -14,10 +13,14 @@ namespace {
 const char* const kLargestDump = "macos/MacBookPro15-2/IOReg.txt";
 
 const char* const kAllDumps[] = {
-    "macos/iMac19-1/IOReg.txt",       "macos/MacBookPro15-2/IOReg.txt",
-    "macos/MacPro6-1/IOReg.txt",      "macos/Macmini7-1/IOReg.txt",
-    "macos/iMacPro1-1/IOReg.txt",     "macos/hackintosh-CML/ioreg_ioservice.txt",
-    "macos/hackintosh-CML/ioreg_IOUSB-plane.txt", "macos/qemu-MacPro7-1/ioreg.txt",
+    "macos/iMac19-1/IOReg.txt",
+    "macos/MacBookPro15-2/IOReg.txt",
+    "macos/MacPro6-1/IOReg.txt",
+    "macos/Macmini7-1/IOReg.txt",
+    "macos/iMacPro1-1/IOReg.txt",
+    "macos/hackintosh-CML/ioreg_ioservice.txt",
+    "macos/hackintosh-CML/ioreg_IOUSB-plane.txt",
+    "macos/qemu-MacPro7-1/ioreg.txt",
 };
 
 std::string fixture(const char* relative) {
@@ -108,7 +111,11 @@ void BM_ParseLongValueLine(benchmark::State& state) {
     state.SetBytesProcessed(static_cast<std::int64_t>(state.iterations() * text.size()));
     state.SetComplexityN(state.range(0));
 }
-BENCHMARK(BM_ParseLongValueLine)->RangeMultiplier(4)->Range(1 << 14, 1 << 22)->Complexity()->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_ParseLongValueLine)
+    ->RangeMultiplier(4)
+    ->Range(1 << 14, 1 << 22)
+    ->Complexity()
+    ->Unit(benchmark::kMillisecond);
 
 } // namespace
 } // namespace korvane

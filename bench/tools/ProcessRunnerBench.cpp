@@ -5,7 +5,6 @@
 #include "tools/ProcessRunner.h"
 
 #include <benchmark/benchmark.h>
-
 #include <cstdio>
 #include <filesystem>
 
@@ -31,7 +30,8 @@ BENCHMARK(toolWithOutput)->Arg(1 << 10)->Arg(1 << 20)->Arg(16 << 20)->Unit(bench
 void plutilLint(benchmark::State& state) {
     const auto plist = std::filesystem::temp_directory_path() / "korvane-bench-Info.plist";
     if (FILE* file = std::fopen(plist.c_str(), "w")) {
-        std::fputs("<?xml version=\"1.0\"?><plist version=\"1.0\"><dict><key>A</key><true/></dict></plist>", file);
+        std::fputs("<?xml version=\"1.0\"?><plist version=\"1.0\"><dict><key>A</key><true/></dict></plist>",
+                   file);
         std::fclose(file);
     }
     const auto plutil = korvane::buildTreeToolPaths().plutil;

@@ -10,29 +10,26 @@
 // Runs on the offscreen platform unless QT_QPA_PLATFORM says otherwise.
 
 #include "collector/CollectorModel.h"
+#include "support/BuildTree.h"
 #include "support/ManualScheduler.h"
 #include "support/TempFolder.h"
 #include "ui/ContentView.h"
 #include "ui/ControllerList.h"
 #include "ui/QtScheduler.h"
-#include "support/BuildTree.h"
 
 #include <QApplication>
 #include <QMainWindow>
 #include <QScrollArea>
 #include <QTimer>
-
 #include <benchmark/benchmark.h>
-
-#include <fcntl.h>
-#include <spawn.h>
-#include <sys/wait.h>
-#include <unistd.h>
-
 #include <chrono>
 #include <cstdio>
 #include <cstring>
+#include <fcntl.h>
+#include <spawn.h>
 #include <string>
+#include <sys/wait.h>
+#include <unistd.h>
 #include <vector>
 
 extern char** environ;
@@ -76,7 +73,8 @@ USBScanResult portList(int generation = 0) {
 }
 
 std::int64_t monotonicNanoseconds() {
-    return std::chrono::duration_cast<std::chrono::nanoseconds>(std::chrono::steady_clock::now().time_since_epoch())
+    return std::chrono::duration_cast<std::chrono::nanoseconds>(
+               std::chrono::steady_clock::now().time_since_epoch())
         .count();
 }
 
@@ -94,12 +92,12 @@ CollectorEnvironment environmentFor(Scheduler& scheduler, DesktopServices& deskt
 
 // Tells the time of the first paint of the list once it holds the scan.
 class FirstPaintWatch : public QObject {
-public:
+  public:
     FirstPaintWatch(const CollectorModel& model, QWidget& viewport) : model_(model) {
         viewport.installEventFilter(this);
     }
 
-protected:
+  protected:
     bool eventFilter(QObject*, QEvent* event) override {
         if (event->type() == QEvent::Paint && !model_.scannedControllers().empty() && !isDone_) {
             isDone_ = true;
@@ -110,7 +108,7 @@ protected:
         return false;
     }
 
-private:
+  private:
     const CollectorModel& model_;
     bool isDone_ = false;
 };
@@ -123,7 +121,8 @@ int firstPaintChild(int argc, char** argv) {
     IDsNameResolver names{{home.path(), home.path()}};
     QMainWindow window;
     auto* view = new ContentView(
-        CollectorModel::create(environmentFor(scheduler, desktop, names, home, [] { return portList(); })), QIcon());
+        CollectorModel::create(environmentFor(scheduler, desktop, names, home, [] { return portList(); })),
+        QIcon());
     window.setCentralWidget(view);
     window.resize(900, 680);
     FirstPaintWatch watch(view->model(), *view->parts().list->viewport());
@@ -147,7 +146,8 @@ void BM_StartToFirstPaint(benchmark::State& state, std::string program) {
         std::vector<char*> arguments{program.data(), const_cast<char*>(childFlag), nullptr};
         pid_t child = 0;
         const std::int64_t start = monotonicNanoseconds();
-        const int spawned = posix_spawn(&child, program.c_str(), &actions, nullptr, arguments.data(), environ);
+        const int spawned =
+            posix_spawn(&child, program.c_str(), &actions, nullptr, arguments.data(), environ);
         posix_spawn_file_actions_destroy(&actions);
         close(output[1]);
         std::string text;
@@ -171,7 +171,7 @@ void BM_StartToFirstPaint(benchmark::State& state, std::string program) {
 // One window over the manual scheduler, shown, with the list of the first
 // scan; each iteration applies a silent refresh.
 class RescanFixture {
-public:
+  public:
     RescanFixture() {
         auto environment = environmentFor(scheduler_, desktop_, names_, home_, [this] { return next_; });
         view_ = std::make_unique<ContentView>(CollectorModel::create(std::move(environment)), QIcon());
@@ -189,7 +189,7 @@ public:
         view_->parts().list->viewport()->repaint();
     }
 
-private:
+  private:
     TempFolder home_;
     ManualScheduler scheduler_;
     QuietDesktop desktop_;

@@ -28,8 +28,8 @@ std::shared_ptr<CollectorModel> assembleCollectorModel(const RegistryChoice& cho
         .desktop = desktop,
         .scanRegistry =
             [registry = std::move(registry), ioregFile = choice.ioregFile, &names, plutil = tools.plutil] {
-                return USBTreeScanner{.ioregFile = ioregFile, .liveRegistry = *registry, .names = names,
-                                      .plutil = plutil}
+                return USBTreeScanner{
+                    .ioregFile = ioregFile, .liveRegistry = *registry, .names = names, .plutil = plutil}
                     .scan();
             },
         .names = names,

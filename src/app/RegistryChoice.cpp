@@ -24,8 +24,9 @@ std::shared_ptr<const RegistrySource> openRegistry(const RegistryChoice& choice)
         requireFile(*choice.registryFile);
         std::shared_ptr<const RegistrySource> registry = openSavedRegistry(*choice.registryFile);
         if (!registry) {
-            throw RegistryChoiceError(choice.registryFile->string() +
-                                      ": not a saved registry (an ioreg -a snapshot or an ioreg -l text dump)");
+            throw RegistryChoiceError(
+                choice.registryFile->string() +
+                ": not a saved registry (an ioreg -a snapshot or an ioreg -l text dump)");
         }
         return registry;
     }

@@ -21,7 +21,7 @@ struct RegistryChoice {
 
 // A chosen file that can't serve; the message is one line that names it.
 class RegistryChoiceError : public std::runtime_error {
-public:
+  public:
     using std::runtime_error::runtime_error;
 };
 

@@ -9,7 +9,7 @@ namespace {
 // Nobody is at a desktop to hear a sound or see a file manager; the command
 // prints the ZIP's path instead.
 class QuietDesktop final : public DesktopServices {
-public:
+  public:
     void playSound(const std::string&) override {}
     void revealInFileManager(const std::filesystem::path&) override {}
     void openURL(const std::string&) override {}
@@ -25,7 +25,8 @@ std::shared_ptr<const RegistrySource> openChosenRegistry(const RegistryChoice& c
 
 } // namespace
 
-CommandLineSession::CommandLineSession(const RegistryChoice& choice, std::FILE* logOutput, bool listenForHotplug)
+CommandLineSession::CommandLineSession(const RegistryChoice& choice, std::FILE* logOutput,
+                                       bool listenForHotplug)
     : desktop_(std::make_unique<QuietDesktop>()), registry_(openChosenRegistry(choice)),
       model_(assembleCollectorModel(choice, registry_, scheduler_, *desktop_, listenForHotplug)) {
     if (logOutput) {

@@ -19,7 +19,7 @@ struct UsageError {
 // thread, the registry is the one the user chose, the desktop services stay
 // quiet, and the log goes to `logOutput` as it grows.
 class CommandLineSession {
-public:
+  public:
     // Throws UsageError when the chosen registry file can't serve.
     CommandLineSession(const RegistryChoice& choice, std::FILE* logOutput, bool listenForHotplug = false);
     ~CommandLineSession();
@@ -34,7 +34,7 @@ public:
     // The editor's reset scan, waited for.
     void scanForEditing();
 
-private:
+  private:
     RunLoopScheduler scheduler_;
     std::unique_ptr<DesktopServices> desktop_;
     std::shared_ptr<const RegistrySource> registry_;

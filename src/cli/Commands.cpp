@@ -6,11 +6,10 @@
 #include "records/CollectorError.h"
 #include "savedregistry/SnapshotCodec.h"
 
-#include <signal.h>
-
 #include <charconv>
 #include <cstdio>
 #include <map>
+#include <signal.h>
 #include <thread>
 
 namespace korvane {
@@ -38,7 +37,8 @@ std::int64_t parseCode(const std::string& text, const std::string& argument) {
     const auto* end = text.data() + text.size();
     const auto [rest, error] = std::from_chars(text.data(), end, code);
     if (text.empty() || error != std::errc() || rest != end) {
-        throw UsageError{"--connector " + argument + ": the code must be a whole number (0, 3, 9, 10, 255, ...)"};
+        throw UsageError{"--connector " + argument +
+                         ": the code must be a whole number (0, 3, 9, 10, 255, ...)"};
     }
     return code;
 }
@@ -87,9 +87,10 @@ int runGenerate(const GenerateOptions& options) {
         model.setConnector(controller, port, parseCode(assignment.substr(equals + 1), assignment));
     }
     if (model.showPortLimitWarning()) {
-        std::fputs("Note: an Intel controller has 15 or more selected ports; macOS limits such a controller to 15 "
-                   "ports unless a port limit patch is in place.\n",
-                   stdout);
+        std::fputs(
+            "Note: an Intel controller has 15 or more selected ports; macOS limits such a controller to 15 "
+            "ports unless a port limit patch is in place.\n",
+            stdout);
         model.dismissPortLimitWarning();
     }
 
@@ -136,7 +137,8 @@ int runWatch(const ScanOptions& options) {
             printJSON(portJSON(model));
         } else {
             std::fputs(portTable(model, changed).c_str(), stdout);
-            std::fputs("Plug or unplug a USB device to see its port (* marks a change); Ctrl-C ends.\n\n", stdout);
+            std::fputs("Plug or unplug a USB device to see its port (* marks a change); Ctrl-C ends.\n\n",
+                       stdout);
             std::fflush(stdout);
         }
     };
@@ -166,7 +168,8 @@ int runSnapshot(const RegistryChoice& source, const std::filesystem::path& outpu
     try {
         writeSnapshot(*root, output);
     } catch (...) {
-        std::fprintf(stderr, "korvane: %s: %s\n", output.c_str(), errorDescription(std::current_exception()).c_str());
+        std::fprintf(stderr, "korvane: %s: %s\n", output.c_str(),
+                     errorDescription(std::current_exception()).c_str());
         return 1;
     }
     std::printf("%s\n", output.c_str());
@@ -185,7 +188,8 @@ int runPaths() {
     const ApplicationPaths paths = applicationPaths();
     auto show = [](const char* label, const std::filesystem::path& path) {
         std::error_code error;
-        std::printf("%-21s %s%s\n", label, path.c_str(), std::filesystem::exists(path, error) ? "" : " (missing)");
+        std::printf("%-21s %s%s\n", label, path.c_str(),
+                    std::filesystem::exists(path, error) ? "" : " (missing)");
     };
     show("desktop:", paths.desktop);
     show("application support:", paths.applicationSupport);

@@ -22,21 +22,24 @@ std::string portTable(const CollectorModel& model, const std::set<std::string>& 
     }
     std::string text;
     for (const auto& controller : controllers) {
-        text += fmt::format("{}  {}  {}\n", controller.name.empty() ? "USB Controller" : controller.name,
-                            asciiUppercased(vendorDeviceText(controller.vendorID, controller.deviceID)),
-                            controller.usbDeviceName.empty() ? "(unknown controller)" : controller.usbDeviceName);
-        text += fmt::format("  location {}, {}, {} port(s)\n", controller.location.empty() ? "-" : controller.location,
+        text +=
+            fmt::format("{}  {}  {}\n", controller.name.empty() ? "USB Controller" : controller.name,
+                        asciiUppercased(vendorDeviceText(controller.vendorID, controller.deviceID)),
+                        controller.usbDeviceName.empty() ? "(unknown controller)" : controller.usbDeviceName);
+        text += fmt::format("  location {}, {}, {} port(s)\n",
+                            controller.location.empty() ? "-" : controller.location,
                             controller.providerClass.empty() ? "no host service" : controller.providerClass,
                             controller.ports.size());
         for (const auto& port : controller.ports) {
             const auto key = usbPortStableID(controller, port);
             text += fmt::format("  {} [{}] {:<6} port {:<10} {:<9} {}\n", changed.contains(key) ? '*' : ' ',
-                                model.isPortSelected(controller, port) ? 'x' : ' ', port.name, hexString(port.portData),
-                                connectorText(model.connectorFor(controller, port)),
+                                model.isPortSelected(controller, port) ? 'x' : ' ', port.name,
+                                hexString(port.portData), connectorText(model.connectorFor(controller, port)),
                                 port.activeDevice.empty() ? "No active device" : port.activeDevice);
         }
     }
-    text += fmt::format("{} of {} port(s) selected.\n", model.selectedPortIDs().size(), model.totalPortCount());
+    text +=
+        fmt::format("{} of {} port(s) selected.\n", model.selectedPortIDs().size(), model.totalPortCount());
     return text;
 }
 

@@ -3,7 +3,6 @@
 #include "collector/CollectorModel.h"
 
 #include <nlohmann/json.hpp>
-
 #include <set>
 #include <string>
 

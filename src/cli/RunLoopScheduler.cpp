@@ -24,8 +24,8 @@ std::shared_ptr<CancellableWork> RunLoopScheduler::postToMainAfter(Seconds delay
     auto work = std::make_shared<CancellableWork>();
     {
         std::lock_guard lock(mutex_);
-        timers_.push_back(
-            {Clock::now() + std::chrono::duration_cast<Clock::duration>(delay), nextOrder_++, work, std::move(task)});
+        timers_.push_back({Clock::now() + std::chrono::duration_cast<Clock::duration>(delay), nextOrder_++,
+                           work, std::move(task)});
     }
     wake_.notify_all();
     return work;
@@ -36,7 +36,8 @@ void RunLoopScheduler::runOnMainAndWait(Task task) {
 }
 
 void RunLoopScheduler::joinFinishedWorkers() {
-    auto finished = std::partition(workers_.begin(), workers_.end(), [](const Worker& w) { return !*w.finished; });
+    auto finished =
+        std::partition(workers_.begin(), workers_.end(), [](const Worker& w) { return !*w.finished; });
     for (auto it = finished; it != workers_.end(); ++it) {
         it->thread.join();
     }

@@ -16,7 +16,7 @@ namespace korvane {
 // The command line's main loop: the thread that made the scheduler is the
 // main thread. Background tasks each get a thread of their own.
 class RunLoopScheduler final : public Scheduler {
-public:
+  public:
     RunLoopScheduler();
     ~RunLoopScheduler() override;
 
@@ -33,7 +33,7 @@ public:
     // Ends runUntil() soon; callable from any thread (and a signal watcher).
     void quit();
 
-private:
+  private:
     using Clock = std::chrono::steady_clock;
     struct Timer {
         Clock::time_point due;

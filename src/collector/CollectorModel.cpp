@@ -109,7 +109,8 @@ void CollectorModel::runCollection() {
         std::size_t controllerCount = 0;
         onMain([&] { controllerCount = scannedControllers_.size(); });
         if (controllerCount == 0) {
-            onMain([this] { append("No USB port list was loaded. Running Reset Ports before generation..."); });
+            onMain(
+                [this] { append("No USB port list was loaded. Running Reset Ports before generation..."); });
             runUSBScanForEditing(false, true, false);
         }
 
@@ -119,7 +120,9 @@ void CollectorModel::runCollection() {
         for (const auto& controller : selected) {
             portCount += controller.ports.size();
         }
-        onMain([&] { append("Generating Korvane.kext with " + std::to_string(portCount) + " enabled port(s)..."); });
+        onMain([&] {
+            append("Generating Korvane.kext with " + std::to_string(portCount) + " enabled port(s)...");
+        });
 
         generateKorvaneKext(workFolder, std::nullopt, selected, environment_.tools);
         onMain([this] { append("Korvane.kext step completed."); });
@@ -132,8 +135,8 @@ void CollectorModel::runCollection() {
         }
         onMain([this] { append("Creating ZIP on Desktop..."); });
         runProcess(environment_.tools.ditto,
-                   {"-c", "-k", "--sequesterRsrc", "--keepParent", workFolder.string(), zipURL.string()}, desktop,
-                   environment_.dittoTimeout);
+                   {"-c", "-k", "--sequesterRsrc", "--keepParent", workFolder.string(), zipURL.string()},
+                   desktop, environment_.dittoTimeout);
         onMain([&] { append("ZIP created successfully: " + zipURL.string()); });
 
         std::error_code ignored;

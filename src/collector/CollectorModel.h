@@ -1,12 +1,12 @@
 #pragma once
 
 #include "collector/DesktopServices.h"
-#include "ids/IDsDownload.h"
 #include "collector/Scheduler.h"
 #include "collector/USBDeviceHotplugMonitor.h"
+#include "ids/IDsDownload.h"
 #include "ids/IDsNameResolver.h"
-#include "tools/ToolPaths.h"
 #include "records/USBControllerMap.h"
+#include "tools/ToolPaths.h"
 
 #include <chrono>
 #include <cstdint>
@@ -47,7 +47,7 @@ struct CollectorEnvironment {
 // the model weakly: a task that finds it gone does nothing. Observers are
 // told on the main thread after properties change.
 class CollectorModel : public std::enable_shared_from_this<CollectorModel> {
-public:
+  public:
     static constexpr const char* zipName = "Korvane.zip";
     static constexpr const char* workFolderName = "KorvaneGenerator_Work";
     static constexpr const char* logFileName = "KorvaneGenerator-log.txt";
@@ -104,7 +104,7 @@ public:
     // only, with the user's connectors. Public for the command line's dry runs.
     std::vector<USBControllerMap> selectedControllers() const;
 
-private:
+  private:
     explicit CollectorModel(CollectorEnvironment environment);
 
     void append(const std::string& message);

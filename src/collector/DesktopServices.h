@@ -13,7 +13,7 @@ namespace korvane {
 // a sound that doesn't exist plays nothing, a file manager that can't be
 // reached shows nothing.
 class DesktopServices {
-public:
+  public:
     virtual ~DesktopServices() = default;
 
     // "Glass" after a successful run, "Basso" after a failed one.

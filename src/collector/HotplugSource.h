@@ -13,7 +13,7 @@ namespace korvane {
 // present at start() cause no call. A source that can't listen stays silent
 // and says nothing.
 class HotplugSource {
-public:
+  public:
     virtual ~HotplugSource() = default;
     virtual void start(std::function<void()> onChange) = 0;
 };

@@ -1,7 +1,6 @@
 // Refreshing the two ids databases from their public repositories.
 
 #include "collector/CollectorModel.h"
-
 #include "records/CollectorError.h"
 
 namespace korvane {

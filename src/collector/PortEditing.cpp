@@ -2,7 +2,6 @@
 // connector choices and the port limit warning.
 
 #include "collector/CollectorModel.h"
-
 #include "package/LegacyUSBPortTemplate.h"
 #include "records/Text.h"
 
@@ -18,7 +17,8 @@ void CollectorModel::refreshActiveUSBDevices() {
     startGuardedScan(true, false, true);
 }
 
-void CollectorModel::startGuardedScan(bool preserveExistingSelection, bool resetConnectorOverrides, bool silent) {
+void CollectorModel::startGuardedScan(bool preserveExistingSelection, bool resetConnectorOverrides,
+                                      bool silent) {
     if (isRunning_ || isScanningUSB_) {
         return;
     }
@@ -26,7 +26,8 @@ void CollectorModel::startGuardedScan(bool preserveExistingSelection, bool reset
     changed();
     std::weak_ptr<CollectorModel> weak = weak_from_this();
     environment_.scheduler.runInBackground(
-        Scheduler::Priority::userInitiated, [weak, preserveExistingSelection, resetConnectorOverrides, silent] {
+        Scheduler::Priority::userInitiated,
+        [weak, preserveExistingSelection, resetConnectorOverrides, silent] {
             if (auto model = weak.lock()) {
                 model->runUSBScanForEditing(preserveExistingSelection, resetConnectorOverrides, silent);
             }
@@ -59,7 +60,8 @@ void CollectorModel::runUSBScanForEditing(bool preserveExistingSelection, bool r
     onMain([&] {
         // One stretch: no view may see the new controllers with the old selection.
         const auto counts = previousCounts();
-        std::set<std::string> selection = preserveExistingSelection ? selectedPortIDs_ : std::set<std::string>{};
+        std::set<std::string> selection =
+            preserveExistingSelection ? selectedPortIDs_ : std::set<std::string>{};
         selection.insert(active.begin(), active.end());
         scannedControllers_ = std::move(controllers);
         selectedPortIDs_ = std::move(selection);
@@ -115,7 +117,8 @@ void CollectorModel::deselectAllPorts() {
     changed();
 }
 
-void CollectorModel::setPortSelected(const USBControllerMap& controller, const USBPortMap& port, bool selected) {
+void CollectorModel::setPortSelected(const USBControllerMap& controller, const USBPortMap& port,
+                                     bool selected) {
     const std::int64_t before = selectedPortCount(controller);
     const auto key = usbPortStableID(controller, port);
     if (selected) {
@@ -139,7 +142,8 @@ std::int64_t CollectorModel::connectorFor(const USBControllerMap& controller, co
     return override != connectorOverrides_.end() ? override->second : port.connector;
 }
 
-void CollectorModel::setConnector(const USBControllerMap& controller, const USBPortMap& port, std::int64_t code) {
+void CollectorModel::setConnector(const USBControllerMap& controller, const USBPortMap& port,
+                                  std::int64_t code) {
     // Stored even when it equals the scanned value: a pick is the user's word.
     connectorOverrides_[usbPortStableID(controller, port)] = code;
     changed();

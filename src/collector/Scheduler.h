@@ -11,11 +11,11 @@ namespace korvane {
 // A delayed main-thread task that can still be called off. Cancelling one that
 // has already run changes nothing.
 class CancellableWork {
-public:
+  public:
     void cancel() { cancelled_ = true; }
     bool isCancelled() const { return cancelled_; }
 
-private:
+  private:
     bool cancelled_ = false; // touched on the main thread only
 };
 
@@ -32,7 +32,7 @@ private:
 //   scheduler, later on the test's own thread) and returns at once.
 // - Tasks may post further tasks. Nothing is run after the scheduler is gone.
 class Scheduler {
-public:
+  public:
     using Task = std::function<void()>;
     using Seconds = std::chrono::duration<double>;
     enum class Priority { userInitiated, utility };
@@ -44,7 +44,7 @@ public:
     virtual void runOnMainAndWait(Task task) = 0;
     virtual void runInBackground(Priority priority, Task task) = 0;
 
-protected:
+  protected:
     // runOnMainAndWait for a scheduler that knows its main thread: runs the
     // task at once there; elsewhere posts it and blocks until it has run,
     // passing on what it throws.

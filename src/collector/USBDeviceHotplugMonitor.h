@@ -10,7 +10,7 @@ namespace korvane {
 // The model's end of hotplug tracking: owns the platform's source and turns
 // its events into calls of onChange, read at the moment of each event.
 class USBDeviceHotplugMonitor {
-public:
+  public:
     explicit USBDeviceHotplugMonitor(std::unique_ptr<HotplugSource> source) : source_(std::move(source)) {}
 
     // Only the first call has an effect, so a window that appears again
@@ -33,7 +33,7 @@ public:
 
     std::function<void()> onChange;
 
-private:
+  private:
     std::unique_ptr<HotplugSource> source_;
     bool started_ = false;
 };

@@ -36,7 +36,8 @@ USBControllerMap controllerRecord(std::string name, std::string location, std::i
 // Walks the node lines a pattern matches, passing over the whole block of each
 // match; `visit` gets the line's index and the match's groups.
 template <typename Visit>
-void walkMatchingNodes(const DumpLines& lines, const RegularExpression& pattern, std::string_view lowerClass, Visit visit) {
+void walkMatchingNodes(const DumpLines& lines, const RegularExpression& pattern, std::string_view lowerClass,
+                       Visit visit) {
     const auto& marked = lines.markedLines();
     std::size_t m = 0;
     while (m < marked.size()) {
@@ -57,18 +58,19 @@ void walkMatchingNodes(const DumpLines& lines, const RegularExpression& pattern,
 }
 
 void sortControllers(std::vector<USBControllerMap>& controllers) {
-    std::stable_sort(controllers.begin(), controllers.end(), [](const USBControllerMap& a, const USBControllerMap& b) {
-        if (a.vendorID != b.vendorID) {
-            return a.vendorID < b.vendorID;
-        }
-        if (a.deviceID != b.deviceID) {
-            return a.deviceID < b.deviceID;
-        }
-        if (a.location != b.location) {
-            return localizedStandardLess(a.location, b.location);
-        }
-        return localizedStandardLess(a.name, b.name);
-    });
+    std::stable_sort(controllers.begin(), controllers.end(),
+                     [](const USBControllerMap& a, const USBControllerMap& b) {
+                         if (a.vendorID != b.vendorID) {
+                             return a.vendorID < b.vendorID;
+                         }
+                         if (a.deviceID != b.deviceID) {
+                             return a.deviceID < b.deviceID;
+                         }
+                         if (a.location != b.location) {
+                             return localizedStandardLess(a.location, b.location);
+                         }
+                         return localizedStandardLess(a.name, b.name);
+                     });
 }
 
 // The PCI pass: the controllers to add to `existing`.
@@ -86,41 +88,42 @@ std::vector<USBControllerMap> parsePCIUSBControllers(const DumpLines& lines,
     static const std::vector<std::string> vendorKeys = {"vendor-id"};
     static const std::vector<std::string> deviceKeys = {"device-id"};
     std::vector<USBControllerMap> found;
-    walkMatchingNodes(lines, pciNodeExpression(), "iopcidevice", [&](std::size_t i, const std::vector<std::string>& groups) {
-        const icu::UnicodeString properties =
-            unicodeText(lines.joined(i, std::min(lines.propertiesEnd(i), lines.blockEnd(i))));
-        std::optional<std::string> classCode = firstPropertyHex(classCodeKeys, properties);
-        if (classCode) {
-            *classCode = asciiLowercased(*classCode);
-        }
-        const auto classValue = decodeLittleEndianHex(classCode);
-        if (!classValue || (*classValue & 0xFFFFFF) != 0x0C0330) {
-            return;
-        }
-        const std::int64_t vendorID = idProperty(vendorKeys, properties);
-        const std::int64_t deviceID = idProperty(deviceKeys, properties);
-        if (vendorID < 1 || deviceID < 1) {
-            return;
-        }
-        std::string location = uppercased(groups[2]);
-        const std::string key = vendorDeviceText(vendorID, deviceID);
-        const std::string locationKey = key + ":" + asciiLowercased(location);
-        if (locationKeys.contains(locationKey) || idKeys.contains(key)) {
-            return;
-        }
-        locationKeys.insert(locationKey);
-        idKeys.insert(key);
-        found.push_back(controllerRecord(trimmed(groups[1]), std::move(location), vendorID, deviceID, names));
-    });
+    walkMatchingNodes(lines, pciNodeExpression(), "iopcidevice",
+                      [&](std::size_t i, const std::vector<std::string>& groups) {
+                          const icu::UnicodeString properties = unicodeText(
+                              lines.joined(i, std::min(lines.propertiesEnd(i), lines.blockEnd(i))));
+                          std::optional<std::string> classCode = firstPropertyHex(classCodeKeys, properties);
+                          if (classCode) {
+                              *classCode = asciiLowercased(*classCode);
+                          }
+                          const auto classValue = decodeLittleEndianHex(classCode);
+                          if (!classValue || (*classValue & 0xFFFFFF) != 0x0C0330) {
+                              return;
+                          }
+                          const std::int64_t vendorID = idProperty(vendorKeys, properties);
+                          const std::int64_t deviceID = idProperty(deviceKeys, properties);
+                          if (vendorID < 1 || deviceID < 1) {
+                              return;
+                          }
+                          std::string location = uppercased(groups[2]);
+                          const std::string key = vendorDeviceText(vendorID, deviceID);
+                          const std::string locationKey = key + ":" + asciiLowercased(location);
+                          if (locationKeys.contains(locationKey) || idKeys.contains(key)) {
+                              return;
+                          }
+                          locationKeys.insert(locationKey);
+                          idKeys.insert(key);
+                          found.push_back(controllerRecord(trimmed(groups[1]), std::move(location), vendorID,
+                                                           deviceID, names));
+                      });
     return found;
 }
 
 bool isPortClass(std::string_view className) {
-    static constexpr std::array<std::string_view, 4> portClasses = {"IOService", "AppleUSBHostPort",
-                                                                    "AppleUSB20XHCIPort", "AppleUSB30XHCIPort"};
+    static constexpr std::array<std::string_view, 4> portClasses = {
+        "IOService", "AppleUSBHostPort", "AppleUSB20XHCIPort", "AppleUSB30XHCIPort"};
     return std::find(portClasses.begin(), portClasses.end(), className) != portClasses.end();
 }
-
 
 struct Candidate {
     std::string name;
@@ -165,7 +168,8 @@ std::string activeDeviceName(std::string_view full) {
 }
 
 std::int64_t inferredConnectorFromDumpBlock(std::string_view name, std::string_view blockText) {
-    if (containsIgnoringASCIICase(blockText, "bluetooth") || containsIgnoringASCIICase(blockText, "mystic light") ||
+    if (containsIgnoringASCIICase(blockText, "bluetooth") ||
+        containsIgnoringASCIICase(blockText, "mystic light") ||
         containsIgnoringASCIICase(blockText, "internal") || uppercased(name).starts_with("USR")) {
         return connector::internal;
     }
@@ -228,8 +232,9 @@ std::vector<USBPortMap> parsePorts(const DumpLines& lines, std::size_t begin, st
         const auto stated = firstIntegerProperty(connectorKeys, ownContext);
         port.connector = stated ? *stated : inferredConnectorFromDumpBlock(candidate.name, full);
         port.activeDevice = activeDeviceName(full);
-        port.comment = connectorCommentLabel(port.connector, port.name) + " - Location 0x" + port.location + " - " +
-                       (port.activeDevice.empty() ? std::string("No active device") : "Active: " + port.activeDevice);
+        port.comment =
+            connectorCommentLabel(port.connector, port.name) + " - Location 0x" + port.location + " - " +
+            (port.activeDevice.empty() ? std::string("No active device") : "Active: " + port.activeDevice);
         ports.push_back(std::move(port));
     }
 
@@ -242,20 +247,22 @@ std::vector<USBControllerMap> parseControllers(std::string_view text, IDsNameRes
     static const std::vector<std::string> vendorKeys = {"vendor-id", "idVendor"};
     static const std::vector<std::string> deviceKeys = {"device-id", "idProduct"};
     std::vector<USBControllerMap> controllers;
-    walkMatchingNodes(lines, xhciNodeExpression(), "appleusbxhci", [&](std::size_t i, const std::vector<std::string>& groups) {
-        const std::size_t blockEnd = lines.blockEnd(i);
-        const icu::UnicodeString properties = unicodeText(lines.joined(i, std::min(lines.propertiesEnd(i), blockEnd)));
-        const std::int64_t vendorID = idProperty(vendorKeys, properties);
-        const std::int64_t deviceID = idProperty(deviceKeys, properties);
-        if (vendorID < 1 || deviceID < 1) {
-            return;
-        }
-        USBControllerMap controller =
-            controllerRecord(trimmed(groups[1]), uppercased(groups[2]), vendorID, deviceID, names);
-        controller.providerClass = trimmed(groups[3]);
-        controller.ports = parsePorts(lines, i, blockEnd, lines.depth(i));
-        controllers.push_back(std::move(controller));
-    });
+    walkMatchingNodes(lines, xhciNodeExpression(), "appleusbxhci",
+                      [&](std::size_t i, const std::vector<std::string>& groups) {
+                          const std::size_t blockEnd = lines.blockEnd(i);
+                          const icu::UnicodeString properties =
+                              unicodeText(lines.joined(i, std::min(lines.propertiesEnd(i), blockEnd)));
+                          const std::int64_t vendorID = idProperty(vendorKeys, properties);
+                          const std::int64_t deviceID = idProperty(deviceKeys, properties);
+                          if (vendorID < 1 || deviceID < 1) {
+                              return;
+                          }
+                          USBControllerMap controller = controllerRecord(
+                              trimmed(groups[1]), uppercased(groups[2]), vendorID, deviceID, names);
+                          controller.providerClass = trimmed(groups[3]);
+                          controller.ports = parsePorts(lines, i, blockEnd, lines.depth(i));
+                          controllers.push_back(std::move(controller));
+                      });
     auto fromPCI = parsePCIUSBControllers(lines, controllers, names);
     controllers.insert(controllers.end(), std::make_move_iterator(fromPCI.begin()),
                        std::make_move_iterator(fromPCI.end()));

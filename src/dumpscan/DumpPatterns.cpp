@@ -4,13 +4,12 @@
 #include "records/ASCIIText.h"
 #include "records/Text.h"
 
-#include <unicode/uchar.h>
-#include <unicode/utf8.h>
-
 #include <algorithm>
 #include <array>
 #include <cstdint>
 #include <cstring>
+#include <unicode/uchar.h>
+#include <unicode/utf8.h>
 
 namespace korvane {
 
@@ -58,7 +57,8 @@ bool mayHoldPort(std::string_view line) {
         return true;
     }
     static constexpr std::array<std::string_view, 5> prefixes = {"hs", "ss", "us", "pr", "rh"};
-    for (std::size_t at = findNodeMarker(line, 0); at != std::string_view::npos; at = findNodeMarker(line, at + 1)) {
+    for (std::size_t at = findNodeMarker(line, 0); at != std::string_view::npos;
+         at = findNodeMarker(line, at + 1)) {
         std::size_t i = at + 3;
         const std::size_t blanksStart = i;
         while (i < line.size() && isASCIISpace(line[i])) {
@@ -102,13 +102,12 @@ std::optional<std::vector<std::string>> firstNodeLineMatch(const RegularExpressi
     return std::nullopt;
 }
 
-
 namespace {
 
 constexpr std::size_t none = std::string_view::npos;
 
 class CodePointText {
-public:
+  public:
     explicit CodePointText(std::string_view text) : text_(text) {}
 
     std::size_t size() const { return text_.size(); }
@@ -141,7 +140,8 @@ public:
         if (from >= cacheFrom && (cache == none || cache >= from)) {
             return cache;
         }
-        const void* found = from < text_.size() ? std::memchr(text_.data() + from, c, text_.size() - from) : nullptr;
+        const void* found =
+            from < text_.size() ? std::memchr(text_.data() + from, c, text_.size() - from) : nullptr;
         cacheFrom = from;
         cache = found ? static_cast<std::size_t>(static_cast<const char*>(found) - text_.data()) : none;
         return cache;
@@ -175,7 +175,7 @@ public:
 
     std::string_view slice(std::size_t from, std::size_t to) const { return text_.substr(from, to - from); }
 
-private:
+  private:
     std::string_view text_;
 };
 
@@ -191,8 +191,8 @@ std::string groupText(std::string_view bytes) {
 }
 
 bool isNameRunCharacter(UChar32 c) {
-    return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == ',' || c == 0x017F ||
-           c == 0x212A;
+    return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == ',' ||
+           c == 0x017F || c == 0x212A;
 }
 
 } // namespace

@@ -25,13 +25,18 @@ enum class PatternKind { ioregHex, xmlData, ioregHexInteger, ioregDecimal, xmlHe
 std::string patternText(PatternKind kind, std::string_view key) {
     const std::string k = RegularExpression::quoted(key);
     switch (kind) {
-    case PatternKind::ioregHex: return "\"" + k + "\"\\s*=\\s*<([0-9A-Fa-f ]+)>";
-    case PatternKind::xmlData: return "<key>\\s*" + k + "\\s*</key>\\s*<data>\\s*([^<\\s]+)\\s*</data>";
-    case PatternKind::ioregHexInteger: return "\"" + k + "\"\\s*=\\s*(0x[0-9A-Fa-f]+)";
-    case PatternKind::ioregDecimal: return "\"" + k + "\"\\s*=\\s*([0-9]+)";
+    case PatternKind::ioregHex:
+        return "\"" + k + "\"\\s*=\\s*<([0-9A-Fa-f ]+)>";
+    case PatternKind::xmlData:
+        return "<key>\\s*" + k + "\\s*</key>\\s*<data>\\s*([^<\\s]+)\\s*</data>";
+    case PatternKind::ioregHexInteger:
+        return "\"" + k + "\"\\s*=\\s*(0x[0-9A-Fa-f]+)";
+    case PatternKind::ioregDecimal:
+        return "\"" + k + "\"\\s*=\\s*([0-9]+)";
     case PatternKind::xmlHexInteger:
         return "<key>\\s*" + k + "\\s*</key>\\s*<integer>\\s*(0x[0-9A-Fa-f]+)\\s*</integer>";
-    case PatternKind::xmlDecimal: return "<key>\\s*" + k + "\\s*</key>\\s*<integer>\\s*([0-9]+)\\s*</integer>";
+    case PatternKind::xmlDecimal:
+        return "<key>\\s*" + k + "\\s*</key>\\s*<integer>\\s*([0-9]+)\\s*</integer>";
     }
     return {};
 }
@@ -155,7 +160,8 @@ std::string_view characterPrefix(std::string_view text, std::int64_t count) {
     return text.substr(0, static_cast<std::size_t>(i));
 }
 
-std::optional<std::int64_t> integerGroup(const RegularExpression& pattern, const icu::UnicodeString& text, bool isHex) {
+std::optional<std::int64_t> integerGroup(const RegularExpression& pattern, const icu::UnicodeString& text,
+                                         bool isHex) {
     const auto match = pattern.firstMatch(text);
     if (!match || match->size() < 2) {
         return std::nullopt;
@@ -169,12 +175,15 @@ std::optional<std::int64_t> integerGroup(const RegularExpression& pattern, const
 
 } // namespace
 
-std::optional<std::string> firstPropertyHex(const std::vector<std::string>& keys, const icu::UnicodeString& text) {
+std::optional<std::string> firstPropertyHex(const std::vector<std::string>& keys,
+                                            const icu::UnicodeString& text) {
     for (const auto& key : keys) {
-        if (const auto match = keyPattern(PatternKind::ioregHex, key)->firstMatch(text); match && match->size() > 1) {
+        if (const auto match = keyPattern(PatternKind::ioregHex, key)->firstMatch(text);
+            match && match->size() > 1) {
             return withoutBlanks((*match)[1]);
         }
-        if (const auto match = keyPattern(PatternKind::xmlData, key)->firstMatch(text); match && match->size() > 1) {
+        if (const auto match = keyPattern(PatternKind::xmlData, key)->firstMatch(text);
+            match && match->size() > 1) {
             if (const auto bytes = base64Decoded((*match)[1])) {
                 return hexString(*bytes);
             }
@@ -244,7 +253,8 @@ std::optional<std::int64_t> firstIntegerProperty(const std::vector<std::string>&
     return std::nullopt;
 }
 
-std::optional<std::int64_t> firstIntegerProperty(const std::vector<std::string>& keys, std::string_view text) {
+std::optional<std::int64_t> firstIntegerProperty(const std::vector<std::string>& keys,
+                                                 std::string_view text) {
     return firstIntegerProperty(keys, unicodeText(text));
 }
 

@@ -20,7 +20,8 @@ namespace korvane {
 // data comes back as lower-case hex). A key whose value is a lone blank ends
 // the search with the empty text.
 std::optional<std::string> firstPropertyHex(const std::vector<std::string>& keys, std::string_view text);
-std::optional<std::string> firstPropertyHex(const std::vector<std::string>& keys, const icu::UnicodeString& text);
+std::optional<std::string> firstPropertyHex(const std::vector<std::string>& keys,
+                                            const icu::UnicodeString& text);
 
 // The first four bytes of hex text as a little-endian unsigned 32-bit value:
 // "86800000" and "8680" are both 0x8086. Fewer than four digits give none.

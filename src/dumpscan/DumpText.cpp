@@ -20,7 +20,8 @@ std::size_t newlineLength(std::string_view text, std::size_t i) {
         return 2;
     }
     if (c == 0xE2 && i + 2 < text.size() && static_cast<unsigned char>(text[i + 1]) == 0x80 &&
-        (static_cast<unsigned char>(text[i + 2]) == 0xA8 || static_cast<unsigned char>(text[i + 2]) == 0xA9)) {
+        (static_cast<unsigned char>(text[i + 2]) == 0xA8 ||
+         static_cast<unsigned char>(text[i + 2]) == 0xA9)) {
         return 3;
     }
     return 0;
@@ -32,7 +33,8 @@ bool hasOnlyLineFeeds(std::string_view text) {
             return false;
         }
     }
-    return text.find("\xC2\x85") == std::string_view::npos && text.find("\xE2\x80\xA8") == std::string_view::npos &&
+    return text.find("\xC2\x85") == std::string_view::npos &&
+           text.find("\xE2\x80\xA8") == std::string_view::npos &&
            text.find("\xE2\x80\xA9") == std::string_view::npos;
 }
 
@@ -107,7 +109,8 @@ void DumpLines::index() {
         // being case-insensitive, also take "+-O", so such lines are marked
         // too, as deepest of all.
         const std::size_t at = text.find(marker);
-        const std::int64_t depth = at == std::string_view::npos ? deepest : characterCount(text.substr(0, at));
+        const std::int64_t depth =
+            at == std::string_view::npos ? deepest : characterCount(text.substr(0, at));
         const bool isNode = at != std::string_view::npos && text.find("+-o ", at) != std::string_view::npos;
         if (isNode) {
             for (auto it = open.lower_bound(depth); it != open.end(); it = open.erase(it)) {

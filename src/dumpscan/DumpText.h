@@ -33,7 +33,7 @@ inline constexpr std::size_t maximumPortNesting = 32;
 //
 // Holds views into the text it was built from; the text must outlive it.
 class DumpLines {
-public:
+  public:
     static constexpr std::int64_t deepest = std::numeric_limits<std::int64_t>::max();
 
     // Splits at every newline character (LF, VT, FF, CR, NEL, LS, PS), each on its own.
@@ -60,7 +60,7 @@ public:
     // The first entry of markedLines() at or after `index`.
     std::size_t firstMarkedAtOrAfter(std::size_t index) const;
 
-private:
+  private:
     struct Mark {
         std::int64_t depth;
         std::size_t blockEnd;

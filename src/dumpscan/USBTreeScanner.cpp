@@ -12,12 +12,11 @@
 
 namespace korvane {
 
-
 namespace {
 
 // Removes the working copy on every way out, errors dropped.
 class RemovedOnExit {
-public:
+  public:
     explicit RemovedOnExit(std::filesystem::path path) : path_(std::move(path)) {}
     ~RemovedOnExit() {
         std::error_code ignored;
@@ -26,7 +25,7 @@ public:
     RemovedOnExit(const RemovedOnExit&) = delete;
     RemovedOnExit& operator=(const RemovedOnExit&) = delete;
 
-private:
+  private:
     std::filesystem::path path_;
 };
 
@@ -63,7 +62,8 @@ std::string newUUIDText() {
 std::string readIORegistryExplorerFileForScanning(const std::filesystem::path& dump,
                                                   const DumpReadingOptions& options) {
     try {
-        const std::filesystem::path copy = options.temporaryFolder / ("Korvane_IORegScan_" + newUUIDText() + ".xml");
+        const std::filesystem::path copy =
+            options.temporaryFolder / ("Korvane_IORegScan_" + newUUIDText() + ".xml");
         const RemovedOnExit removal(copy);
         std::error_code copyError;
         std::filesystem::copy_file(dump, copy, copyError);
@@ -84,7 +84,6 @@ std::string readIORegistryExplorerFileForScanning(const std::filesystem::path& d
         return {};
     }
 }
-
 
 USBScanResult USBTreeScanner::scan() const {
     auto live = NativeUSBTreeScanner(liveRegistry, names).scan();

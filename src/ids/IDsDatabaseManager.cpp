@@ -26,11 +26,13 @@ bool fileExists(const std::filesystem::path& path) {
 
 } // namespace
 
-std::filesystem::path IDsDatabaseManager::applicationSupportToolsDirectory(const IDsDatabaseLocations& locations) {
+std::filesystem::path
+IDsDatabaseManager::applicationSupportToolsDirectory(const IDsDatabaseLocations& locations) {
     // An empty folder would turn the Tools path into one relative to wherever
     // the process happens to run.
     if (locations.applicationSupportDirectory.empty()) {
-        throw std::filesystem::filesystem_error("no application support directory", locations.applicationSupportDirectory,
+        throw std::filesystem::filesystem_error("no application support directory",
+                                                locations.applicationSupportDirectory,
                                                 std::make_error_code(std::errc::no_such_file_or_directory));
     }
     makeFolder(locations.applicationSupportDirectory);
@@ -39,8 +41,8 @@ std::filesystem::path IDsDatabaseManager::applicationSupportToolsDirectory(const
     return tools;
 }
 
-std::optional<std::filesystem::path> IDsDatabaseManager::localDatabaseURL(const std::string& name,
-                                                                          const IDsDatabaseLocations& locations) {
+std::optional<std::filesystem::path>
+IDsDatabaseManager::localDatabaseURL(const std::string& name, const IDsDatabaseLocations& locations) {
     try {
         try {
             const auto userCopy = applicationSupportToolsDirectory(locations) / name;

@@ -15,7 +15,7 @@ struct IDsDatabaseLocations {
 };
 
 class IDsDatabaseManager {
-public:
+  public:
     // The user's Tools folder, created when missing. Throws std::filesystem::filesystem_error
     // (the platform's wording) when it can't be made.
     static std::filesystem::path applicationSupportToolsDirectory(const IDsDatabaseLocations& locations);

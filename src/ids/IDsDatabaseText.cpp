@@ -46,9 +46,10 @@ bool extendsPreviousCharacter(UChar32 c) {
 }
 
 class Utf8View {
-public:
+  public:
     explicit Utf8View(std::string_view text)
-        : bytes_(reinterpret_cast<const std::uint8_t*>(text.data())), size_(static_cast<std::int32_t>(text.size())) {}
+        : bytes_(reinterpret_cast<const std::uint8_t*>(text.data())),
+          size_(static_cast<std::int32_t>(text.size())) {}
 
     UChar32 scalarAt(std::int32_t position) const {
         UChar32 c;
@@ -99,7 +100,7 @@ public:
 
     std::int32_t size() const { return size_; }
 
-private:
+  private:
     const std::uint8_t* bytes_;
     std::int32_t size_;
 };
@@ -129,8 +130,9 @@ void IDsDatabaseText::buildIndex() const {
         }
         const std::int32_t nextBegin = lineEnd + (lineEnd < size ? endLength : 1);
 
-        const bool isComment = lineEnd > lineBegin && text_[static_cast<std::size_t>(lineBegin)] == '#' &&
-                               !(lineBegin + 1 < lineEnd && extendsPreviousCharacter(view.scalarAt(lineBegin + 1)));
+        const bool isComment =
+            lineEnd > lineBegin && text_[static_cast<std::size_t>(lineBegin)] == '#' &&
+            !(lineBegin + 1 < lineEnd && extendsPreviousCharacter(view.scalarAt(lineBegin + 1)));
         const auto [begin, end] = view.trim(lineBegin, lineEnd);
         if (isComment || begin == end) {
             lineBegin = nextBegin;
@@ -157,9 +159,10 @@ void IDsDatabaseText::buildIndex() const {
             ++digits;
             ++position;
         }
-        const bool isFieldEnd = position == end ||
-                                (text_[static_cast<std::size_t>(position)] == ' ' &&
-                                 !(position + 1 < end && extendsPreviousCharacter(view.scalarAt(position + 1))));
+        const bool isFieldEnd =
+            position == end ||
+            (text_[static_cast<std::size_t>(position)] == ' ' &&
+             !(position + 1 < end && extendsPreviousCharacter(view.scalarAt(position + 1))));
         if (digits >= 4 && digits <= 8 && isFieldEnd) {
             line.key = hexKey(value, digits);
         }

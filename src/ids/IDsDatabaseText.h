@@ -22,7 +22,7 @@ namespace korvane {
 // shared by all later ones. Immutable once made; safe to search from any
 // number of threads.
 class IDsDatabaseText {
-public:
+  public:
     // Real databases are a few MiB at most; beyond this a file is not one.
     static constexpr std::size_t maximumTextBytes = 32u * 1024u * 1024u;
 
@@ -37,14 +37,14 @@ public:
     // under it, or "" when the vendor isn't listed. Never fails.
     std::string name(std::int64_t vendorID, std::int64_t deviceID) const;
 
-private:
+  private:
     // A line that can change a walk's course: a top-level line (it opens or
     // closes a block) or a tab-indented one that starts with a hex key. Lines
     // the walk skips, and tab-indented ones that can never match, are left out.
     struct Line {
-        std::uint32_t begin = 0;  // the trimmed line, in text_
+        std::uint32_t begin = 0; // the trimmed line, in text_
         std::uint32_t length = 0;
-        std::uint64_t key = 0;    // hexKey of its leading hex field, 0 for none
+        std::uint64_t key = 0; // hexKey of its leading hex field, 0 for none
         bool isDeviceCandidate = false;
     };
 

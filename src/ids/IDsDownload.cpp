@@ -5,7 +5,6 @@
 #include "records/Text.h"
 
 #include <curl/curl.h>
-
 #include <memory>
 #include <stdexcept>
 

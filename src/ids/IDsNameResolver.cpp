@@ -33,8 +33,7 @@ std::shared_ptr<const IDsDatabaseText> readDatabase(const std::string& fileName,
 } // namespace
 
 IDsNameResolver::IDsNameResolver(IDsDatabaseLocations locations)
-    : locations_(std::move(locations)),
-      pciText_(std::make_shared<const IDsDatabaseText>(std::string_view())),
+    : locations_(std::move(locations)), pciText_(std::make_shared<const IDsDatabaseText>(std::string_view())),
       usbText_(pciText_) {
     reload();
 }
@@ -63,7 +62,8 @@ std::string IDsNameResolver::pciOrUSBName(std::int64_t vendorID, std::int64_t de
 }
 
 std::string IDsNameResolver::name(std::shared_ptr<const IDsDatabaseText> IDsNameResolver::*text,
-                                  Cache IDsNameResolver::*cache, std::int64_t vendorID, std::int64_t deviceID) {
+                                  Cache IDsNameResolver::*cache, std::int64_t vendorID,
+                                  std::int64_t deviceID) {
     std::string key = vendorDeviceText(vendorID, deviceID);
     std::shared_ptr<const IDsDatabaseText> database;
     {

@@ -17,7 +17,7 @@ class IDsDatabaseText;
 // The program makes one for the process, over this machine's folders, in its
 // composition root; tests make their own over folders of theirs.
 class IDsNameResolver {
-public:
+  public:
     // Reads both databases at once (reload()).
     explicit IDsNameResolver(IDsDatabaseLocations locations);
 
@@ -35,11 +35,11 @@ public:
 
     const IDsDatabaseLocations& locations() const { return locations_; }
 
-private:
+  private:
     using Cache = std::unordered_map<std::string, std::string>;
 
-    std::string name(std::shared_ptr<const IDsDatabaseText> IDsNameResolver::*text, Cache IDsNameResolver::*cache,
-                     std::int64_t vendorID, std::int64_t deviceID);
+    std::string name(std::shared_ptr<const IDsDatabaseText> IDsNameResolver::*text,
+                     Cache IDsNameResolver::*cache, std::int64_t vendorID, std::int64_t deviceID);
 
     IDsDatabaseLocations locations_;
     // lock_ guards the four below. It is never held while a file is read or a

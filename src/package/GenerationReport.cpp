@@ -13,7 +13,8 @@ namespace korvane {
 const std::string_view emptyGenerationReportText =
     "Korvane.kext was not generated.\n"
     "Reason: no USB XHCI controllers or ports were found through the native IOKit scanner.\n"
-    "The app does not call the host /usr/sbin/ioreg command. USB generation uses live IOKit data and does not "
+    "The app does not call the host /usr/sbin/ioreg command. USB generation uses live IOKit data and does "
+    "not "
     "use a saved .ioreg file.\n"
     "The ZIP was completed without USB configuration data.";
 
@@ -24,13 +25,16 @@ constexpr std::array<std::string_view, 10> preface = {
     "Format: native dynamic AppleUSBHostMergeProperties / IOProviderMergeProperties.",
     "Includes only dynamic AppleUSBXHCIPCI support personalities for USB controller PCI IDs detected on this "
     "machine.",
-    "Primary source: native IOKit IORegistry scan, the same live registry layer used by macOS tools. No saved "
+    "Primary source: native IOKit IORegistry scan, the same live registry layer used by macOS tools. No "
+    "saved "
     ".ioreg is used.",
-    "No static controller database is injected; every support match is generated from this machine's detected "
+    "No static controller database is injected; every support match is generated from this machine's "
+    "detected "
     "USB controller PCI IDs.",
     "USB controller personalities also include IOPCIPauseCompatible and IOPCITunnelCompatible for better "
     "wake/tunnel stability on modern Intel/TB controllers.",
-    "Controller discovery is USB-controller PCI class + AppleUSBXHCI* based; IONameMatch is the discovered name, "
+    "Controller discovery is USB-controller PCI class + AppleUSBXHCI* based; IONameMatch is the discovered "
+    "name, "
     "not a hardcoded TXHC/XHCI assumption.",
     "The 15-port macOS limit is not enforced by this generator.",
     "Each port contains exactly: UsbConnector, name, port, usb-port-number, usb-port-type.",
@@ -39,14 +43,16 @@ constexpr std::array<std::string_view, 10> preface = {
 
 std::string pciID(const USBControllerMap& controller) {
     char text[64];
-    std::snprintf(text, sizeof text, "%04" PRIx64 ":%04" PRIx64, static_cast<std::uint64_t>(controller.vendorID),
+    std::snprintf(text, sizeof text, "%04" PRIx64 ":%04" PRIx64,
+                  static_cast<std::uint64_t>(controller.vendorID),
                   static_cast<std::uint64_t>(controller.deviceID));
     return text;
 }
 
 std::string portsLine(const PortsToWrite& toWrite) {
     if (toWrite.ports.empty()) {
-        return "  Ports: 0 - support personality only; no usable USB port tree or fallback template was available "
+        return "  Ports: 0 - support personality only; no usable USB port tree or fallback template was "
+               "available "
                "during collection.";
     }
     std::string line = "  Ports: " + std::to_string(toWrite.ports.size());
@@ -69,7 +75,8 @@ void appendBlock(const USBControllerMap& controller, std::vector<std::string>& l
     lines.push_back("Controller: " + controller.name + "@" + controller.location);
     lines.push_back("  PCI ID: " + pciID(controller));
     lines.push_back("  Provider Class: " + controller.providerClass);
-    lines.push_back("  Match: IONameMatch=" + controller.name + " IOPCIPrimaryMatch=" + primaryMatch(controller));
+    lines.push_back("  Match: IONameMatch=" + controller.name +
+                    " IOPCIPrimaryMatch=" + primaryMatch(controller));
     const PortsToWrite toWrite = portsToWrite(controller);
     lines.push_back(portsLine(toWrite));
     for (const auto& port : toWrite.ports) {

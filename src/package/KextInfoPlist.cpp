@@ -34,8 +34,7 @@ void setBool(plist_t dict, const char* key, bool value) {
 }
 
 void setData(plist_t dict, const char* key, const ByteBuffer& bytes) {
-    plist_dict_set_item(dict, key,
-                        plist_new_data(reinterpret_cast<const char*>(bytes.data()), bytes.size()));
+    plist_dict_set_item(dict, key, plist_new_data(reinterpret_cast<const char*>(bytes.data()), bytes.size()));
 }
 
 bool hasPCIIdentity(const USBControllerMap& controller) {
@@ -83,7 +82,8 @@ plist_t mergeProperties(const USBControllerMap& controller, const PortsToWrite& 
     if (toWrite.templateCount) {
         count = *toWrite.templateCount;
     } else {
-        count = static_cast<std::uint32_t>(highest != 0 ? highest : static_cast<std::int64_t>(controller.ports.size()));
+        count = static_cast<std::uint32_t>(highest != 0 ? highest
+                                                        : static_cast<std::int64_t>(controller.ports.size()));
     }
 
     plist_t properties = plist_new_dict();

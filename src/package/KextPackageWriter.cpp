@@ -38,7 +38,8 @@ std::string machineModel(const std::string& sysctlPath) {
     return model;
 }
 
-void generateKorvaneKext(const std::filesystem::path& folder, const std::optional<std::filesystem::path>& ioregFile,
+void generateKorvaneKext(const std::filesystem::path& folder,
+                         const std::optional<std::filesystem::path>& ioregFile,
                          const std::optional<std::vector<USBControllerMap>>& selectedControllers,
                          const ToolPaths& tools, const USBScanFunction& scan) {
     std::vector<USBControllerMap> controllers;

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "tools/ToolPaths.h"
 #include "records/USBControllerMap.h"
+#include "tools/ToolPaths.h"
 
 #include <filesystem>
 #include <functional>
@@ -32,7 +32,8 @@ using USBScanFunction = std::function<USBScanResult(const std::optional<std::fil
 //     of time, or std::system_error when plutil can't be started. The report
 //     is written only after the check passes.
 // Blocks its thread for the tool runs.
-void generateKorvaneKext(const std::filesystem::path& folder, const std::optional<std::filesystem::path>& ioregFile,
+void generateKorvaneKext(const std::filesystem::path& folder,
+                         const std::optional<std::filesystem::path>& ioregFile,
                          const std::optional<std::vector<USBControllerMap>>& selectedControllers,
                          const ToolPaths& tools, const USBScanFunction& scan = {});
 

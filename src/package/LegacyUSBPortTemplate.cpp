@@ -59,9 +59,9 @@ constexpr std::array<TemplateRow, 22> templateTable = {{
 }};
 
 // Intel devices that have a template of their own, ahead of the wildcards.
-constexpr std::array<std::int64_t, 17> intelExactDevices = {
-    0x02ed, 0x06ed, 0x1e31, 0x34ed, 0x43ed, 0x51ed, 0x7a60, 0x7ae0, 0x7f6e,
-    0x9cb1, 0xa0ed, 0xa12f, 0xa1af, 0xa2af, 0xa36d, 0xa3af, 0xa87d};
+constexpr std::array<std::int64_t, 17> intelExactDevices = {0x02ed, 0x06ed, 0x1e31, 0x34ed, 0x43ed, 0x51ed,
+                                                            0x7a60, 0x7ae0, 0x7f6e, 0x9cb1, 0xa0ed, 0xa12f,
+                                                            0xa1af, 0xa2af, 0xa36d, 0xa3af, 0xa87d};
 
 constexpr std::int64_t vendorIntel = 0x8086;
 constexpr std::int64_t vendorASMedia = 0x1b21;

@@ -4,12 +4,11 @@
 #include "records/PCIIdentityText.h"
 #include "records/Text.h"
 
-#include <unicode/uchar.h>
-#include <unicode/utf8.h>
-
 #include <algorithm>
 #include <cinttypes>
 #include <cstdio>
+#include <unicode/uchar.h>
+#include <unicode/utf8.h>
 
 namespace korvane {
 
@@ -19,7 +18,8 @@ namespace {
 // cut, as everywhere else in the records.
 std::string formatPair(const char* format, std::int64_t first, std::int64_t second) {
     char text[64];
-    std::snprintf(text, sizeof text, format, static_cast<std::uint64_t>(first), static_cast<std::uint64_t>(second));
+    std::snprintf(text, sizeof text, format, static_cast<std::uint64_t>(first),
+                  static_cast<std::uint64_t>(second));
     return text;
 }
 
@@ -106,9 +106,9 @@ std::string supportPersonalityModel(const USBControllerMap& controller) {
 }
 
 std::string mergePersonalityName(const USBControllerMap& controller, std::string_view machineModel) {
-    const std::string name = controller.name.empty()
-                                 ? formatPair("USB_%04" PRIx64 "_%04" PRIx64, controller.vendorID, controller.deviceID)
-                                 : controller.name;
+    const std::string name = controller.name.empty() ? formatPair("USB_%04" PRIx64 "_%04" PRIx64,
+                                                                  controller.vendorID, controller.deviceID)
+                                                     : controller.name;
     return std::string(machineModel) + "-" + name;
 }
 

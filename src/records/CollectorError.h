@@ -8,11 +8,13 @@ namespace korvane {
 // The one error type of the operations that throw. Its description is the
 // carried text exactly, with no prefix, whichever case it is.
 class CollectorError : public std::exception {
-public:
+  public:
     enum class Kind { missingTool, operationFailed };
 
     static CollectorError missingTool(std::string text) { return {Kind::missingTool, std::move(text)}; }
-    static CollectorError operationFailed(std::string text) { return {Kind::operationFailed, std::move(text)}; }
+    static CollectorError operationFailed(std::string text) {
+        return {Kind::operationFailed, std::move(text)};
+    }
 
     Kind kind() const noexcept { return kind_; }
     const std::string& description() const noexcept { return text_; }
@@ -22,7 +24,7 @@ public:
         return kind_ == other.kind_ && text_ == other.text_;
     }
 
-private:
+  private:
     CollectorError(Kind kind, std::string text) : kind_(kind), text_(std::move(text)) {}
 
     Kind kind_;

@@ -1,11 +1,10 @@
 #include "records/FileIO.h"
 
+#include <cerrno>
 #include <fcntl.h>
 #include <sys/stat.h>
-#include <unistd.h>
-
-#include <cerrno>
 #include <system_error>
+#include <unistd.h>
 
 namespace korvane {
 

@@ -2,11 +2,10 @@
 
 #include "records/Text.h"
 
-#include <unicode/uchar.h>
-#include <unicode/utf8.h>
-
 #include <algorithm>
 #include <climits>
+#include <unicode/uchar.h>
+#include <unicode/utf8.h>
 
 namespace korvane {
 

@@ -1,13 +1,12 @@
 #pragma once
 
-#include <unicode/regex.h>
-#include <unicode/unistr.h>
-
 #include <cstdint>
 #include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
+#include <unicode/regex.h>
+#include <unicode/unistr.h>
 #include <vector>
 
 namespace korvane {
@@ -17,7 +16,7 @@ namespace korvane {
 // thread-safe in ICU, a matcher is not, so every search makes its own.
 // An expression that doesn't compile matches nothing.
 class RegularExpression {
-public:
+  public:
     explicit RegularExpression(std::string_view pattern, std::uint32_t flags = 0);
 
     bool isUsable() const { return pattern_ != nullptr; }
@@ -39,7 +38,7 @@ public:
     // A literal text quoted for use inside a pattern.
     static std::string quoted(std::string_view literal);
 
-private:
+  private:
     std::unique_ptr<icu::RegexPattern> pattern_;
 };
 

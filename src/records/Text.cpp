@@ -1,11 +1,10 @@
 #include "records/Text.h"
 
+#include <cstdint>
 #include <unicode/locid.h>
 #include <unicode/uchar.h>
 #include <unicode/unistr.h>
 #include <unicode/utf8.h>
-
-#include <cstdint>
 
 namespace korvane {
 

@@ -21,7 +21,7 @@ std::optional<std::uint64_t> readBigEndian(std::string_view bytes, std::uint64_t
 }
 
 class ExpansionCounter {
-public:
+  public:
     ExpansionCounter(std::string_view bytes, std::uint64_t maxNodes, int maxDepth)
         : bytes_(bytes), maxNodes_(maxNodes), maxDepth_(maxDepth) {}
 
@@ -36,8 +36,9 @@ public:
         const auto top = readBigEndian(bytes_, trailer + 16, 8);
         tableOffset_ = readBigEndian(bytes_, trailer + 24, 8).value_or(0);
         if (!objectCount || !top || offsetWidth_ < 1 || offsetWidth_ > 8 || refWidth_ < 1 || refWidth_ > 8 ||
-            *objectCount == 0 || *objectCount > bytes_.size() || *top >= *objectCount || tableOffset_ < kHeaderSize ||
-            tableOffset_ > trailer || (trailer - tableOffset_) / offsetWidth_ < *objectCount) {
+            *objectCount == 0 || *objectCount > bytes_.size() || *top >= *objectCount ||
+            tableOffset_ < kHeaderSize || tableOffset_ > trailer ||
+            (trailer - tableOffset_) / offsetWidth_ < *objectCount) {
             return false;
         }
         objectCount_ = *objectCount;
@@ -46,7 +47,7 @@ public:
         return total && *total <= maxNodes_;
     }
 
-private:
+  private:
     static constexpr std::uint64_t kUnknown = 0;
     static constexpr std::uint64_t kInProgress = ~std::uint64_t{0};
 
@@ -65,7 +66,8 @@ private:
         }
         const auto marker = static_cast<std::uint8_t>(bytes_[*offset]);
         ObjectHeader result{static_cast<unsigned>(marker >> 4), marker & 0x0Fu, *offset + 1};
-        const bool hasLength = result.type == 0x4 || result.type == 0x5 || result.type == 0x6 || result.type >= 0xA;
+        const bool hasLength =
+            result.type == 0x4 || result.type == 0x5 || result.type == 0x6 || result.type >= 0xA;
         if (result.count == 0x0F && hasLength) {
             if (result.contentStart >= tableOffset_) {
                 return std::nullopt;
@@ -135,7 +137,8 @@ private:
         const std::uint64_t count = entry->count;
         const std::uint64_t refsStart = entry->contentStart;
         const std::uint64_t refs = type == 0xD ? count * 2 : count;
-        if (count > bytes_.size() || refsStart > tableOffset_ || (tableOffset_ - refsStart) / refWidth_ < refs) {
+        if (count > bytes_.size() || refsStart > tableOffset_ ||
+            (tableOffset_ - refsStart) / refWidth_ < refs) {
             return std::nullopt;
         }
         known = kInProgress;

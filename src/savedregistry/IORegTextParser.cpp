@@ -20,8 +20,8 @@ enum class LineKind { Node, BlockEdge, Property, Blank, Other };
 
 struct Line {
     LineKind kind = LineKind::Other;
-    std::size_t indent = 0;  // leading '|' and ' ' characters
-    std::string_view rest;   // the line behind them
+    std::size_t indent = 0; // leading '|' and ' ' characters
+    std::string_view rest;  // the line behind them
 };
 
 Line classify(std::string_view line) {
@@ -81,7 +81,7 @@ NodeLine parseNodeLine(std::string_view text) {
 }
 
 class TreeBuilder {
-public:
+  public:
     std::unique_ptr<NativeUSBNode> build(std::string_view bytes) {
         std::size_t position = 0;
         while (position < bytes.size()) {
@@ -101,7 +101,7 @@ public:
         return takeRoot();
     }
 
-private:
+  private:
     void takeLine(std::string_view raw) {
         const Line line = classify(raw);
         switch (line.kind) {

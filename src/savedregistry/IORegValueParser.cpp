@@ -35,7 +35,7 @@ bool isTerminator(char c, Context context) {
 // A single forward pass: the position only ever moves on, and every search for
 // a closing quote starts where the last one stopped.
 class ValueReader {
-public:
+  public:
     explicit ValueReader(std::string_view text) : text_(text) {}
 
     std::optional<PropertyValue> readWhole() {
@@ -46,7 +46,7 @@ public:
         return value;
     }
 
-private:
+  private:
     bool atEnd() const { return pos_ >= text_.size(); }
     bool at(char c) const { return pos_ < text_.size() && text_[pos_] == c; }
 
@@ -110,7 +110,8 @@ private:
             bool closes = isTerminator(next, context);
             // Dictionary keys and data texts are always quoted, so a comma
             // that really separates is followed by a quote.
-            if (closes && next == ',' && (context == Context::DictionaryValue || context == Context::DataText)) {
+            if (closes && next == ',' &&
+                (context == Context::DictionaryValue || context == Context::DataText)) {
                 closes = quote + 2 < text_.size() && text_[quote + 2] == '"';
             }
             if (closes) {
@@ -149,7 +150,8 @@ private:
             if (digit < 0 || static_cast<unsigned>(digit) >= base) {
                 break;
             }
-            if (magnitude > (std::numeric_limits<std::uint64_t>::max() - static_cast<unsigned>(digit)) / base) {
+            if (magnitude >
+                (std::numeric_limits<std::uint64_t>::max() - static_cast<unsigned>(digit)) / base) {
                 return std::nullopt;
             }
             magnitude = magnitude * base + static_cast<unsigned>(digit);

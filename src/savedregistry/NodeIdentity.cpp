@@ -8,7 +8,7 @@ namespace {
 // Puts a stand-in into the dictionary for as long as it lives, so that the
 // readers see it without copying the entry's (often large) properties.
 class TemporaryProperty {
-public:
+  public:
     TemporaryProperty(PropertyDictionary& properties, const char* key, const std::string& value)
         : properties_(properties) {
         if (!value.empty()) {
@@ -27,7 +27,7 @@ public:
     TemporaryProperty(const TemporaryProperty&) = delete;
     TemporaryProperty& operator=(const TemporaryProperty&) = delete;
 
-private:
+  private:
     PropertyDictionary& properties_;
     PropertyDictionary::iterator inserted_;
     bool isActive_ = false;

@@ -26,13 +26,13 @@ std::optional<std::string> readSavedRegistryFile(const std::filesystem::path& pa
 // its bytes handed to `parse`; a missing, oversized or unreadable file gives
 // nullptr.
 class SavedRegistryFileSource final : public RegistrySource {
-public:
+  public:
     using Parse = std::function<std::unique_ptr<NativeUSBNode>(std::string_view bytes)>;
 
     SavedRegistryFileSource(std::filesystem::path path, Parse parse);
     std::unique_ptr<NativeUSBNode> copyRoot() const override;
 
-private:
+  private:
     std::filesystem::path path_;
     Parse parse_;
 };

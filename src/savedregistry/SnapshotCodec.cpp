@@ -22,9 +22,9 @@ constexpr const char* kNameKey = "IORegistryEntryName";
 constexpr const char* kLocationKey = "IORegistryEntryLocation";
 
 // Keys ioreg adds about the entry itself rather than its properties.
-constexpr std::array<std::string_view, 6> kBookkeepingKeys = {
-    "IORegistryEntryID", "IOObjectRetainCount", "IOServiceState",
-    "IOServiceBusyState", "IOServiceBusyTime", "IOObjectInheritance"};
+constexpr std::array<std::string_view, 6> kBookkeepingKeys = {"IORegistryEntryID", "IOObjectRetainCount",
+                                                              "IOServiceState",    "IOServiceBusyState",
+                                                              "IOServiceBusyTime", "IOObjectInheritance"};
 
 // An entry is a dictionary and a child array level each, so a tree at the
 // depth limit with values nested to theirs stays well inside this.
@@ -55,8 +55,7 @@ std::optional<std::string> plistText(plist_t node) {
 
 std::optional<PropertyValue> valueFromPlist(plist_t node, int depth);
 
-template <typename Visit>
-bool forEachDictionaryItem(plist_t dictionary, Visit visit) {
+template <typename Visit> bool forEachDictionaryItem(plist_t dictionary, Visit visit) {
     plist_dict_iter iterator = nullptr;
     plist_dict_new_iter(dictionary, &iterator);
     if (!iterator) {
@@ -198,7 +197,8 @@ bool isXMLNestingWithinLimit(std::string_view bytes) {
         const std::string_view tag = bytes.substr(position + 1, 7);
         if (tag.starts_with("array") || tag.starts_with("dict")) {
             const std::size_t close = bytes.find('>', position);
-            const bool isSelfClosing = close != std::string_view::npos && close > 0 && bytes[close - 1] == '/';
+            const bool isSelfClosing =
+                close != std::string_view::npos && close > 0 && bytes[close - 1] == '/';
             if (!isSelfClosing && ++depth > maximumPlistDepth) {
                 return false;
             }
@@ -316,8 +316,8 @@ std::unique_ptr<NativeUSBNode> parseSnapshot(std::string_view bytes) {
         readEntry(entries.front(), *root, 0);
         return root;
     }
-    auto root = std::make_unique<NativeUSBNode>(std::string(), std::string(), std::string(), PropertyDictionary(),
-                                                nullptr);
+    auto root = std::make_unique<NativeUSBNode>(std::string(), std::string(), std::string(),
+                                                PropertyDictionary(), nullptr);
     for (plist_t entry : entries) {
         readEntry(entry, root->addChild({}, {}, {}, {}), 1);
     }

@@ -21,12 +21,12 @@ std::string firstAttachedDeviceName(const NativeUSBNode& node, IDsNameResolver& 
 // again and again: quadratic on a deep chain of empty ports. Holds pointers
 // into the tree, which must outlive it.
 class AttachedDeviceNameCache {
-public:
+  public:
     explicit AttachedDeviceNameCache(IDsNameResolver& names) : names_(names) {}
 
     const std::string& firstAttachedDeviceName(const NativeUSBNode& node);
 
-private:
+  private:
     IDsNameResolver& names_;
     std::unordered_map<const NativeUSBNode*, std::string> firstNames_;
 };

@@ -90,8 +90,10 @@ std::string pciIdentitySearchText(const NativeUSBNode& node) {
 }
 
 std::optional<PCIIdentity> parsePCIIdentity(std::string_view text) {
-    static const RegularExpression vendorDevicePCI("pci([0-9a-fA-F]{4})[, ]([0-9a-fA-F]{4})", UREGEX_CASE_INSENSITIVE);
-    static const RegularExpression vendorDevicePair("([0-9a-fA-F]{4})[:_]([0-9a-fA-F]{4})", UREGEX_CASE_INSENSITIVE);
+    static const RegularExpression vendorDevicePCI("pci([0-9a-fA-F]{4})[, ]([0-9a-fA-F]{4})",
+                                                   UREGEX_CASE_INSENSITIVE);
+    static const RegularExpression vendorDevicePair("([0-9a-fA-F]{4})[:_]([0-9a-fA-F]{4})",
+                                                    UREGEX_CASE_INSENSITIVE);
     const icu::UnicodeString subject = unicodeText(text);
     for (const RegularExpression* expression : {&vendorDevicePCI, &vendorDevicePair}) {
         const auto groups = expression->firstMatch(subject);

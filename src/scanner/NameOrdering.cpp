@@ -1,13 +1,12 @@
 #include "records/ASCIIText.h"
 #include "scanner/PropertyReaders.h"
 
-#include <unicode/coll.h>
-#include <unicode/locid.h>
-#include <unicode/stringpiece.h>
-
 #include <algorithm>
 #include <limits>
 #include <memory>
+#include <unicode/coll.h>
+#include <unicode/locid.h>
+#include <unicode/stringpiece.h>
 
 namespace korvane {
 

@@ -12,7 +12,7 @@ namespace korvane {
 // `children`; `parent` is a plain back pointer that never keeps a node alive,
 // so a parent walk must happen while the root is held.
 class NativeUSBNode {
-public:
+  public:
     NativeUSBNode(std::string nodeName, std::string nodeLocation, std::string nodeClassName,
                   PropertyDictionary nodeProperties, NativeUSBNode* parentNode)
         : name(std::move(nodeName)), location(std::move(nodeLocation)), className(std::move(nodeClassName)),

@@ -15,7 +15,7 @@ namespace korvane {
 // resolver is the one shared, self-guarding instance, so scans may run on any
 // thread.
 class NativeUSBTreeScanner {
-public:
+  public:
     NativeUSBTreeScanner(const RegistrySource& source, IDsNameResolver& names)
         : source_(source), names_(names) {}
 
@@ -25,7 +25,7 @@ public:
     // The same over a tree the caller holds.
     USBScanResult scanTree(const NativeUSBNode& root) const;
 
-private:
+  private:
     const RegistrySource& source_;
     IDsNameResolver& names_;
 };

@@ -98,7 +98,8 @@ void appendTablePorts(const NativeUSBNode& service, std::vector<USBPortMap>& por
         if (auto connectorCode = explicitConnector(properties)) {
             port.connector = *connectorCode;
         } else {
-            port.connector = inferredConnectorFromNode(name, service, attachedNames.firstAttachedDeviceName(service));
+            port.connector =
+                inferredConnectorFromNode(name, service, attachedNames.firstAttachedDeviceName(service));
         }
         port.name = std::move(name);
         ports.push_back(std::move(port));

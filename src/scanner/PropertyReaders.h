@@ -1,8 +1,8 @@
 #pragma once
 
+#include "records/USBPortMap.h"
 #include "scanner/NativeUSBNode.h"
 #include "scanner/PropertyValue.h"
-#include "records/USBPortMap.h"
 
 #include <cstdint>
 #include <optional>

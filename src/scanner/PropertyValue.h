@@ -23,7 +23,8 @@ using PropertyKeyedList = std::vector<std::pair<PropertyValue, PropertyValue>>;
 
 // One registry property value. Booleans arrive as the numbers 0 and 1.
 struct PropertyValue {
-    std::variant<std::string, ByteBuffer, std::int64_t, PropertyArray, PropertyDictionary, PropertyKeyedList> value;
+    std::variant<std::string, ByteBuffer, std::int64_t, PropertyArray, PropertyDictionary, PropertyKeyedList>
+        value;
 
     PropertyValue() : value(std::int64_t{0}) {}
     PropertyValue(std::string text) : value(std::move(text)) {}

@@ -18,14 +18,14 @@ namespace korvane {
 // The node's name and location are already set as registryName() and
 // registryLocation() give them for its properties.
 class RegistrySource {
-public:
+  public:
     virtual ~RegistrySource() = default;
     virtual std::unique_ptr<NativeUSBNode> copyRoot() const = 0;
 };
 
 // A registry with nothing in it.
 class EmptyRegistrySource final : public RegistrySource {
-public:
+  public:
     std::unique_ptr<NativeUSBNode> copyRoot() const override { return nullptr; }
 };
 

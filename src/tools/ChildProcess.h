@@ -1,8 +1,7 @@
 #pragma once
 
-#include <sys/types.h>
-
 #include <array>
+#include <sys/types.h>
 
 namespace korvane::detail {
 
@@ -17,7 +16,7 @@ namespace korvane::detail {
 std::array<int, 2> makeCloseOnExecPipe(); // throws std::system_error
 
 class ChildExitWatch {
-public:
+  public:
     explicit ChildExitWatch(pid_t pid); // throws std::system_error
     ~ChildExitWatch();
     ChildExitWatch(const ChildExitWatch&) = delete;
@@ -25,7 +24,7 @@ public:
 
     int fd() const { return fd_; }
 
-private:
+  private:
     int fd_ = -1;
 };
 

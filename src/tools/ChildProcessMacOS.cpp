@@ -1,11 +1,10 @@
 #include "tools/ChildProcess.h"
 
+#include <cerrno>
 #include <fcntl.h>
 #include <sys/event.h>
-#include <unistd.h>
-
-#include <cerrno>
 #include <system_error>
+#include <unistd.h>
 
 namespace korvane::detail {
 

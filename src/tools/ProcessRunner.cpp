@@ -4,17 +4,16 @@
 #include "records/Text.h"
 #include "tools/ChildProcess.h"
 
+#include <cerrno>
+#include <chrono>
+#include <cmath>
 #include <poll.h>
 #include <signal.h>
 #include <spawn.h>
 #include <sys/wait.h>
-#include <unistd.h>
-
-#include <cerrno>
-#include <chrono>
-#include <cmath>
 #include <system_error>
 #include <thread>
+#include <unistd.h>
 
 extern char** environ;
 
@@ -30,7 +29,7 @@ constexpr auto terminateGrace = std::chrono::seconds(2);
 constexpr auto finalDrainBound = std::chrono::seconds(2);
 
 class FileDescriptor {
-public:
+  public:
     explicit FileDescriptor(int fd = -1) : fd_(fd) {}
     ~FileDescriptor() { reset(); }
     FileDescriptor(const FileDescriptor&) = delete;
@@ -44,12 +43,11 @@ public:
         }
     }
 
-private:
+  private:
     int fd_;
 };
 
-template <typename T, int (*destroy)(T*)>
-struct SpawnObject {
+template <typename T, int (*destroy)(T*)> struct SpawnObject {
     T value;
     explicit SpawnObject(int (*init)(T*)) {
         if (int error = init(&value); error != 0) {
@@ -243,10 +241,12 @@ std::string runProcess(const std::string& path, const std::vector<std::string>& 
     if (WIFEXITED(status) && WEXITSTATUS(status) == 0) {
         return text;
     }
-    throw CollectorError::operationFailed("Command failed: " + path + " " + joinedArguments(args) + "\n" + text);
+    throw CollectorError::operationFailed("Command failed: " + path + " " + joinedArguments(args) + "\n" +
+                                          text);
 }
 
-std::string runProcessCapturing(const std::string& path, const std::vector<std::string>& args, double timeout) {
+std::string runProcessCapturing(const std::string& path, const std::vector<std::string>& args,
+                                double timeout) {
     try {
         return runProcess(path, args, std::nullopt, timeout);
     } catch (...) {

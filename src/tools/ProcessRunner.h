@@ -29,6 +29,7 @@ std::string runProcess(const std::string& path, const std::vector<std::string>& 
 // runProcess without a working folder that never throws: any failure gives
 // "Failure/timeout while running {path} {args}", and the leading "Failure/"
 // is how a caller tells it from data.
-std::string runProcessCapturing(const std::string& path, const std::vector<std::string>& args, double timeout);
+std::string runProcessCapturing(const std::string& path, const std::vector<std::string>& args,
+                                double timeout);
 
 } // namespace korvane

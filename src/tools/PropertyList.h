@@ -1,8 +1,7 @@
 #pragma once
 
-#include <plist/plist.h>
-
 #include <memory>
+#include <plist/plist.h>
 #include <string>
 #include <string_view>
 

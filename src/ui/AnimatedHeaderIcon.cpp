@@ -35,7 +35,8 @@ void paintShadow(QPainter& painter, const QRectF& area, qreal cornerRadius, QCol
 
 } // namespace
 
-AnimatedHeaderIcon::AnimatedHeaderIcon(QIcon icon, QWidget* parent) : QWidget(parent), appIcon_(std::move(icon)) {
+AnimatedHeaderIcon::AnimatedHeaderIcon(QIcon icon, QWidget* parent)
+    : QWidget(parent), appIcon_(std::move(icon)) {
     setFixedSize(60, 60);
     setAccessibleName("KorvaneGenerator");
 }

@@ -2,7 +2,6 @@
 
 #include <QIcon>
 #include <QWidget>
-
 #include <filesystem>
 
 namespace korvane {
@@ -10,16 +9,16 @@ namespace korvane {
 // The application icon at the left of the window's header: a translucent
 // rounded plate with the icon on it. A still picture, in spite of its name.
 class AnimatedHeaderIcon : public QWidget {
-public:
+  public:
     explicit AnimatedHeaderIcon(QIcon appIcon, QWidget* parent = nullptr);
 
     QSize sizeHint() const override { return {60, 60}; }
     const QIcon& appIcon() const { return appIcon_; }
 
-protected:
+  protected:
     void paintEvent(QPaintEvent* event) override;
 
-private:
+  private:
     QIcon appIcon_;
 };
 

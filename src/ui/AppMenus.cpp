@@ -18,10 +18,11 @@ namespace {
 
 constexpr const char* aboutTitle = "About KorvaneGenerator";
 constexpr const char* helpTitle = "KorvaneGenerator Help";
-constexpr const char* helpText =
-    "KorvaneGenerator generates Korvane.kext from live IOKit USB controller data and packages it on the Desktop. It "
-    "does not extract ACPI, does not collect general dumps, does not install or load any kext, and does not require "
-    "a saved .ioreg file.";
+constexpr const char* helpText = "KorvaneGenerator generates Korvane.kext from live IOKit USB controller "
+                                 "data and packages it on the Desktop. It "
+                                 "does not extract ACPI, does not collect general dumps, does not install or "
+                                 "load any kext, and does not require "
+                                 "a saved .ioreg file.";
 
 QString infoText(const QVariantMap& info, const char* key, const char* fallback) {
     const QVariant value = info.value(key);
@@ -45,9 +46,10 @@ QWidget* activeWindow() {
 QString AppMenus::aboutText(const QVariantMap& info) {
     const QString version = infoText(info, "CFBundleShortVersionString", "1.0");
     const QString build = infoText(info, "CFBundleVersion", "1");
-    return QString("KorvaneGenerator v%1 (%2)\n\n%3\n%4\n\n"
-                   "Creates a standalone Korvane.kext package from live IOKit USB controller data. The app only "
-                   "generates files on the Desktop and does not install or load kexts.")
+    return QString(
+               "KorvaneGenerator v%1 (%2)\n\n%3\n%4\n\n"
+               "Creates a standalone Korvane.kext package from live IOKit USB controller data. The app only "
+               "generates files on the Desktop and does not install or load kexts.")
         .arg(version, build, fromView(makerLine), fromView(makerContactAddress));
 }
 
@@ -122,7 +124,8 @@ void AppMenus::install(QMainWindow& window) {
 }
 
 QVariantMap AppMenus::applicationInfo() {
-    return {{"CFBundleShortVersionString", QString(KORVANE_VERSION)}, {"CFBundleVersion", QString(KORVANE_BUILD)}};
+    return {{"CFBundleShortVersionString", QString(KORVANE_VERSION)},
+            {"CFBundleVersion", QString(KORVANE_BUILD)}};
 }
 
 } // namespace korvane

@@ -4,7 +4,6 @@
 #include <QString>
 #include <QUrl>
 #include <QVariantMap>
-
 #include <functional>
 #include <memory>
 
@@ -16,7 +15,7 @@ namespace korvane {
 // The application's two menu entries of its own, "About KorvaneGenerator" and
 // "KorvaneGenerator Help", and the alert boxes behind them.
 class AppMenus {
-public:
+  public:
     AppMenus() = delete;
 
     // Each queues its alert on the main event loop and returns at once.

@@ -21,10 +21,11 @@ namespace korvane {
 namespace {
 
 constexpr const char* portLimitTitle = "USB Port Limit Warning";
-constexpr const char* portLimitMessage =
-    "This Intel XHC/XHCI controller has reached 15 selected USB ports. macOS normally enforces a 15-port limit for "
-    "this controller. If you keep enabling ports beyond this point, the XHCI port-limit patch must be enabled or "
-    "excess ports may not work correctly.";
+constexpr const char* portLimitMessage = "This Intel XHC/XHCI controller has reached 15 selected USB ports. "
+                                         "macOS normally enforces a 15-port limit for "
+                                         "this controller. If you keep enabling ports beyond this point, the "
+                                         "XHCI port-limit patch must be enabled or "
+                                         "excess ports may not work correctly.";
 
 QLabel* textLabel(const QString& text, const QFont& font, QWidget* parent = nullptr) {
     auto* label = new QLabel(text, parent);
@@ -98,9 +99,10 @@ QWidget* ContentView::makeHeader(QIcon appIcon) {
     auto* titles = new QVBoxLayout;
     titles->setSpacing(4);
     titles->addWidget(textLabel("KorvaneGenerator", WindowStyle::font(TextStyle::title, QFont::Bold)));
-    auto* subtitle = textLabel("Generates Korvane.kext only, using the same dynamic USB controller and port detection "
-                               "logic from the main app.",
-                               WindowStyle::font(TextStyle::caption));
+    auto* subtitle =
+        textLabel("Generates Korvane.kext only, using the same dynamic USB controller and port detection "
+                  "logic from the main app.",
+                  WindowStyle::font(TextStyle::caption));
     subtitle->setWordWrap(true);
     subtitle->setMaximumHeight(QFontMetrics(subtitle->font()).lineSpacing() * 2 + 2);
     secondaryTexts_.push_back(subtitle);
@@ -138,8 +140,9 @@ QWidget* ContentView::makeEditorPanel() {
         controls->addWidget(button);
     }
     controls->addStretch(1);
-    auto* hint = textLabel("Ports start unchecked; connected devices are checked after Reset Ports or USB hotplug.",
-                           WindowStyle::font(TextStyle::caption));
+    auto* hint =
+        textLabel("Ports start unchecked; connected devices are checked after Reset Ports or USB hotplug.",
+                  WindowStyle::font(TextStyle::caption));
     hint->setWordWrap(true);
     hint->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
     hint->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
@@ -154,9 +157,10 @@ QWidget* ContentView::makeEditorPanel() {
     emptyHintPanel_ = new RoundedPanel(10);
     auto* emptyLayout = new QVBoxLayout(emptyHintPanel_);
     emptyLayout->setContentsMargins(10, 10, 10, 10);
-    parts_.emptyHint = textLabel("Run Reset Ports to list controllers and ports. All ports start unchecked; connected "
-                                 "USB devices are checked automatically.",
-                                 WindowStyle::font(TextStyle::caption));
+    parts_.emptyHint =
+        textLabel("Run Reset Ports to list controllers and ports. All ports start unchecked; connected "
+                  "USB devices are checked automatically.",
+                  WindowStyle::font(TextStyle::caption));
     parts_.emptyHint->setWordWrap(true);
     parts_.emptyHint->setAlignment(Qt::AlignLeft | Qt::AlignTop);
     emptyLayout->addWidget(parts_.emptyHint);
@@ -289,10 +293,11 @@ void ContentView::toggleSection(const std::string& controllerKey) {
 
 void ContentView::refresh() {
     const CollectorModel& model = *model_;
-    parts_.badge->setState(model.isRunning()         ? StatusBadge::State::running
-                           : model.lastZipURL()      ? StatusBadge::State::completed
-                                                     : StatusBadge::State::ready);
-    parts_.counter->setText(QString("%1/%2 selected").arg(model.selectedPortIDs().size()).arg(model.totalPortCount()));
+    parts_.badge->setState(model.isRunning()    ? StatusBadge::State::running
+                           : model.lastZipURL() ? StatusBadge::State::completed
+                                                : StatusBadge::State::ready);
+    parts_.counter->setText(
+        QString("%1/%2 selected").arg(model.selectedPortIDs().size()).arg(model.totalPortCount()));
 
     const bool isBusy = model.isRunning() || model.isScanningUSB() || model.isUpdatingIDs();
     const bool hasControllers = !model.scannedControllers().empty();
@@ -327,7 +332,8 @@ void ContentView::refresh() {
         // Not from inside the model's notification: the click that crossed
         // the limit finishes first, then the alert opens.
         isAlertQueued_ = true;
-        QMetaObject::invokeMethod(this, [this] { openPortLimitAlert(); }, Qt::QueuedConnection);
+        QMetaObject::invokeMethod(
+            this, [this] { openPortLimitAlert(); }, Qt::QueuedConnection);
     }
 }
 

@@ -6,7 +6,6 @@
 #include <QMessageBox>
 #include <QPointer>
 #include <QWidget>
-
 #include <memory>
 #include <set>
 #include <string>
@@ -28,7 +27,7 @@ class StatusBadge;
 // reads it; the view itself remembers only which controller sections are
 // open.
 class ContentView : public QWidget {
-public:
+  public:
     ContentView(std::shared_ptr<CollectorModel> model, QIcon appIcon, QWidget* parent = nullptr);
     ~ContentView() override;
 
@@ -55,11 +54,11 @@ public:
     // The port limit alert while it stands over the window.
     QMessageBox* portLimitAlert() const { return portLimitAlert_; }
 
-protected:
+  protected:
     void showEvent(QShowEvent* event) override;
     void changeEvent(QEvent* event) override;
 
-private:
+  private:
     QWidget* makeHeader(QIcon appIcon);
     QWidget* makeEditorPanel();
     QWidget* makeActionRow();

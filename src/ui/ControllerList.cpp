@@ -7,7 +7,8 @@
 namespace korvane {
 
 ControllerList::ControllerList(std::shared_ptr<CollectorModel> model, QWidget* parent)
-    : QScrollArea(parent), model_(std::move(model)), content_(new QWidget), stack_(new QVBoxLayout(content_)) {
+    : QScrollArea(parent), model_(std::move(model)), content_(new QWidget),
+      stack_(new QVBoxLayout(content_)) {
     setFrameShape(QFrame::NoFrame);
     setWidgetResizable(true);
     setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);

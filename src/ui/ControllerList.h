@@ -3,7 +3,6 @@
 #include "collector/CollectorModel.h"
 
 #include <QScrollArea>
-
 #include <functional>
 #include <map>
 #include <memory>
@@ -22,11 +21,12 @@ class ControllerSection;
 // already there in place: nothing is rebuilt, nothing flickers, the scroll
 // position stays and nothing is animated.
 class ControllerList : public QScrollArea {
-public:
+  public:
     explicit ControllerList(std::shared_ptr<CollectorModel> model, QWidget* parent = nullptr);
 
     // Shows `controllers` in order, each open when its key is in `openKeys`.
-    void showControllers(const std::vector<USBControllerMap>& controllers, const std::set<std::string>& openKeys);
+    void showControllers(const std::vector<USBControllerMap>& controllers,
+                         const std::set<std::string>& openKeys);
     // Re-reads the check marks and connectors of the open rows.
     void refreshRows();
 
@@ -36,7 +36,7 @@ public:
 
     std::vector<ControllerSection*> sections() const;
 
-private:
+  private:
     std::shared_ptr<CollectorModel> model_;
     QWidget* content_;
     QVBoxLayout* stack_;

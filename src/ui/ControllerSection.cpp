@@ -10,7 +10,6 @@
 #include <QPainter>
 #include <QStyleOptionFocusRect>
 #include <QVBoxLayout>
-
 #include <cstdio>
 
 namespace korvane {
@@ -38,8 +37,10 @@ QString pciIdentity(const USBControllerMap& controller) {
 
 ControllerSectionHeader::ControllerSectionHeader(QWidget* parent)
     : QAbstractButton(parent), chevron_(new QLabel(this)),
-      name_(headerLabel(this, WindowStyle::font(TextStyle::subheadline, QFont::DemiBold), WindowStyle::white())),
-      identity_(headerLabel(this, WindowStyle::font(TextStyle::caption, QFont::Normal, FontDesign::monospaced),
+      name_(headerLabel(this, WindowStyle::font(TextStyle::subheadline, QFont::DemiBold),
+                        WindowStyle::white())),
+      identity_(headerLabel(this,
+                            WindowStyle::font(TextStyle::caption, QFont::Normal, FontDesign::monospaced),
                             WindowStyle::white(0.82))),
       databaseName_(
           headerLabel<ElidedLabel>(this, WindowStyle::font(TextStyle::caption), WindowStyle::white(0.72))),
@@ -69,7 +70,8 @@ void ControllerSectionHeader::showController(const USBControllerMap& controller,
                                                 qMax(8, metrics.capHeight() + 1), WindowStyle::white(0.85)));
         chevron_->setAccessibleName(isOpen ? "chevron.down" : "chevron.right");
     }
-    name_->setText(controller.name.empty() ? QString("USB Controller") : QString::fromStdString(controller.name));
+    name_->setText(controller.name.empty() ? QString("USB Controller")
+                                           : QString::fromStdString(controller.name));
     identity_->setText(pciIdentity(controller));
     databaseName_->setText(QString::fromStdString(controller.usbDeviceName));
     // Left out, not blank: no gap stands where an empty name would be.
@@ -78,11 +80,21 @@ void ControllerSectionHeader::showController(const USBControllerMap& controller,
     setAccessibleName(name_->text());
 }
 
-QString ControllerSectionHeader::nameText() const { return name_->text(); }
-QString ControllerSectionHeader::identityText() const { return identity_->text(); }
-QString ControllerSectionHeader::databaseNameText() const { return databaseName_->text(); }
-bool ControllerSectionHeader::showsDatabaseName() const { return !databaseName_->isHidden(); }
-QString ControllerSectionHeader::portCountText() const { return portCount_->text(); }
+QString ControllerSectionHeader::nameText() const {
+    return name_->text();
+}
+QString ControllerSectionHeader::identityText() const {
+    return identity_->text();
+}
+QString ControllerSectionHeader::databaseNameText() const {
+    return databaseName_->text();
+}
+bool ControllerSectionHeader::showsDatabaseName() const {
+    return !databaseName_->isHidden();
+}
+QString ControllerSectionHeader::portCountText() const {
+    return portCount_->text();
+}
 
 QSize ControllerSectionHeader::sizeHint() const {
     return layout()->sizeHint();

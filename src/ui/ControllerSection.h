@@ -4,7 +4,6 @@
 #include "ui/RoundedPanel.h"
 
 #include <QAbstractButton>
-
 #include <functional>
 #include <memory>
 #include <vector>
@@ -19,7 +18,7 @@ class USBPortEditRow;
 // The clickable header of a controller's section: chevron, name, PCI
 // identity, database name and port count, the whole rectangle one button.
 class ControllerSectionHeader : public QAbstractButton {
-public:
+  public:
     explicit ControllerSectionHeader(QWidget* parent = nullptr);
 
     void showController(const USBControllerMap& controller, bool isOpen);
@@ -32,10 +31,10 @@ public:
 
     QSize sizeHint() const override;
 
-protected:
+  protected:
     void paintEvent(QPaintEvent* event) override;
 
-private:
+  private:
     QLabel* chevron_;
     QLabel* name_;
     QLabel* identity_;
@@ -48,7 +47,7 @@ private:
 // port. Rows are made the first time the section opens, not before, and are
 // reused when a rescan hands the section new records.
 class ControllerSection : public RoundedPanel {
-public:
+  public:
     explicit ControllerSection(std::shared_ptr<CollectorModel> model, QWidget* parent = nullptr);
 
     // Shows the controller; `isOpen` decides whether its rows stand below.
@@ -60,7 +59,7 @@ public:
     const std::vector<USBPortEditRow*>& rows() const { return rows_; }
     bool isOpen() const { return isOpen_; }
 
-private:
+  private:
     void syncRows();
 
     std::shared_ptr<CollectorModel> model_;

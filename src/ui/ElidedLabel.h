@@ -8,12 +8,12 @@ namespace korvane {
 // in an ellipsis when the window is too narrow for it, instead of widening
 // the row past the visible area.
 class ElidedLabel : public QLabel {
-public:
+  public:
     explicit ElidedLabel(QWidget* parent = nullptr);
 
     QSize minimumSizeHint() const override;
 
-protected:
+  protected:
     void paintEvent(QPaintEvent* event) override;
 };
 

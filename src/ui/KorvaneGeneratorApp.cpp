@@ -20,16 +20,17 @@ KorvaneGeneratorApp::KorvaneGeneratorApp(const AppOptions& options)
     QApplication::setWindowIcon(icon);
 
     const RegistryChoice choice{.registryFile = options.registryFile, .ioregFile = std::nullopt};
-    content_ = new ContentView(
-        assembleCollectorModel(choice, openRegistry(choice), scheduler_, *desktop_, /*listenForHotplug=*/true),
-        icon);
+    content_ = new ContentView(assembleCollectorModel(choice, openRegistry(choice), scheduler_, *desktop_,
+                                                      /*listenForHotplug=*/true),
+                               icon);
     window_->setCentralWidget(content_);
     window_->setWindowTitle("KorvaneGenerator");
     AppMenus::install(*window_);
     // The limits are the content's; the menu bar, where the window has one,
     // comes on top.
     content_->setMinimumSize(minimumWidth, minimumHeight);
-    const int menuHeight = window_->menuBar()->isNativeMenuBar() ? 0 : window_->menuBar()->sizeHint().height();
+    const int menuHeight =
+        window_->menuBar()->isNativeMenuBar() ? 0 : window_->menuBar()->sizeHint().height();
     window_->resize(idealWidth, idealHeight + menuHeight);
 }
 

@@ -4,7 +4,6 @@
 #include "ui/QtScheduler.h"
 
 #include <QIcon>
-
 #include <filesystem>
 #include <memory>
 #include <optional>
@@ -25,7 +24,7 @@ struct AppOptions {
 // The application: one window of `ContentView` with its menus, and what the
 // window's model needs of the world.
 class KorvaneGeneratorApp {
-public:
+  public:
     // Throws RegistryChoiceError (a std::runtime_error) with a one-line reason
     // when the registry file can't be read.
     explicit KorvaneGeneratorApp(const AppOptions& options);
@@ -45,7 +44,7 @@ public:
     static constexpr int idealWidth = 900;
     static constexpr int idealHeight = 680;
 
-private:
+  private:
     void saveScreenshotWhenScanned(const std::filesystem::path& file);
 
     // Declared before the scheduler: background work still running when the

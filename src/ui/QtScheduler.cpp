@@ -3,7 +3,6 @@
 #include <QThread>
 #include <QTimer>
 
-
 namespace korvane {
 
 QtScheduler::QtScheduler() = default;
@@ -36,7 +35,8 @@ bool QtScheduler::isMainThread() const {
 
 void QtScheduler::wakeMain() {
     // One queued wake-up serves every task queued before it runs.
-    QMetaObject::invokeMethod(&context_, [this] { drainMain(); }, Qt::QueuedConnection);
+    QMetaObject::invokeMethod(
+        &context_, [this] { drainMain(); }, Qt::QueuedConnection);
 }
 
 void QtScheduler::drainMain() {

@@ -4,7 +4,6 @@
 
 #include <QObject>
 #include <QPointer>
-
 #include <condition_variable>
 #include <deque>
 #include <mutex>
@@ -23,7 +22,7 @@ namespace korvane {
 // it returns only after every background task has finished. Timers die with
 // the scheduler and never fire after it.
 class QtScheduler final : public Scheduler {
-public:
+  public:
     QtScheduler();
     ~QtScheduler() override;
 
@@ -38,7 +37,7 @@ public:
     // Background tasks started and not yet finished.
     std::size_t activeBackgroundTasks() const;
 
-private:
+  private:
     bool isMainThread() const;
     void wakeMain();
     void drainMain();

@@ -23,7 +23,8 @@ void RoundedPanel::setEdge(const QColor& edge, qreal width) {
 void RoundedPanel::paintEvent(QPaintEvent*) {
     QPainter painter(this);
     painter.setRenderHint(QPainter::Antialiasing);
-    const QRectF area = QRectF(rect()).adjusted(edgeWidth_ / 2, edgeWidth_ / 2, -edgeWidth_ / 2, -edgeWidth_ / 2);
+    const QRectF area =
+        QRectF(rect()).adjusted(edgeWidth_ / 2, edgeWidth_ / 2, -edgeWidth_ / 2, -edgeWidth_ / 2);
     const qreal radius = radius_ < 0 ? area.height() / 2 : radius_;
     QPainterPath shape;
     shape.addRoundedRect(area, radius, radius);

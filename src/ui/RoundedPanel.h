@@ -8,17 +8,17 @@ namespace korvane {
 // A plain container painted as a filled rounded rectangle, optionally with a
 // hairline edge. A negative radius makes a capsule (half the height).
 class RoundedPanel : public QWidget {
-public:
+  public:
     explicit RoundedPanel(qreal radius, QWidget* parent = nullptr);
 
     void setFill(const QColor& fill);
     void setEdge(const QColor& edge, qreal width = 1.0);
     QColor fill() const { return fill_; }
 
-protected:
+  protected:
     void paintEvent(QPaintEvent* event) override;
 
-private:
+  private:
     qreal radius_;
     QColor fill_;
     QColor edge_ = Qt::transparent;

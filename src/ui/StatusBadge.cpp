@@ -10,7 +10,7 @@
 namespace korvane {
 
 class StatusBadge::Dot : public QWidget {
-public:
+  public:
     explicit Dot(QWidget* parent) : QWidget(parent) { setFixedSize(10, 10); }
 
     void setColor(const QColor& color) {
@@ -18,7 +18,7 @@ public:
         update();
     }
 
-protected:
+  protected:
     void paintEvent(QPaintEvent*) override {
         QPainter painter(this);
         painter.setRenderHint(QPainter::Antialiasing);
@@ -27,11 +27,12 @@ protected:
         painter.drawEllipse(QRectF(rect()));
     }
 
-private:
+  private:
     QColor color_;
 };
 
-StatusBadge::StatusBadge(QWidget* parent) : RoundedPanel(-1, parent), dot_(new Dot(this)), label_(new QLabel(this)) {
+StatusBadge::StatusBadge(QWidget* parent)
+    : RoundedPanel(-1, parent), dot_(new Dot(this)), label_(new QLabel(this)) {
     auto* layout = new QHBoxLayout(this);
     layout->setContentsMargins(12, 8, 12, 8);
     layout->setSpacing(8);
@@ -46,9 +47,15 @@ StatusBadge::StatusBadge(QWidget* parent) : RoundedPanel(-1, parent), dot_(new D
 void StatusBadge::setState(State state) {
     state_ = state;
     switch (state_) {
-    case State::running: label_->setText("Running"); break;
-    case State::completed: label_->setText("Completed"); break;
-    case State::ready: label_->setText("Ready"); break;
+    case State::running:
+        label_->setText("Running");
+        break;
+    case State::completed:
+        label_->setText("Completed");
+        break;
+    case State::ready:
+        label_->setText("Ready");
+        break;
     }
     applyColours();
 }
@@ -62,9 +69,15 @@ void StatusBadge::applyColours() {
     setFill(style.thinMaterial());
     setEdge(style.materialEdge());
     switch (state_) {
-    case State::running: dot_->setColor(style.orange()); break;
-    case State::completed: dot_->setColor(style.green()); break;
-    case State::ready: dot_->setColor(style.secondary()); break;
+    case State::running:
+        dot_->setColor(style.orange());
+        break;
+    case State::completed:
+        dot_->setColor(style.green());
+        break;
+    case State::ready:
+        dot_->setColor(style.secondary());
+        break;
     }
 }
 

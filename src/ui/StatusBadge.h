@@ -9,7 +9,7 @@ namespace korvane {
 // The run status at the right of the header: a coloured dot and a word on a
 // translucent capsule.
 class StatusBadge : public RoundedPanel {
-public:
+  public:
     enum class State { ready, running, completed };
 
     explicit StatusBadge(QWidget* parent = nullptr);
@@ -18,10 +18,10 @@ public:
     State state() const { return state_; }
     QString text() const;
 
-protected:
+  protected:
     void changeEvent(QEvent* event) override;
 
-private:
+  private:
     class Dot;
 
     void applyColours();

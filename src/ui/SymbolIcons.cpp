@@ -2,7 +2,6 @@
 
 #include <QFile>
 #include <QPainter>
-
 #include <map>
 
 namespace korvane {
@@ -14,7 +13,8 @@ const std::map<QString, QStringList>& themeTable() {
     static const std::map<QString, QStringList> table = {
         {"arrow.clockwise", {"view-refresh-symbolic", "view-refresh"}},
         {"arrow.down.doc.fill", {"document-save-symbolic", "document-save"}},
-        {"externaldrive.connected.to.line.below.fill", {"drive-removable-media-symbolic", "drive-removable-media"}},
+        {"externaldrive.connected.to.line.below.fill",
+         {"drive-removable-media-symbolic", "drive-removable-media"}},
         {"folder.fill", {"folder-symbolic", "folder"}},
         {"heart.fill", {"emblem-favorite-symbolic", "emblem-favorite"}},
         {"chevron.down", {"pan-down-symbolic", "go-down"}},

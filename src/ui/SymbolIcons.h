@@ -13,7 +13,7 @@ namespace korvane {
 // without an icon theme. Either way the glyph is painted in the colour asked
 // for, as the design colours its symbols like text.
 class SymbolIcons {
-public:
+  public:
     // An unknown name gives a null pixmap.
     static QPixmap pixmap(const QString& symbol, int size, const QColor& color, qreal devicePixelRatio = 2.0);
 

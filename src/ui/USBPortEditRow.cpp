@@ -18,8 +18,8 @@ constexpr int knownConnectorCount = static_cast<int>(connectorMenuCodes.size());
 
 } // namespace
 
-USBPortEditRow::USBPortEditRow(std::shared_ptr<CollectorModel> model, USBControllerMap controller, USBPortMap port,
-                               QWidget* parent)
+USBPortEditRow::USBPortEditRow(std::shared_ptr<CollectorModel> model, USBControllerMap controller,
+                               USBPortMap port, QWidget* parent)
     : QWidget(parent), model_(std::move(model)), controller_(std::move(controller)), port_(std::move(port)),
       checkbox_(new QCheckBox(this)), name_(new QLabel(this)), number_(new QLabel(this)),
       connectorMenu_(new QComboBox(this)), device_(new ElidedLabel(this)) {
@@ -87,8 +87,8 @@ void USBPortEditRow::styleCheckbox() {
 }
 
 void USBPortEditRow::setPort(const USBControllerMap& controller, const USBPortMap& port) {
-    const bool textsChanged = port.name != port_.name || port.portData != port_.portData ||
-                              port.activeDevice != port_.activeDevice;
+    const bool textsChanged =
+        port.name != port_.name || port.portData != port_.portData || port.activeDevice != port_.activeDevice;
     controller_ = controller;
     port_ = port;
     if (textsChanged) {

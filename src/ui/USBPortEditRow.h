@@ -4,7 +4,6 @@
 #include "records/USBControllerMap.h"
 
 #include <QWidget>
-
 #include <memory>
 
 class QCheckBox;
@@ -18,7 +17,7 @@ namespace korvane {
 // model at every refresh, never kept, so two rows of the same port key always
 // agree and a rescan carries the user's choices by key.
 class USBPortEditRow : public QWidget {
-public:
+  public:
     USBPortEditRow(std::shared_ptr<CollectorModel> model, USBControllerMap controller, USBPortMap port,
                    QWidget* parent = nullptr);
 
@@ -32,10 +31,10 @@ public:
     QComboBox* connectorMenu() const { return connectorMenu_; }
     QLabel* deviceLabel() const { return device_; }
 
-protected:
+  protected:
     void changeEvent(QEvent* event) override;
 
-private:
+  private:
     void styleCheckbox();
     void showPortTexts();
     void showConnector(std::int64_t code);

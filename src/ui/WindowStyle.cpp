@@ -11,13 +11,20 @@ namespace {
 // Point sizes of the design's text styles against its 13-point body text.
 double designSize(TextStyle style) {
     switch (style) {
-    case TextStyle::title: return 20;
-    case TextStyle::headline: return 13;
-    case TextStyle::subheadline: return 11;
-    case TextStyle::callout: return 12;
-    case TextStyle::caption: return 10;
-    case TextStyle::caption2: return 10;
-    case TextStyle::generate: return 15;
+    case TextStyle::title:
+        return 20;
+    case TextStyle::headline:
+        return 13;
+    case TextStyle::subheadline:
+        return 11;
+    case TextStyle::callout:
+        return 12;
+    case TextStyle::caption:
+        return 10;
+    case TextStyle::caption2:
+        return 10;
+    case TextStyle::generate:
+        return 15;
     }
     return 13;
 }

@@ -23,7 +23,7 @@ enum class FontDesign { standard, monospaced };
 // one they are a fixed dark slate, since white text on a light surface would
 // vanish.
 class WindowStyle {
-public:
+  public:
     explicit WindowStyle(const QPalette& palette);
 
     static QFont font(TextStyle style, QFont::Weight weight = QFont::Normal,
@@ -51,7 +51,7 @@ public:
     // Sets a widget's text colour (its WindowText and ButtonText roles).
     static void setTextColor(QWidget& widget, const QColor& color);
 
-private:
+  private:
     QPalette palette_;
     bool isDark_;
 };

@@ -1,11 +1,10 @@
-#include "ui/KorvaneGeneratorApp.h"
 #include "ui/AnimatedHeaderIcon.h"
+#include "ui/KorvaneGeneratorApp.h"
 
 #include <QApplication>
 #include <QCommandLineParser>
 #include <QPalette>
 #include <QStyleFactory>
-
 #include <cstdio>
 #include <stdexcept>
 
@@ -43,14 +42,17 @@ int main(int argc, char** argv) {
     QApplication::setDesktopFileName(korvane::applicationID);
 
     QCommandLineParser parser;
-    parser.setApplicationDescription("Maps this machine's USB ports and writes Korvane.kext as Korvane.zip on the "
-                                     "Desktop.");
+    parser.setApplicationDescription(
+        "Maps this machine's USB ports and writes Korvane.kext as Korvane.zip on the "
+        "Desktop.");
     parser.addHelpOption();
     parser.addVersionOption();
-    const QCommandLineOption registry("registry", "Show this saved registry (an ioreg -a snapshot or an ioreg -l text "
-                                                  "dump) instead of the live one.", "FILE");
-    QCommandLineOption screenshot("screenshot", "Save a picture of the window after the first scan, then quit.",
-                                  "PNG");
+    const QCommandLineOption registry("registry",
+                                      "Show this saved registry (an ioreg -a snapshot or an ioreg -l text "
+                                      "dump) instead of the live one.",
+                                      "FILE");
+    QCommandLineOption screenshot("screenshot",
+                                  "Save a picture of the window after the first scan, then quit.", "PNG");
     screenshot.setFlags(QCommandLineOption::HiddenFromHelp);
     const QCommandLineOption dark("dark", "Use a dark palette.");
     parser.addOptions({registry, screenshot, dark});

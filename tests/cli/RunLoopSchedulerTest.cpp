@@ -1,9 +1,8 @@
 #include "cli/RunLoopScheduler.h"
 
+#include <atomic>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-
-#include <atomic>
 
 namespace korvane {
 namespace {

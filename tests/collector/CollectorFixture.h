@@ -1,13 +1,12 @@
 #pragma once
 
 #include "collector/CollectorModel.h"
+#include "support/BuildTree.h"
 #include "support/ManualScheduler.h"
 #include "support/TempFolder.h"
-#include "support/BuildTree.h"
-
-#include <gtest/gtest.h>
 
 #include <deque>
+#include <gtest/gtest.h>
 #include <sstream>
 
 namespace korvane {
@@ -61,7 +60,7 @@ inline USBControllerMap makeController(std::string name, std::int64_t vendor, st
 // A model over a manual scheduler, a temporary home with a Desktop, the real
 // tool stand-ins and scans the test lines up.
 class CollectorFixture : public testing::Test {
-protected:
+  protected:
     void SetUp() override {
         std::filesystem::create_directories(desktop());
         auto source = std::make_unique<ManualHotplugSource>();

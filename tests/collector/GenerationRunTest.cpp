@@ -1,5 +1,4 @@
 #include "CollectorFixture.h"
-
 #include "records/FileIO.h"
 #include "support/FakeTool.h"
 
@@ -48,10 +47,11 @@ std::string zipEntry(const fs::path& path, const std::string& name) {
 }
 
 class GenerationRunTest : public CollectorFixture {
-protected:
+  protected:
     void loadPorts() {
-        auto controller = makeController("XHC1", 0x8086, 0xa36d,
-                                         {makePort("HS01", 1, "Keyboard", 0), makePort("HS02", 2), makePort("SS01", 17)});
+        auto controller =
+            makeController("XHC1", 0x8086, 0xa36d,
+                           {makePort("HS01", 1, "Keyboard", 0), makePort("HS02", 2), makePort("SS01", 17)});
         scans = {{{controller}}};
         model->scanUSBPorts();
         scheduler.runUntilIdle();
@@ -84,21 +84,23 @@ TEST_F(GenerationRunTest, ASuccessfulRunLeavesTheZipWithThreeEntries) {
                                                "KorvaneGenerator_Work/KorvaneGenerator-log.txt"));
 
     const auto work = (desktop() / "KorvaneGenerator_Work").string();
-    EXPECT_THAT(logLines(), ElementsAre("App started.", "Target Desktop: " + desktop().string(),
-                                        "Mode: standalone Korvane.kext generation only.",
-                                        "No ACPI, audio, video, power or system dumps are collected by this app.",
-                                        "Scanning USB controllers and ports for editing...",
-                                        "USB ports reset: 1 controller(s), 1 active USB port(s) selected automatically.",
-                                        std::string(40, '-'), "Starting Korvane.kext generation.",
-                                        "Temporary folder created: " + work,
-                                        "Generating Korvane.kext with 2 enabled port(s)...",
-                                        "Korvane.kext step completed.", "Creating ZIP on Desktop...",
-                                        "ZIP created successfully: " + zip().string(),
-                                        "Temporary Desktop folder removed after ZIP creation."));
+    EXPECT_THAT(logLines(),
+                ElementsAre("App started.", "Target Desktop: " + desktop().string(),
+                            "Mode: standalone Korvane.kext generation only.",
+                            "No ACPI, audio, video, power or system dumps are collected by this app.",
+                            "Scanning USB controllers and ports for editing...",
+                            "USB ports reset: 1 controller(s), 1 active USB port(s) selected automatically.",
+                            std::string(40, '-'), "Starting Korvane.kext generation.",
+                            "Temporary folder created: " + work,
+                            "Generating Korvane.kext with 2 enabled port(s)...",
+                            "Korvane.kext step completed.", "Creating ZIP on Desktop...",
+                            "ZIP created successfully: " + zip().string(),
+                            "Temporary Desktop folder removed after ZIP creation."));
     EXPECT_THAT(model->logText(), StartsWith("[14:03:09] App started.\n"));
 
     const auto logFile = zipEntry(zip(), "KorvaneGenerator_Work/KorvaneGenerator-log.txt");
-    EXPECT_THAT(logFile, testing::EndsWith("] Korvane.kext step completed.\n")) << "written before the ZIP lines";
+    EXPECT_THAT(logFile, testing::EndsWith("] Korvane.kext step completed.\n"))
+        << "written before the ZIP lines";
 
     const auto plist = zipEntry(zip(), "KorvaneGenerator_Work/Korvane.kext/Contents/Info.plist");
     EXPECT_THAT(plist, HasSubstr("<key>HS01</key>"));
@@ -112,7 +114,8 @@ TEST_F(GenerationRunTest, ASuccessfulRunLeavesTheZipWithThreeEntries) {
 
 TEST_F(GenerationRunTest, WithoutAPortListTheRunResetsFirstAndAnEmptyScanStillSucceeds) {
     generate();
-    EXPECT_THAT(logLines(), testing::Contains("No USB port list was loaded. Running Reset Ports before generation..."));
+    EXPECT_THAT(logLines(),
+                testing::Contains("No USB port list was loaded. Running Reset Ports before generation..."));
     EXPECT_THAT(logLines(), testing::Contains("Generating Korvane.kext with 0 enabled port(s)..."));
     EXPECT_THAT(zipEntries(zip()), ElementsAre("KorvaneGenerator_Work/Korvane-report.txt",
                                                "KorvaneGenerator_Work/KorvaneGenerator-log.txt"));
@@ -141,7 +144,7 @@ TEST_F(GenerationRunTest, AStartDuringARunChangesNothing) {
 }
 
 class MaskedLogRunTest : public GenerationRunTest {
-protected:
+  protected:
     static constexpr const char* uuid = "12345678-ABCD-1234-ABCD-1234567890AB";
     void customise(CollectorEnvironment&) override {
         desktopFolder = home.path() / (std::string("Desktop-") + uuid);
@@ -183,7 +186,7 @@ TEST_F(FailingRunTest, ADesktopThatIsAFileEndsInOneErrorLine) {
 }
 
 class BrokenDittoRunTest : public GenerationRunTest {
-protected:
+  protected:
     void customise(CollectorEnvironment& environment) override {
         environment.tools.ditto = writeFakeTool(home.path(), "ditto", script);
         environment.dittoTimeout = 0.5;
@@ -196,17 +199,18 @@ TEST_F(BrokenDittoRunTest, AFailingDittoKeepsTheWorkFolder) {
     writeFileAtomically(zip(), "old");
     generate();
     // The tool's output, with its own line feed, follows the message's first line.
-    EXPECT_THAT(model->logText(), testing::EndsWith("] ERROR: Command failed: " + (home.path() / "ditto").string() +
-                                                    " -c -k --sequesterRsrc --keepParent " +
-                                                    (desktop() / "KorvaneGenerator_Work").string() + " " +
-                                                    zip().string() + "\ndisk full\n\n"));
+    EXPECT_THAT(model->logText(),
+                testing::EndsWith("] ERROR: Command failed: " + (home.path() / "ditto").string() +
+                                  " -c -k --sequesterRsrc --keepParent " +
+                                  (desktop() / "KorvaneGenerator_Work").string() + " " + zip().string() +
+                                  "\ndisk full\n\n"));
     EXPECT_TRUE(fs::exists(desktop() / "KorvaneGenerator_Work" / "KorvaneGenerator-log.txt"));
     EXPECT_FALSE(fs::exists(zip())) << "the old ZIP went in the same step";
     EXPECT_THAT(recordingDesktop.sounds, ElementsAre("Basso"));
 }
 
 class BrokenPlutilRunTest : public GenerationRunTest {
-protected:
+  protected:
     void customise(CollectorEnvironment& environment) override {
         environment.tools.plutil =
             writeFakeTool(home.path(), "plutil", "echo \"$2: Encountered unknown tag\"\nexit 1");
@@ -217,9 +221,9 @@ TEST_F(BrokenPlutilRunTest, ARejectedPropertyListEndsTheRunBeforeTheZip) {
     loadPorts();
     generate();
     const auto plist = desktop() / "KorvaneGenerator_Work" / "Korvane.kext" / "Contents" / "Info.plist";
-    EXPECT_THAT(model->logText(), HasSubstr("] ERROR: Command failed: " + (home.path() / "plutil").string() +
-                                            " -lint " + plist.string() + "\n" + plist.string() +
-                                            ": Encountered unknown tag\n"));
+    EXPECT_THAT(model->logText(),
+                HasSubstr("] ERROR: Command failed: " + (home.path() / "plutil").string() + " -lint " +
+                          plist.string() + "\n" + plist.string() + ": Encountered unknown tag\n"));
     EXPECT_THAT(logLines(), testing::Not(testing::Contains("Korvane.kext step completed.")));
     EXPECT_FALSE(fs::exists(zip()));
     EXPECT_TRUE(fs::exists(plist)) << "what was written stays for the user to see";
@@ -227,7 +231,7 @@ TEST_F(BrokenPlutilRunTest, ARejectedPropertyListEndsTheRunBeforeTheZip) {
 }
 
 class HangingDittoRunTest : public BrokenDittoRunTest {
-protected:
+  protected:
     void customise(CollectorEnvironment& environment) override {
         script = "exec sleep 30";
         BrokenDittoRunTest::customise(environment);
@@ -237,7 +241,8 @@ protected:
 TEST_F(HangingDittoRunTest, AHangingDittoTimesOut) {
     loadPorts();
     generate();
-    EXPECT_THAT(model->logText(), HasSubstr("] ERROR: Timeout after 0s: " + (home.path() / "ditto").string()));
+    EXPECT_THAT(model->logText(),
+                HasSubstr("] ERROR: Timeout after 0s: " + (home.path() / "ditto").string()));
     EXPECT_THAT(recordingDesktop.sounds, ElementsAre("Basso"));
     EXPECT_FALSE(model->isRunning());
 }

@@ -1,6 +1,5 @@
 #include "CollectorFixture.h"
 #include "LoopbackServer.h"
-
 #include "ids/IDsDownload.h"
 #include "records/CollectorError.h"
 #include "records/FileIO.h"
@@ -50,7 +49,7 @@ struct DownloadCase {
 };
 
 class UpdateDatabaseTest : public testing::TestWithParam<DownloadCase> {
-protected:
+  protected:
     TempFolder home;
     IDsDatabaseLocations locations{home.path() / "support", home.path() / "resources"};
     LoopbackServer web;
@@ -79,19 +78,20 @@ TEST_P(UpdateDatabaseTest, StoresOnlyWhatLooksLikeADatabase) {
 
 INSTANTIATE_TEST_SUITE_P(
     Cases, UpdateDatabaseTest,
-    testing::Values(DownloadCase{"Good", 200, database(5000), nullptr},
-                    DownloadCase{"Unavailable", 503, database(5000), "HTTP 503"},
-                    DownloadCase{"NotFound", 404, "missing", "HTTP 404"},
-                    DownloadCase{"ExactlyTooSmall", 200, database(1024, "Intel"), "downloaded file is too small"},
-                    DownloadCase{"JustBigEnough", 200, database(1025, "Intel"), nullptr},
-                    DownloadCase{"NoWords", 200, database(5000, "# hello\n"),
-                                 "downloaded file does not look like an ids database"},
-                    DownloadCase{"WordsOnlyLater", 200, database(4096, "# nothing") + "Version",
-                                 "downloaded file does not look like an ids database"},
-                    DownloadCase{"SplitInsideACharacter", 200, splitCharacter(),
-                                 "downloaded file does not look like an ids database"},
-                    DownloadCase{"WebPageWithVersion", 200, database(3000, "<html>Version 2</html>"), nullptr},
-                    DownloadCase{"BadBytesLaterAreKept", 200, database(5000) + "\xff\xfe", nullptr}),
+    testing::Values(
+        DownloadCase{"Good", 200, database(5000), nullptr},
+        DownloadCase{"Unavailable", 503, database(5000), "HTTP 503"},
+        DownloadCase{"NotFound", 404, "missing", "HTTP 404"},
+        DownloadCase{"ExactlyTooSmall", 200, database(1024, "Intel"), "downloaded file is too small"},
+        DownloadCase{"JustBigEnough", 200, database(1025, "Intel"), nullptr},
+        DownloadCase{"NoWords", 200, database(5000, "# hello\n"),
+                     "downloaded file does not look like an ids database"},
+        DownloadCase{"WordsOnlyLater", 200, database(4096, "# nothing") + "Version",
+                     "downloaded file does not look like an ids database"},
+        DownloadCase{"SplitInsideACharacter", 200, splitCharacter(),
+                     "downloaded file does not look like an ids database"},
+        DownloadCase{"WebPageWithVersion", 200, database(3000, "<html>Version 2</html>"), nullptr},
+        DownloadCase{"BadBytesLaterAreKept", 200, database(5000) + "\xff\xfe", nullptr}),
     [](const auto& row) { return std::string(row.param.name); });
 
 TEST(UpdateDatabaseFailureTest, TransportAndFolderFailuresKeepTheirOwnWords) {
@@ -116,7 +116,8 @@ TEST(UpdateDatabaseFailureTest, TransportAndFolderFailuresKeepTheirOwnWords) {
 
     const IDsDatabaseLocations fine{home.path() / "fine", home.path()};
     updateDatabase("pci.ids", web.address("/moved"), fetchWithCurl, fine);
-    EXPECT_TRUE(fs::exists(home.path() / "fine" / "KorvaneGenerator" / "Tools" / "pci.ids")) << "redirect followed";
+    EXPECT_TRUE(fs::exists(home.path() / "fine" / "KorvaneGenerator" / "Tools" / "pci.ids"))
+        << "redirect followed";
 
     const std::string refused = "http://127.0.0.1:" + std::to_string(refusedPort()) + "/pci.ids";
     try {
@@ -131,10 +132,10 @@ TEST(UpdateDatabaseFailureTest, AnEndlessBodyIsCutOff) {
     TempFolder home;
     LoopbackServer web;
     web.server.Get("/huge", [](const httplib::Request&, httplib::Response& response) {
-        response.set_content_provider(
-            "text/plain", [chunk = database(1 << 20)](std::size_t, httplib::DataSink& sink) {
-                return sink.write(chunk.data(), chunk.size());
-            });
+        response.set_content_provider("text/plain",
+                                      [chunk = database(1 << 20)](std::size_t, httplib::DataSink& sink) {
+                                          return sink.write(chunk.data(), chunk.size());
+                                      });
     });
     try {
         updateDatabase("usb.ids", web.address("/huge"), fetchWithCurl, {home.path(), home.path()});
@@ -174,8 +175,9 @@ TEST_F(IDsUpdateFlowTest, OneFailureDoesNotStopTheOtherAndTheListIsRefreshed) {
 TEST_F(IDsUpdateFlowTest, BothFailuresAreOneLine) {
     model->updateIDsDatabases();
     scheduler.runUntilIdle();
-    EXPECT_EQ(logLines().back(),
-              "pci.ids update failed: Could not resolve host | usb.ids update failed: Could not resolve host");
+    EXPECT_EQ(
+        logLines().back(),
+        "pci.ids update failed: Could not resolve host | usb.ids update failed: Could not resolve host");
     EXPECT_EQ(scanCount, 1);
 }
 

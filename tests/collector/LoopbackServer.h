@@ -1,8 +1,7 @@
 #pragma once
 
-#include <httplib.h>
-
 #include <chrono>
+#include <httplib.h>
 #include <string>
 #include <thread>
 
@@ -11,7 +10,7 @@ namespace korvane {
 // A web server on 127.0.0.1 for the download tests, on a port of its own
 // choosing; it stops when the test ends.
 class LoopbackServer {
-public:
+  public:
     LoopbackServer() {
         port_ = server.bind_to_any_port("127.0.0.1");
         thread_ = std::thread([this] { server.listen_after_bind(); });
@@ -32,7 +31,7 @@ public:
 
     httplib::Server server;
 
-private:
+  private:
     int port_ = 0;
     std::thread thread_;
 };

@@ -18,7 +18,8 @@ std::vector<USBPortMap> ports(int count, int active) {
     for (int i = 1; i <= count; ++i) {
         char name[16];
         std::snprintf(name, sizeof name, "HS%02d", i);
-        result.push_back(makePort(name, static_cast<std::uint32_t>(i), i <= active ? "Device " + std::to_string(i) : ""));
+        result.push_back(
+            makePort(name, static_cast<std::uint32_t>(i), i <= active ? "Device " + std::to_string(i) : ""));
     }
     return result;
 }
@@ -26,7 +27,8 @@ std::vector<USBPortMap> ports(int count, int active) {
 class PortEditingTest : public CollectorFixture {};
 
 TEST_F(PortEditingTest, ResetChecksExactlyTheActivePortsAndForgetsOverrides) {
-    const auto controller = intel({makePort("HS01", 1, "Keyboard"), makePort("HS02", 2), makePort("HS03", 3, " \n")});
+    const auto controller =
+        intel({makePort("HS01", 1, "Keyboard"), makePort("HS02", 2), makePort("HS03", 3, " \n")});
     scans = {{{controller}}, {{controller}}};
     model->scanUSBPorts();
     scheduler.runUntilIdle();
@@ -38,10 +40,12 @@ TEST_F(PortEditingTest, ResetChecksExactlyTheActivePortsAndForgetsOverrides) {
     EXPECT_THAT(model->selectedPortIDs(), ElementsAre(usbPortStableID(controller, controller.ports[0])))
         << "blanks and line feeds are no device";
     EXPECT_THAT(model->connectorOverrides(), IsEmpty());
-    EXPECT_THAT(logLines(), ElementsAre("Scanning USB controllers and ports for editing...",
-                                        "USB ports reset: 1 controller(s), 1 active USB port(s) selected automatically.",
-                                        "Scanning USB controllers and ports for editing...",
-                                        "USB ports reset: 1 controller(s), 1 active USB port(s) selected automatically."));
+    EXPECT_THAT(
+        logLines(),
+        ElementsAre("Scanning USB controllers and ports for editing...",
+                    "USB ports reset: 1 controller(s), 1 active USB port(s) selected automatically.",
+                    "Scanning USB controllers and ports for editing...",
+                    "USB ports reset: 1 controller(s), 1 active USB port(s) selected automatically."));
 }
 
 TEST_F(PortEditingTest, SilentRefreshKeepsTheUsersWorkAndStaleKeys) {
@@ -59,7 +63,9 @@ TEST_F(PortEditingTest, SilentRefreshKeepsTheUsersWorkAndStaleKeys) {
     scans = {{{during}}, {{before}}};
     model->refreshActiveUSBDevices();
     scheduler.runUntilIdle();
-    const auto key = [&](int i) { return usbPortStableID(before, before.ports[static_cast<std::size_t>(i)]); };
+    const auto key = [&](int i) {
+        return usbPortStableID(before, before.ports[static_cast<std::size_t>(i)]);
+    };
     EXPECT_THAT(model->selectedPortIDs(), ElementsAre(key(0), key(1)));
     EXPECT_EQ(model->connectorOverrides().at(key(2)), 10) << "a stale override stays";
 
@@ -81,7 +87,8 @@ TEST_F(PortEditingTest, ControllersWithoutPortsTakeTheirTemplateUnchecked) {
     EXPECT_EQ(model->scannedControllers()[0].ports[0].location, "template");
     EXPECT_TRUE(model->scannedControllers()[1].ports.empty());
     EXPECT_THAT(model->selectedPortIDs(), IsEmpty());
-    EXPECT_EQ(logLines().back(), "USB ports reset: 2 controller(s), 0 active USB port(s) selected automatically.");
+    EXPECT_EQ(logLines().back(),
+              "USB ports reset: 2 controller(s), 0 active USB port(s) selected automatically.");
 }
 
 TEST_F(PortEditingTest, GuardedRequestsAreDroppedWhileAScanRuns) {

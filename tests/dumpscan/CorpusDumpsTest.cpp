@@ -1,13 +1,11 @@
+#include "DumpTestSupport.h"
 #include "dumpscan/DumpParser.h"
 #include "dumpscan/USBTreeScanner.h"
-
-#include "DumpTestSupport.h"
 #include "records/FileIO.h"
 #include "support/BuildTree.h"
 
-#include <gtest/gtest.h>
-
 #include <filesystem>
+#include <gtest/gtest.h>
 #include <string>
 #include <vector>
 
@@ -15,7 +13,7 @@ namespace korvane {
 namespace {
 
 class NoLiveRegistry : public RegistrySource {
-public:
+  public:
     std::unique_ptr<NativeUSBNode> copyRoot() const override { return nullptr; }
 };
 
@@ -29,7 +27,7 @@ struct CorpusCase {
 };
 
 class CorpusDumpTest : public ::testing::TestWithParam<CorpusCase> {
-protected:
+  protected:
     dumptest::TinyNames names_;
     TempFolder temporary_;
 };
@@ -50,7 +48,8 @@ TEST_P(CorpusDumpTest, GivesThePCIControllersOutsideBridges) {
         EXPECT_EQ(controller.providerClass, "");
         const std::string pciName = names_.names().pciName(controller.vendorID, controller.deviceID);
         EXPECT_EQ(controller.usbDeviceName,
-                  pciName.empty() ? names_.names().usbName(controller.vendorID, controller.deviceID) : pciName);
+                  pciName.empty() ? names_.names().usbName(controller.vendorID, controller.deviceID)
+                                  : pciName);
     }
     EXPECT_EQ(stableIDs, GetParam().stableIDs);
     EXPECT_TRUE(temporary_.entries().empty());
@@ -62,7 +61,9 @@ INSTANTIATE_TEST_SUITE_P(
         CorpusCase{"MacBookPro15_2", "macos/MacBookPro15-2/IOReg.txt", {"8086:9ded|XHC1|14|pci8086,9ded"}},
         CorpusCase{"MacPro6_1BehindBridgesOnly", "macos/MacPro6-1/IOReg.txt", {}},
         CorpusCase{"Macmini7_1", "macos/Macmini7-1/IOReg.txt", {"8086:9c31|XHC1|14|pci8086,9c31"}},
-        CorpusCase{"HackintoshService", "macos/hackintosh-CML/ioreg_ioservice.txt", {"8086:02ed|XHC|14|pci8086,02ed"}},
+        CorpusCase{"HackintoshService",
+                   "macos/hackintosh-CML/ioreg_ioservice.txt",
+                   {"8086:02ed|XHC|14|pci8086,02ed"}},
         CorpusCase{"HackintoshUSBPlane", "macos/hackintosh-CML/ioreg_IOUSB-plane.txt", {}},
         CorpusCase{"IMacPro1_1", "macos/iMacPro1-1/IOReg.txt", {"8086:a2af|XHC1|14|pci8086,a2af"}},
         CorpusCase{"IMac19_1NotUTF8", "macos/iMac19-1/IOReg.txt", {}},

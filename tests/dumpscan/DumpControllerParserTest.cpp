@@ -1,6 +1,5 @@
-#include "dumpscan/DumpParser.h"
-
 #include "DumpTestSupport.h"
+#include "dumpscan/DumpParser.h"
 #include "records/FileIO.h"
 
 #include <gtest/gtest.h>
@@ -13,9 +12,10 @@ using dumptest::nodeTail;
 // A dump built node by node: `node` writes a node line at a column, `property`
 // a property line that belongs to the node above it.
 class Dump {
-public:
+  public:
     Dump& node(int column, const std::string& nameAndLocation, const std::string& className) {
-        text_ += std::string(static_cast<std::size_t>(column), ' ') + "+-o " + nameAndLocation + nodeTail(className) + "\n";
+        text_ += std::string(static_cast<std::size_t>(column), ' ') + "+-o " + nameAndLocation +
+                 nodeTail(className) + "\n";
         return *this;
     }
     Dump& property(const std::string& text) {
@@ -32,13 +32,15 @@ public:
     }
     const std::string& text() const { return text_; }
 
-private:
+  private:
     std::string text_;
 };
 
 class ControllerParserTest : public ::testing::Test {
-protected:
-    std::vector<USBControllerMap> parse(const Dump& dump) { return parseControllers(dump.text(), names_.names()); }
+  protected:
+    std::vector<USBControllerMap> parse(const Dump& dump) {
+        return parseControllers(dump.text(), names_.names());
+    }
     dumptest::TinyNames names_;
 };
 
@@ -158,8 +160,8 @@ TEST_F(ControllerParserTest, SortedByVendorDeviceLocationThenName) {
     for (const auto& controller : controllers) {
         order.push_back(controller.name + "@" + controller.location);
     }
-    EXPECT_EQ(order, (std::vector<std::string>{"XHC0@99000000", "XHC1@2000000", "XHC1@10000000", "XHCA@14000000",
-                                               "XHCB@14000000"}));
+    EXPECT_EQ(order, (std::vector<std::string>{"XHC0@99000000", "XHC1@2000000", "XHC1@10000000",
+                                               "XHCA@14000000", "XHCB@14000000"}));
 }
 
 TEST_F(ControllerParserTest, UpperCaseMarkerMatchesButCountsAsDeepest) {
@@ -179,9 +181,9 @@ TEST_F(ControllerParserTest, UpperCaseMarkerMatchesButCountsAsDeepest) {
 
 TEST_F(ControllerParserTest, TextWithoutNodeLinesGivesNothing) {
     EXPECT_TRUE(parseControllers("", names_.names()).empty());
-    EXPECT_TRUE(parseControllers("<key>vendor-id</key><data>hoAAAA==</data> AppleUSBXHCI IOPCIDevice",
-                                 names_.names())
-                    .empty());
+    EXPECT_TRUE(
+        parseControllers("<key>vendor-id</key><data>hoAAAA==</data> AppleUSBXHCI IOPCIDevice", names_.names())
+            .empty());
 }
 
 TEST_F(ControllerParserTest, HandMadeDumpGivesBothKindsOfController) {

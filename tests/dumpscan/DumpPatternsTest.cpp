@@ -3,7 +3,6 @@
 #include "records/Text.h"
 
 #include <gtest/gtest.h>
-
 #include <memory>
 #include <random>
 #include <unicode/regex.h>
@@ -57,21 +56,48 @@ TEST_P(AnyNodeTest, FindsNodeNamesAndClasses) {
     EXPECT_EQ(byICU(GetParam().text), GetParam().expected);
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Nodes, AnyNodeTest,
-    ::testing::Values(
-        NodeCase{"NodeLine", "+-o HS01@14100000  <class AppleUSB20XHCIPort, id 0x1>", {{"HS01", "AppleUSB20XHCIPort"}}},
-        NodeCase{"NameRunsOverLines", "+-o A\n  \"x\" = 1\n  +-o B@1  <class C>", {{"A\n  \"x\" = 1\n  +-o B", "C"}}},
-        NodeCase{"NoBlankBeforeClass", "+-o A@1<class C>", {}},
-        NodeCase{"SharpSInClassWord", "+-o A@1  <cla\xC3\x9F C>", {{"A", "C"}}},
-        NodeCase{"OnlyBlanksAsName", "+-o   <class C>", {{"", "C"}}}),
-    [](const ::testing::TestParamInfo<NodeCase>& row) { return row.param.name; });
+INSTANTIATE_TEST_SUITE_P(Nodes, AnyNodeTest,
+                         ::testing::Values(NodeCase{"NodeLine",
+                                                    "+-o HS01@14100000  <class AppleUSB20XHCIPort, id 0x1>",
+                                                    {{"HS01", "AppleUSB20XHCIPort"}}},
+                                           NodeCase{"NameRunsOverLines",
+                                                    "+-o A\n  \"x\" = 1\n  +-o B@1  <class C>",
+                                                    {{"A\n  \"x\" = 1\n  +-o B", "C"}}},
+                                           NodeCase{"NoBlankBeforeClass", "+-o A@1<class C>", {}},
+                                           NodeCase{
+                                               "SharpSInClassWord", "+-o A@1  <cla\xC3\x9F C>", {{"A", "C"}}},
+                                           NodeCase{"OnlyBlanksAsName", "+-o   <class C>", {{"", "C"}}}),
+                         [](const ::testing::TestParamInfo<NodeCase>& row) { return row.param.name; });
 
 TEST(AnyNode, AgreesWithTheExpressionOnRandomPieces) {
-    static const std::vector<std::string> pieces = {
-        "+-o", "+-O", "+-", " ", "  ", "\n", "\t", "@", "@1C,4", "<class", "<CLASS", "<cla\xC3\x9F", "<cla\xC5\xBF" "s",
-        "<", ">", ",", "a", "Z9", "\xC5\xBF", "\xE2\x84\xAA", "\xC2\xA0", "\xC3\xA9", " <class IOService, id 1>",
-        "HS01", "\xFF", "\xC5", "\xE2\x80"};
+    static const std::vector<std::string> pieces = {"+-o",
+                                                    "+-O",
+                                                    "+-",
+                                                    " ",
+                                                    "  ",
+                                                    "\n",
+                                                    "\t",
+                                                    "@",
+                                                    "@1C,4",
+                                                    "<class",
+                                                    "<CLASS",
+                                                    "<cla\xC3\x9F",
+                                                    "<cla\xC5\xBF"
+                                                    "s",
+                                                    "<",
+                                                    ">",
+                                                    ",",
+                                                    "a",
+                                                    "Z9",
+                                                    "\xC5\xBF",
+                                                    "\xE2\x84\xAA",
+                                                    "\xC2\xA0",
+                                                    "\xC3\xA9",
+                                                    " <class IOService, id 1>",
+                                                    "HS01",
+                                                    "\xFF",
+                                                    "\xC5",
+                                                    "\xE2\x80"};
     std::mt19937 random(20261122);
     std::uniform_int_distribution<std::size_t> pick(0, pieces.size() - 1);
     std::uniform_int_distribution<int> length(1, 24);
@@ -86,7 +112,8 @@ TEST(AnyNode, AgreesWithTheExpressionOnRandomPieces) {
 
 TEST(AnyNode, StopsWhenTheVisitorSaysSo) {
     int visits = 0;
-    forEachAnyNode("+-o A  <class C>\n+-o B  <class D>", [&](std::string, std::string) { return ++visits == 1; });
+    forEachAnyNode("+-o A  <class C>\n+-o B  <class D>",
+                   [&](std::string, std::string) { return ++visits == 1; });
     EXPECT_EQ(visits, 1);
 }
 

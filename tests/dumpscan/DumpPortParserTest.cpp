@@ -1,11 +1,9 @@
-#include "dumpscan/DumpParser.h"
-
 #include "DumpTestSupport.h"
+#include "dumpscan/DumpParser.h"
 #include "records/FileIO.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-
 #include <sstream>
 
 namespace korvane {
@@ -15,7 +13,7 @@ using dumptest::nodeTail;
 
 // A controller block at depth 6, built line by line; ports at column 8.
 class Block {
-public:
+  public:
     Block() { add(6, "XHC1@14000000" + nodeTail("AppleUSBXHCISPT")); }
     Block& add(int column, const std::string& text) {
         text_ += std::string(static_cast<std::size_t>(column), ' ') + "+-o " + text + "\n";
@@ -30,7 +28,7 @@ public:
         return parsePorts(lines, 0, lines.size(), 6);
     }
 
-private:
+  private:
     std::string text_;
 };
 
@@ -64,8 +62,10 @@ INSTANTIATE_TEST_SUITE_P(
         LineCase{"LooseWithoutClass", "HS01@14100000", {"HS01"}},
         LineCase{"LooseWithOtherClass", "PRT1@14100000" + nodeTail("AppleUSB20HubPort"), {"PRT1"}},
         LineCase{"NamesKeepTheirCase", "hs01@14100000" + nodeTail("AppleUSB20XHCIPort"), {"hs01"}},
-        LineCase{"SixCharactersBehindThePrefixIsNoPort", "HS123456@14100000" + nodeTail("AppleUSB20XHCIPort"), {}},
-        LineCase{"ClassNamedPortIsNoPort", "AppleUSB20XHCIPort@01500000" + nodeTail("AppleUSB20XHCIPort"), {}},
+        LineCase{
+            "SixCharactersBehindThePrefixIsNoPort", "HS123456@14100000" + nodeTail("AppleUSB20XHCIPort"), {}},
+        LineCase{
+            "ClassNamedPortIsNoPort", "AppleUSB20XHCIPort@01500000" + nodeTail("AppleUSB20XHCIPort"), {}},
         LineCase{"DeviceIsNoPort", "Keyboard@14100000" + nodeTail("IOUSBHostDevice"), {}},
         LineCase{"NoLocationIsNoPort", "HS01" + nodeTail("AppleUSB20XHCIPort"), {}}),
     [](const ::testing::TestParamInfo<LineCase>& row) { return row.param.name; });
@@ -142,7 +142,8 @@ TEST(ParsePorts, PropertiesOfChildrenAreNotThePortsOwn) {
 TEST(ParsePorts, PortLinesNestedPastTheLimitAreNoPorts) {
     Block block;
     for (int level = 0; level < 40; ++level) {
-        block.add(8 + 2 * level, "HS" + std::to_string(100 + level) + "@14100000" + nodeTail("AppleUSB20XHCIPort"));
+        block.add(8 + 2 * level,
+                  "HS" + std::to_string(100 + level) + "@14100000" + nodeTail("AppleUSB20XHCIPort"));
     }
     EXPECT_EQ(block.ports().size(), 32u);
 }
@@ -172,8 +173,8 @@ class PortCommentTest : public ::testing::TestWithParam<CommentCase> {};
 TEST_P(PortCommentTest, ConnectorActivityAndComment) {
     const auto& row = GetParam();
     Block block;
-    block.add(8, row.portName + "@14300000" + nodeTail(row.portName.starts_with("SS") ? "AppleUSB30XHCIPort"
-                                                                                       : "AppleUSB20XHCIPort"));
+    block.add(8, row.portName + "@14300000" +
+                     nodeTail(row.portName.starts_with("SS") ? "AppleUSB30XHCIPort" : "AppleUSB20XHCIPort"));
     if (!row.connectorProperty.empty()) {
         block.property(row.connectorProperty);
     }
@@ -193,7 +194,8 @@ INSTANTIATE_TEST_SUITE_P(
     Ports, PortCommentTest,
     ::testing::Values(
         // The other branches stand in the hand-made dump below.
-        CommentCase{"USB3", "SS05", "\"UsbConnector\" = 3", "", "", 3, "USB3 - Location 0x14300000 - No active device"},
+        CommentCase{"USB3", "SS05", "\"UsbConnector\" = 3", "", "", 3,
+                    "USB3 - Location 0x14300000 - No active device"},
         CommentCase{"BluetoothInAPropertyOnly", "HS05", "\"Name\" = \"bluetooth module\"", "", "", 255,
                     "Internal - Location 0x14300000 - Active: Bluetooth"},
         CommentCase{"InternalWordMakesItInternal", "HS05", "\"Built-in\" = \"INTERNAL\"", "", "", 255,
@@ -205,7 +207,8 @@ INSTANTIATE_TEST_SUITE_P(
 
 TEST(ActiveDeviceName, IsTheWholeNodeNameOfTheFirstNonPortChild) {
     const std::string full = "+-o HS01@14100000" + nodeTail("AppleUSB20XHCIPort") + "\n" + "  +-o Port@1" +
-                             nodeTail("AppleUSBHostPort") + "\n" + "  +-o My USB Hub  <class AppleUSB20Hub, id 1>";
+                             nodeTail("AppleUSBHostPort") + "\n" +
+                             "  +-o My USB Hub  <class AppleUSB20Hub, id 1>";
     EXPECT_EQ(activeDeviceName(full), "My USB Hub");
     EXPECT_EQ(activeDeviceName("+-o HS01@14100000" + nodeTail("AppleUSB20XHCIPort")), "");
 }
@@ -217,28 +220,31 @@ TEST(HandMadeDump, EveryPortBranchInOneControllerBlock) {
     }
     const DumpLines lines(*bytes);
     std::size_t controller = 0;
-    while (controller < lines.size() && lines.line(controller).find("XHC1@14000000") == std::string_view::npos) {
+    while (controller < lines.size() &&
+           lines.line(controller).find("XHC1@14000000") == std::string_view::npos) {
         ++controller;
     }
     ASSERT_LT(controller, lines.size());
     std::ostringstream summary;
-    for (const auto& port : parsePorts(lines, controller, lines.blockEnd(controller), lines.depth(controller))) {
-        summary << port.name << " " << port.location << " " << port.connector << " " << hexString(port.portData)
-                << " | " << port.comment << "\n";
+    for (const auto& port :
+         parsePorts(lines, controller, lines.blockEnd(controller), lines.depth(controller))) {
+        summary << port.name << " " << port.location << " " << port.connector << " "
+                << hexString(port.portData) << " | " << port.comment << "\n";
     }
-    EXPECT_EQ(summary.str(), "RHUB 14000000 3 00000000 | USB2/USB3 companion - Location 0x14000000 - No active device\n"
-                             "HS01 14100000 0 01000000 | USB2 - Location 0x14100000 - Active: Keyboard\n"
-                             "HS02 14200000 255 02000000 | Internal - Location 0x14200000 - Active: Bluetooth USB Host "
-                             "Controller\n"
-                             "HS03 14300000 255 03000000 | Internal - Location 0x14300000 - Active: LED Controller\n"
-                             "HS04 14400000 7 04000000 | UsbConnector 7 - Location 0x14400000 - No active device\n"
-                             "HS05 14500000 3 05000000 | USB2/USB3 companion - Location 0x14500000 - No active "
-                             "device\n"
-                             "HS07 14610000 3 06000000 | USB2/USB3 companion - Location 0x14610000 - No active "
-                             "device\n"
-                             "USR1 14700000 255 07000000 | Internal - Location 0x14700000 - No active device\n"
-                             "PRT8 14800000 9 08000000 | Type-C + Switch - Location 0x14800000 - No active device\n"
-                             "SS01 14600000 10 11000000 | Type-C - Location 0x14600000 - Active: Hub\n");
+    EXPECT_EQ(summary.str(),
+              "RHUB 14000000 3 00000000 | USB2/USB3 companion - Location 0x14000000 - No active device\n"
+              "HS01 14100000 0 01000000 | USB2 - Location 0x14100000 - Active: Keyboard\n"
+              "HS02 14200000 255 02000000 | Internal - Location 0x14200000 - Active: Bluetooth USB Host "
+              "Controller\n"
+              "HS03 14300000 255 03000000 | Internal - Location 0x14300000 - Active: LED Controller\n"
+              "HS04 14400000 7 04000000 | UsbConnector 7 - Location 0x14400000 - No active device\n"
+              "HS05 14500000 3 05000000 | USB2/USB3 companion - Location 0x14500000 - No active "
+              "device\n"
+              "HS07 14610000 3 06000000 | USB2/USB3 companion - Location 0x14610000 - No active "
+              "device\n"
+              "USR1 14700000 255 07000000 | Internal - Location 0x14700000 - No active device\n"
+              "PRT8 14800000 9 08000000 | Type-C + Switch - Location 0x14800000 - No active device\n"
+              "SS01 14600000 10 11000000 | Type-C - Location 0x14600000 - Active: Hub\n");
 }
 
 } // namespace

@@ -1,8 +1,8 @@
 #include "dumpscan/DumpPropertyReaders.h"
+
 #include "records/PortNumber.h"
 
 #include <gtest/gtest.h>
-
 #include <optional>
 #include <string>
 #include <vector>
@@ -26,24 +26,36 @@ TEST_P(FirstPropertyHexTest, ReadsTheFirstKeyThatHasAByteValue) {
 INSTANTIATE_TEST_SUITE_P(
     Readers, FirstPropertyHexTest,
     ::testing::Values(
-        HexCase{"KeyOrderBeatsTextOrder", {"port", "usb-port-number"},
-                "\"usb-port-number\" = <02000000>\n\"port\" = <01000000>", "01000000"},
+        HexCase{"KeyOrderBeatsTextOrder",
+                {"port", "usb-port-number"},
+                "\"usb-port-number\" = <02000000>\n\"port\" = <01000000>",
+                "01000000"},
         HexCase{"SecondKeyWhenFirstIsMissing", {"vendor-id", "idVendor"}, "\"idVendor\" = <86 80>", "8680"},
         HexCase{"KeysMatchInAnyCase", {"Vendor-ID"}, "\"vendor-id\" = <86800000>", "86800000"},
         HexCase{"BlanksAmongDigitsGo", {"vendor-id"}, "\"vendor-id\" = <86 80 00 00>", "86800000"},
         HexCase{"DigitsKeepTheirCase", {"device-id"}, "\"device-id\"=<6DA30000>", "6DA30000"},
-        HexCase{"EmptyBracketsTryTheNextKey", {"port", "usb-port-number"},
-                "\"port\" = <>\n\"usb-port-number\" = <03000000>", "03000000"},
-        HexCase{"ALoneBlankEndsTheSearch", {"port", "usb-port-number"},
-                "\"port\" = < >\n\"usb-port-number\" = <03000000>", ""},
+        HexCase{"EmptyBracketsTryTheNextKey",
+                {"port", "usb-port-number"},
+                "\"port\" = <>\n\"usb-port-number\" = <03000000>",
+                "03000000"},
+        HexCase{"ALoneBlankEndsTheSearch",
+                {"port", "usb-port-number"},
+                "\"port\" = < >\n\"usb-port-number\" = <03000000>",
+                ""},
         HexCase{"PlainNumberIsNoByteValue", {"vendor-id"}, "\"vendor-id\" = 32902", std::nullopt},
         HexCase{"KeyCharactersAreLiteral", {"a.b"}, "\"axb\" = <01020304>", std::nullopt},
-        HexCase{"XmlDataAsLowerCaseHex", {"vendor-id"},
-                "<key>vendor-id</key>\n<data>\nhoAAAA==\n</data>", "86800000"},
-        HexCase{"BrokenBase64TriesTheNextKey", {"vendor-id", "idVendor"},
-                "<key>vendor-id</key><data>h@AA</data>\"idVendor\" = <8680>", "8680"},
-        HexCase{"Base64OverSeveralLinesDoesNotMatch", {"vendor-id"},
-                "<key>vendor-id</key><data>hoAA\nAA==</data>", std::nullopt},
+        HexCase{"XmlDataAsLowerCaseHex",
+                {"vendor-id"},
+                "<key>vendor-id</key>\n<data>\nhoAAAA==\n</data>",
+                "86800000"},
+        HexCase{"BrokenBase64TriesTheNextKey",
+                {"vendor-id", "idVendor"},
+                "<key>vendor-id</key><data>h@AA</data>\"idVendor\" = <8680>",
+                "8680"},
+        HexCase{"Base64OverSeveralLinesDoesNotMatch",
+                {"vendor-id"},
+                "<key>vendor-id</key><data>hoAA\nAA==</data>",
+                std::nullopt},
         HexCase{"NoKeyNoValue", {}, "\"port\" = <01000000>", std::nullopt}),
     [](const ::testing::TestParamInfo<HexCase>& row) { return row.param.name; });
 
@@ -63,20 +75,20 @@ TEST_P(HexDecodingTest, DecodesAsLittleEndianNumberAndAsBytes) {
 
 INSTANTIATE_TEST_SUITE_P(
     Readers, HexDecodingTest,
-    ::testing::Values(
-        DecodeCase{"NoText", std::nullopt, std::nullopt, std::nullopt},
-        DecodeCase{"EmptyText", "", std::nullopt, std::nullopt},
-        DecodeCase{"FourBytes", "86800000", 0x8086, ByteBuffer{0x86, 0x80, 0, 0}},
-        DecodeCase{"TwoBytesAreANumberButNoData", "8680", 0x8086, std::nullopt},
-        DecodeCase{"ClassCode", "30030c00", 0x0C0330, ByteBuffer{0x30, 0x03, 0x0C, 0x00}},
-        DecodeCase{"ThreeDigitsAreNothing", "abc", std::nullopt, std::nullopt},
-        DecodeCase{"OddDigitsLeaveASingleLast", "abcde", 0x0ECDAB, std::nullopt},
-        DecodeCase{"SevenDigitsAreNoData", "0100000", 1, std::nullopt},
-        DecodeCase{"DigitsPastTheEighthIgnoredByTheNumber", "0100000002", 1, ByteBuffer{1, 0, 0, 0, 2}},
-        DecodeCase{"BlanksDontCount", "01 00 00 00", 1, ByteBuffer{1, 0, 0, 0}},
-        DecodeCase{"BadPiecesAreLeftOut", "zz010000", 1, ByteBuffer{1, 0, 0}},
-        DecodeCase{"UpperCaseDigits", "6DA3", 0xA36D, std::nullopt},
-        DecodeCase{"NothingParses", "zzzzzzzz", std::nullopt, std::nullopt}),
+    ::testing::Values(DecodeCase{"NoText", std::nullopt, std::nullopt, std::nullopt},
+                      DecodeCase{"EmptyText", "", std::nullopt, std::nullopt},
+                      DecodeCase{"FourBytes", "86800000", 0x8086, ByteBuffer{0x86, 0x80, 0, 0}},
+                      DecodeCase{"TwoBytesAreANumberButNoData", "8680", 0x8086, std::nullopt},
+                      DecodeCase{"ClassCode", "30030c00", 0x0C0330, ByteBuffer{0x30, 0x03, 0x0C, 0x00}},
+                      DecodeCase{"ThreeDigitsAreNothing", "abc", std::nullopt, std::nullopt},
+                      DecodeCase{"OddDigitsLeaveASingleLast", "abcde", 0x0ECDAB, std::nullopt},
+                      DecodeCase{"SevenDigitsAreNoData", "0100000", 1, std::nullopt},
+                      DecodeCase{"DigitsPastTheEighthIgnoredByTheNumber", "0100000002", 1,
+                                 ByteBuffer{1, 0, 0, 0, 2}},
+                      DecodeCase{"BlanksDontCount", "01 00 00 00", 1, ByteBuffer{1, 0, 0, 0}},
+                      DecodeCase{"BadPiecesAreLeftOut", "zz010000", 1, ByteBuffer{1, 0, 0}},
+                      DecodeCase{"UpperCaseDigits", "6DA3", 0xA36D, std::nullopt},
+                      DecodeCase{"NothingParses", "zzzzzzzz", std::nullopt, std::nullopt}),
     [](const ::testing::TestParamInfo<DecodeCase>& row) { return row.param.name; });
 
 struct IntegerCase {
@@ -98,10 +110,13 @@ INSTANTIATE_TEST_SUITE_P(
         IntegerCase{"Hex", {"UsbConnector"}, "\"UsbConnector\" = 0x0A", 10},
         IntegerCase{"Decimal", {"UsbConnector"}, "\"UsbConnector\" = 10", 10},
         IntegerCase{"AnyCase", {"UsbConnector"}, "\"usbconnector\" = 255", 255},
-        IntegerCase{"KeyOrderWins", {"UsbConnector", "portType"}, "\"portType\" = 2\n\"UsbConnector\" = 9", 9},
+        IntegerCase{
+            "KeyOrderWins", {"UsbConnector", "portType"}, "\"portType\" = 2\n\"UsbConnector\" = 9", 9},
         IntegerCase{"TooLargeHexReadsAsZero", {"portType"}, "\"portType\" = 0x10000000000000000", 0},
-        IntegerCase{"TooLargeDecimalTriesTheNextKey", {"portType", "UsbConnector"},
-                    "\"portType\" = 99999999999999999999\n\"UsbConnector\" = 3", 3},
+        IntegerCase{"TooLargeDecimalTriesTheNextKey",
+                    {"portType", "UsbConnector"},
+                    "\"portType\" = 99999999999999999999\n\"UsbConnector\" = 3",
+                    3},
         IntegerCase{"XmlInteger", {"UsbConnector"}, "<key>UsbConnector</key>\n<integer>255</integer>", 255},
         IntegerCase{"XmlHexInteger", {"UsbConnector"}, "<key>UsbConnector</key><integer>0x09</integer>", 9},
         IntegerCase{"TextValueIsNoNumber", {"UsbConnector"}, "\"UsbConnector\" = \"3\"", std::nullopt},

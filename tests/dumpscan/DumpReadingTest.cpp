@@ -1,15 +1,13 @@
-#include "dumpscan/USBTreeScanner.h"
-
 #include "DumpTestSupport.h"
-#include "support/BuildTree.h"
+#include "dumpscan/USBTreeScanner.h"
 #include "records/FileIO.h"
-#include "support/TempFolder.h"
+#include "support/BuildTree.h"
 #include "support/FakeTool.h"
-
-#include <gtest/gtest.h>
+#include "support/TempFolder.h"
 
 #include <filesystem>
 #include <fstream>
+#include <gtest/gtest.h>
 
 namespace korvane {
 namespace {
@@ -17,7 +15,7 @@ namespace {
 constexpr std::string_view plainDump = "+-o Root  <class IORegistryEntry, id 0x100000100, retain 10>\n";
 
 class DumpReadingTest : public ::testing::Test {
-protected:
+  protected:
     void SetUp() override {
         std::filesystem::create_directories(temporary());
         std::filesystem::create_directories(tools());
@@ -33,7 +31,8 @@ protected:
     std::string fakeTool(const std::string& name, const std::string& script) const {
         return writeFakeTool(tools(), name, script);
     }
-    std::string read(const std::filesystem::path& dump, const std::string& plutil, double timeout = 15) const {
+    std::string read(const std::filesystem::path& dump, const std::string& plutil,
+                     double timeout = 15) const {
         return readIORegistryExplorerFileForScanning(dump, {plutil, timeout, temporary()});
     }
     std::vector<std::string> leftInTemporary() const {
@@ -50,7 +49,8 @@ protected:
 TEST_F(DumpReadingTest, ConvertsANamedCopyAndLeavesTheUsersFileAlone) {
     const auto dump = writeFile("IOReg.txt", plainDump);
     const auto arguments = folder_.path() / "arguments.txt";
-    const std::string tool = fakeTool("plutil", "printf '%s\\n' \"$@\" > '" + arguments.string() + "'; exit 1");
+    const std::string tool =
+        fakeTool("plutil", "printf '%s\\n' \"$@\" > '" + arguments.string() + "'; exit 1");
     EXPECT_EQ(read(dump, tool), plainDump);
 
     const auto recorded = readFileBytes(arguments);

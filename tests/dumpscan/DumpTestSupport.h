@@ -13,7 +13,7 @@ namespace korvane::dumptest {
 // A resolver over two tiny hand-made databases in a private folder, so that
 // controller names don't depend on the machine's ids files.
 class TinyNames {
-public:
+  public:
     TinyNames() {
         std::filesystem::create_directories(folder_.path() / "resources" / "Tools");
         std::ofstream(folder_.path() / "resources" / "Tools" / "pci.ids")
@@ -28,7 +28,7 @@ public:
 
     IDsNameResolver& names() { return *names_; }
 
-private:
+  private:
     TempFolder folder_;
     std::unique_ptr<IDsNameResolver> names_;
 };
@@ -39,7 +39,8 @@ inline std::filesystem::path dataFile(const std::string& relative) {
 
 // ioreg's node line tail; the parsers ignore everything behind the class name.
 inline std::string nodeTail(const std::string& className) {
-    return "  <class " + className + ", id 0x100000200, registered, matched, active, busy 0 (0 ms), retain 9>";
+    return "  <class " + className +
+           ", id 0x100000200, registered, matched, active, busy 0 (0 ms), retain 9>";
 }
 
 } // namespace korvane::dumptest

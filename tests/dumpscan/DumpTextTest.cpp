@@ -6,18 +6,17 @@ namespace korvane {
 namespace {
 
 // Line numbers in the comments are the indexes the tests use.
-constexpr std::string_view tree =
-    "+-o Root  <class IORegistryEntry>\n"         // 0
-    "  +-o A@1  <class IOService>\n"              // 1
-    "  | {\n"                                     // 2
-    "  |   \"a\" = 1\n"                           // 3
-    "  | }\n"                                     // 4
-    "  | +-o B@2  <class IOService>\n"            // 5
-    "  |   \"b\" = 2\n"                           // 6
-    "  |   +-oX not a node line\n"                // 7
-    "  |     +-o C@3  <class IOService>\n"        // 8
-    "  +-o D@4  <class IOService>\n"              // 9
-    "    \"d\" = 4";                              // 10
+constexpr std::string_view tree = "+-o Root  <class IORegistryEntry>\n"  // 0
+                                  "  +-o A@1  <class IOService>\n"       // 1
+                                  "  | {\n"                              // 2
+                                  "  |   \"a\" = 1\n"                    // 3
+                                  "  | }\n"                              // 4
+                                  "  | +-o B@2  <class IOService>\n"     // 5
+                                  "  |   \"b\" = 2\n"                    // 6
+                                  "  |   +-oX not a node line\n"         // 7
+                                  "  |     +-o C@3  <class IOService>\n" // 8
+                                  "  +-o D@4  <class IOService>\n"       // 9
+                                  "    \"d\" = 4";                       // 10
 
 TEST(DumpLines, DepthIsTheColumnOfTheFirstMarker) {
     const DumpLines lines(tree);
@@ -59,7 +58,11 @@ TEST(DumpLines, ColumnsCountCharactersNotBytes) {
 }
 
 TEST(DumpLines, EveryNewlineCharacterSplitsOnItsOwn) {
-    const DumpLines lines(std::string_view("a\r\nb\xE2\x80\xA8" "c\xC2\x85" "d\x0B" "e\x0C" "f"));
+    const DumpLines lines(std::string_view("a\r\nb\xE2\x80\xA8"
+                                           "c\xC2\x85"
+                                           "d\x0B"
+                                           "e\x0C"
+                                           "f"));
     ASSERT_EQ(lines.size(), 7u);
     EXPECT_EQ(lines.line(1), "");
     EXPECT_EQ(lines.line(3), "c");

@@ -4,24 +4,23 @@
 #include "scanner/ScannerTestSupport.h"
 #include "support/BuildTree.h"
 
-#include <gtest/gtest.h>
-
 #include <functional>
+#include <gtest/gtest.h>
 
 namespace korvane {
 namespace {
 
 class TreeSource : public RegistrySource {
-public:
+  public:
     explicit TreeSource(std::function<std::unique_ptr<NativeUSBNode>()> make) : make_(std::move(make)) {}
     std::unique_ptr<NativeUSBNode> copyRoot() const override { return make_(); }
 
-private:
+  private:
     std::function<std::unique_ptr<NativeUSBNode>()> make_;
 };
 
 class USBTreeScannerTest : public ::testing::Test {
-protected:
+  protected:
     USBScanResult scan(const RegistrySource& live, std::optional<std::filesystem::path> dump) {
         USBTreeScanner scanner{std::move(dump), live, names_.names(), buildTreeToolPaths().plutil};
         scanner.temporaryFolder = folder_.path();

@@ -11,7 +11,7 @@ namespace {
 namespace fs = std::filesystem;
 
 class IDsDatabaseManagerTest : public ::testing::Test {
-protected:
+  protected:
     TempFolder folder;
     // The support folder doesn't exist yet: the first call makes it.
     IDsDatabaseLocations locations{folder.path() / "support" / "nested", folder.path() / "resources"};
@@ -22,7 +22,6 @@ protected:
         fs::create_directories(path.parent_path());
         writeFileAtomically(path, bytes);
     }
-
 };
 
 TEST_F(IDsDatabaseManagerTest, ToolsDirectoryIsMadeWithItsParents) {
@@ -67,7 +66,8 @@ const LocationCase locationCases[] = {
     {"BlockedToolsAndNoApplicationCopy", false, false, true, LocationCase::None},
 };
 
-class LocalDatabaseURLTest : public IDsDatabaseManagerTest, public ::testing::WithParamInterface<LocationCase> {};
+class LocalDatabaseURLTest : public IDsDatabaseManagerTest,
+                             public ::testing::WithParamInterface<LocationCase> {};
 
 TEST_P(LocalDatabaseURLTest, SearchesUserThenApplicationCopy) {
     const LocationCase& row = GetParam();

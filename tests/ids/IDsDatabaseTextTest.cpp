@@ -1,13 +1,12 @@
 #include "ids/IDsDatabaseText.h"
-#include "support/LiteralIDsWalk.h"
 
-#include "support/BuildTree.h"
 #include "records/FileIO.h"
-
-#include <gtest/gtest.h>
+#include "support/BuildTree.h"
+#include "support/LiteralIDsWalk.h"
 
 #include <array>
 #include <cctype>
+#include <gtest/gtest.h>
 #include <optional>
 #include <random>
 #include <set>
@@ -16,7 +15,6 @@
 
 namespace korvane {
 namespace {
-
 
 struct WalkCase {
     const char* name;
@@ -37,7 +35,8 @@ const WalkCase walkCases[] = {
     {"DeviceOfNextVendorNotFound", alpha, 0x1B21, 0x1143, "Alpha Chips"},
     {"EmptyText", "", 0x1B21, 0x1142, ""},
     {"InvalidUTF8IsNoText", "1b21  Alpha\n\t1142  Hub \xff\n", 0x1B21, 0x1142, ""},
-    {"UpperCaseHexKeepsNameCase", "1B21  Alpha CHIPS\n\t114A  hub TWO\n", 0x1B21, 0x114A, "Alpha CHIPS hub TWO"},
+    {"UpperCaseHexKeepsNameCase", "1B21  Alpha CHIPS\n\t114A  hub TWO\n", 0x1B21, 0x114A,
+     "Alpha CHIPS hub TWO"},
     {"VendorOnlyDigitsGivesDeviceAlone", "1b21\n\t1142  Hub Two\n", 0x1B21, 0x1142, "Hub Two"},
     {"DeviceOnlyDigitsGivesVendorAlone", "1b21  Alpha\n\t1142\n", 0x1B21, 0x1142, "Alpha"},
     {"BothOnlyDigits", "1b21\n\t1142\n", 0x1B21, 0x1142, ""},
@@ -50,13 +49,17 @@ const WalkCase walkCases[] = {
     {"BlankIndentedCommentEndsBlock", "1b21  Alpha\n  # note\n\t1142  Hub\n", 0x1B21, 0x1142, "Alpha"},
     {"TabIndentedCommentIsCandidate", "1b21  Alpha\n\t# 1142\n\t1142  Hub\n", 0x1B21, 0x1142, "Alpha Hub"},
     {"CommentedVendorIgnored", "#1b21  Old\n1b21  Alpha\n", 0x1B21, 0x1142, "Alpha"},
-    {"TwoTabLineMatchesAsDevice", "1b21  Alpha\n\t1000  Dev\n\t\t1142 0001  Sub\n", 0x1B21, 0x1142, "Alpha 0001  Sub"},
-    {"EarlierSubsystemLineWins", "1b21  Alpha\n\t\t1142 0001  Sub\n\t1142  Hub\n", 0x1B21, 0x1142, "Alpha 0001  Sub"},
+    {"TwoTabLineMatchesAsDevice", "1b21  Alpha\n\t1000  Dev\n\t\t1142 0001  Sub\n", 0x1B21, 0x1142,
+     "Alpha 0001  Sub"},
+    {"EarlierSubsystemLineWins", "1b21  Alpha\n\t\t1142 0001  Sub\n\t1142  Hub\n", 0x1B21, 0x1142,
+     "Alpha 0001  Sub"},
     {"EarlierDeviceLineWins", "1b21  Alpha\n\t1142  Hub\n\t\t1142 0001  Sub\n", 0x1B21, 0x1142, "Alpha Hub"},
     {"OtherTopLevelLineEndsBlock", "1b21  Alpha\nC 09  Hub\n\t1142  Hub\n", 0x1B21, 0x1142, "Alpha"},
-    {"DeviceBeforeAnyVendorIgnored", "\t1142  Early\n1b21  Alpha\n\t1142  Hub\n", 0x1B21, 0x1142, "Alpha Hub"},
+    {"DeviceBeforeAnyVendorIgnored", "\t1142  Early\n1b21  Alpha\n\t1142  Hub\n", 0x1B21, 0x1142,
+     "Alpha Hub"},
     {"FirstVendorBlockWins", "1b21  Alpha\n1c00  X\n1b21  Beta\n\t1142  Hub\n", 0x1B21, 0x1142, "Alpha"},
-    {"RepeatedVendorLineRenamesBlock", "1b21  Alpha\n\t1000  A\n1B21  Beta\n\t1142  Hub\n", 0x1B21, 0x1142, "Beta Hub"},
+    {"RepeatedVendorLineRenamesBlock", "1b21  Alpha\n\t1000  A\n1B21  Beta\n\t1142  Hub\n", 0x1B21, 0x1142,
+     "Beta Hub"},
     {"RepeatedVendorLineEarlierDevice", "1b21  Alpha\n\t1000  A\n1B21  Beta\n", 0x1B21, 0x1000, "Alpha A"},
     {"BlockRunsToEndOfText", "1b21  Alpha\n\t0001  x", 0x1B21, 0x0002, "Alpha"},
     {"ShortIDsArePadded", "0001  One\n\t000a  Ten\n", 0x1, 0xA, "One Ten"},
@@ -93,7 +96,9 @@ TEST_P(WalkCaseTest, IndexedSearchAndReferenceGiveTheExpectedName) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Quirks, WalkCaseTest, ::testing::ValuesIn(walkCases),
-                         [](const ::testing::TestParamInfo<WalkCase>& row) { return std::string(row.param.name); });
+                         [](const ::testing::TestParamInfo<WalkCase>& row) {
+                             return std::string(row.param.name);
+                         });
 
 TEST(IDsDatabaseTextTest, OversizedTextIsNoDatabase) {
     std::string text = alpha;
@@ -105,8 +110,9 @@ TEST(IDsDatabaseTextTest, OversizedTextIsNoDatabase) {
 // the reference for every ID the shapes use.
 TEST(IDsDatabaseTextTest, AgreesWithReferenceOnRandomTexts) {
     const std::array<const char*, 26> pieces = {
-        "1b21", "1B21", "1142", "0001", "12345", "1b21a", "  ", "\t", "\t\t", " ", "#", "\u00a0", "\u0301",
-        "\u20e3", "Alpha", "Hub", "C 09", "\n", "\r\n", "\r", "\v", "\f", "\u0085", "\u2028", "\u2029", "\u3000"};
+        "1b21", "1B21", "1142",   "0001",   "12345",  "1b21a",  "  ",     "\t",    "\t\t",
+        " ",    "#",    "\u00a0", "\u0301", "\u20e3", "Alpha",  "Hub",    "C 09",  "\n",
+        "\r\n", "\r",   "\v",     "\f",     "\u0085", "\u2028", "\u2029", "\u3000"};
     const std::array<std::int64_t, 5> ids = {0x1B21, 0x1142, 0x0001, 0x12345, 0x9999};
     std::mt19937 random(20240611);
     std::uniform_int_distribution<std::size_t> pick(0, pieces.size() - 1);
@@ -199,7 +205,8 @@ TEST(IDsDatabaseTextTest, SearchesFromManyThreadsShareOneIndex) {
     std::string text;
     for (int vendor = 0; vendor < 200; ++vendor) {
         char line[64];
-        std::snprintf(line, sizeof line, "%04x  Vendor %d\n\t%04x  Device %d\n", vendor, vendor, vendor + 1, vendor);
+        std::snprintf(line, sizeof line, "%04x  Vendor %d\n\t%04x  Device %d\n", vendor, vendor, vendor + 1,
+                      vendor);
         text += line;
     }
     const IDsDatabaseText database(text);
@@ -208,7 +215,8 @@ TEST(IDsDatabaseTextTest, SearchesFromManyThreadsShareOneIndex) {
     for (std::size_t t = 0; t < mismatches.size(); ++t) {
         threads.emplace_back([&, t] {
             for (int vendor = 0; vendor < 200; ++vendor) {
-                const auto expected = "Vendor " + std::to_string(vendor) + " Device " + std::to_string(vendor);
+                const auto expected =
+                    "Vendor " + std::to_string(vendor) + " Device " + std::to_string(vendor);
                 mismatches[t] += database.name(vendor, vendor + 1) == expected ? 0 : 1;
             }
         });

@@ -3,12 +3,10 @@
 #include "records/FileIO.h"
 #include "support/TempFolder.h"
 
-#include <gtest/gtest.h>
-
-#include <sys/stat.h>
-
 #include <array>
+#include <gtest/gtest.h>
 #include <set>
+#include <sys/stat.h>
 #include <thread>
 
 namespace korvane {
@@ -21,7 +19,7 @@ const std::string applicationUSB = "1b21  App Alpha\n\t1142  Hub\n";
 const std::string applicationPCI = "8086  Intel\n\t1e31  xHCI\n";
 
 class IDsNameResolverTest : public ::testing::Test {
-protected:
+  protected:
     TempFolder folder;
     IDsDatabaseLocations locations{folder.path() / "support", folder.path() / "resources"};
     fs::path userTools = locations.applicationSupportDirectory / "KorvaneGenerator" / "Tools";
@@ -31,7 +29,6 @@ protected:
         fs::create_directories(path.parent_path());
         writeFileAtomically(path, bytes);
     }
-
 };
 
 TEST_F(IDsNameResolverTest, NoDatabaseAnywhereGivesEmptyNamesAndMakesTheToolsFolder) {
@@ -64,13 +61,15 @@ void PrintTo(const DamagedCopyCase& row, std::ostream* out) {
 
 const DamagedCopyCase damagedCopies[] = {
     {"Empty", [](const fs::path& path) { writeFileAtomically(path, ""); }},
-    {"InvalidUTF8", [](const fs::path& path) { writeFileAtomically(path, "1b21  User \xc3\x28\n\t1142  Hub\n"); }},
+    {"InvalidUTF8",
+     [](const fs::path& path) { writeFileAtomically(path, "1b21  User \xc3\x28\n\t1142  Hub\n"); }},
     {"Folder", [](const fs::path& path) { fs::create_directory(path); }},
     {"Fifo", [](const fs::path& path) { ASSERT_EQ(mkfifo(path.c_str(), 0600), 0); }},
     {"DanglingLinkFallsThrough", nullptr},
 };
 
-class DamagedUserCopyTest : public IDsNameResolverTest, public ::testing::WithParamInterface<DamagedCopyCase> {};
+class DamagedUserCopyTest : public IDsNameResolverTest,
+                            public ::testing::WithParamInterface<DamagedCopyCase> {};
 
 TEST_P(DamagedUserCopyTest, GivesEmptyNames) {
     write(applicationTools / "usb.ids", applicationUSB);

@@ -1,6 +1,5 @@
-#include "package/GenerationReport.h"
-
 #include "PackageTestSupport.h"
+#include "package/GenerationReport.h"
 
 #include <gtest/gtest.h>
 
@@ -14,13 +13,16 @@ const std::string preface =
     "Format: native dynamic AppleUSBHostMergeProperties / IOProviderMergeProperties.\n"
     "Includes only dynamic AppleUSBXHCIPCI support personalities for USB controller PCI IDs detected on this "
     "machine.\n"
-    "Primary source: native IOKit IORegistry scan, the same live registry layer used by macOS tools. No saved "
+    "Primary source: native IOKit IORegistry scan, the same live registry layer used by macOS tools. No "
+    "saved "
     ".ioreg is used.\n"
-    "No static controller database is injected; every support match is generated from this machine's detected "
+    "No static controller database is injected; every support match is generated from this machine's "
+    "detected "
     "USB controller PCI IDs.\n"
     "USB controller personalities also include IOPCIPauseCompatible and IOPCITunnelCompatible for better "
     "wake/tunnel stability on modern Intel/TB controllers.\n"
-    "Controller discovery is USB-controller PCI class + AppleUSBXHCI* based; IONameMatch is the discovered name, "
+    "Controller discovery is USB-controller PCI class + AppleUSBXHCI* based; IONameMatch is the discovered "
+    "name, "
     "not a hardcoded TXHC/XHCI assumption.\n"
     "The 15-port macOS limit is not enforced by this generator.\n"
     "Each port contains exactly: UsbConnector, name, port, usb-port-number, usb-port-type.\n"
@@ -68,10 +70,13 @@ TEST(GenerationReport, ListsControllersTheKextSkipsAndEndsInOneLineFeed) {
     const std::string noPorts = "  Ports: 0 - support personality only; no usable USB port tree or fallback "
                                 "template was available during collection.\n";
     EXPECT_EQ(generationReportText({makeController("", 0, 0x1234), makeController("", 0, 0x1234)}),
-              preface + "Controller: @\n  PCI ID: 0000:1234\n  Provider Class: \n"
-                        "  Match: IONameMatch= IOPCIPrimaryMatch=0x12340000\n" + noPorts + "\n" +
-                        "Controller: @\n  PCI ID: 0000:1234\n  Provider Class: \n"
-                        "  Match: IONameMatch= IOPCIPrimaryMatch=0x12340000\n" + noPorts);
+              preface +
+                  "Controller: @\n  PCI ID: 0000:1234\n  Provider Class: \n"
+                  "  Match: IONameMatch= IOPCIPrimaryMatch=0x12340000\n" +
+                  noPorts + "\n" +
+                  "Controller: @\n  PCI ID: 0000:1234\n  Provider Class: \n"
+                  "  Match: IONameMatch= IOPCIPrimaryMatch=0x12340000\n" +
+                  noPorts);
 }
 
 } // namespace

@@ -1,6 +1,5 @@
-#include "package/KextInfoPlist.h"
-
 #include "PackageTestSupport.h"
+#include "package/KextInfoPlist.h"
 
 #include <gtest/gtest.h>
 
@@ -12,7 +11,7 @@ using Names = std::vector<std::string>;
 
 // Through XML and back, so the types checked are the ones a reader gets.
 class KextInfoPlistTest : public ::testing::Test {
-protected:
+  protected:
     void write(const std::vector<USBControllerMap>& controllers, std::string_view model = "Mac") {
         root = parsePropertyList(propertyListXML(makeKextInfoPlist(controllers, model).get()));
         ASSERT_TRUE(root);
@@ -27,28 +26,34 @@ protected:
 
 TEST_F(KextInfoPlistTest, HighestWrittenNumberCountsAndZeroOrEmptyPortsAreLeftOut) {
     write({makeController("XHC1", 0x8086, 0xa36d,
-                          {makePort("HS01", {1, 0, 0, 0}), makePort("HS17", {17, 0, 0, 0}), makePort("HS02", {2, 0, 0, 0}),
-                           makePort("ZERO", {0, 0, 0, 0}), makePort("EMPTY", {})})});
+                          {makePort("HS01", {1, 0, 0, 0}), makePort("HS17", {17, 0, 0, 0}),
+                           makePort("HS02", {2, 0, 0, 0}), makePort("ZERO", {0, 0, 0, 0}),
+                           makePort("EMPTY", {})})});
     EXPECT_EQ(describe(merge("Mac-XHC1", {"port-count"})), "<11000000>");
     EXPECT_EQ(keysOf(merge("Mac-XHC1", {"ports"})), (Names{"HS01", "HS02", "HS17"}));
 }
 
 TEST_F(KextInfoPlistTest, OnlyEmptyPortDataCountsTheArray) {
-    write({makeController("XHC1", 0x8086, 0xa36d, {makePort("A", {}), makePort("B", {}), makePort("C", {})})});
+    write(
+        {makeController("XHC1", 0x8086, 0xa36d, {makePort("A", {}), makePort("B", {}), makePort("C", {})})});
     EXPECT_EQ(describe(merge("Mac-XHC1", {"port-count"})), "<03000000>");
     EXPECT_EQ(describe(merge("Mac-XHC1", {"ports"})), "{}");
 }
 
 TEST_F(KextInfoPlistTest, OfTwoEqualPortNamesTheHigherNumberStays) {
-    write({makeController("XHC1", 0x8086, 0xa36d, {makePort("HS01", {5, 0, 0, 0}, 9), makePort("HS01", {2, 0, 0, 0}, 0)})});
-    EXPECT_EQ(describe(merge("Mac-XHC1", {"ports"})),
-              R"({HS01={UsbConnector=9, name="HS01", port=<05000000>, usb-port-number=<05000000>, usb-port-type=9}})");
+    write({makeController("XHC1", 0x8086, 0xa36d,
+                          {makePort("HS01", {5, 0, 0, 0}, 9), makePort("HS01", {2, 0, 0, 0}, 0)})});
+    EXPECT_EQ(
+        describe(merge("Mac-XHC1", {"ports"})),
+        R"({HS01={UsbConnector=9, name="HS01", port=<05000000>, usb-port-number=<05000000>, usb-port-type=9}})");
 }
 
 TEST_F(KextInfoPlistTest, PortDataKeepsEveryByteAndShortDataCountsLittleEndian) {
-    write({makeController("XHC1", 0x1b21, 0x2142, {makePort("LONG", {1, 0, 0, 0, 0xff}, 255), makePort("SHORT", {3, 1}, 10)})});
-    EXPECT_EQ(describe(merge("Mac-XHC1", {"ports", "LONG"})),
-              R"({UsbConnector=255, name="LONG", port=<01000000ff>, usb-port-number=<01000000ff>, usb-port-type=255})");
+    write({makeController("XHC1", 0x1b21, 0x2142,
+                          {makePort("LONG", {1, 0, 0, 0, 0xff}, 255), makePort("SHORT", {3, 1}, 10)})});
+    EXPECT_EQ(
+        describe(merge("Mac-XHC1", {"ports", "LONG"})),
+        R"({UsbConnector=255, name="LONG", port=<01000000ff>, usb-port-number=<01000000ff>, usb-port-type=255})");
     EXPECT_EQ(describe(merge("Mac-XHC1", {"port-count"})), "<03010000>"); // 259
 }
 
@@ -83,7 +88,8 @@ TEST_F(KextInfoPlistTest, NoPortsAndNoTemplateGivesSupportOnlyAndNoIdentityGives
     write({makeController("XHC1", 0x1b21, 0x2142), makeController("XHC2", 0x1002, 1),
            makeController("XHC3", 0, 0xa36d, {makePort("HS01", {1, 0, 0, 0})}),
            makeController("XHC4", 0x8086, -1, {makePort("HS01", {1, 0, 0, 0})})});
-    EXPECT_EQ(keysOf(personalities()), (Names{"AppleUSBXHCIPCI AMD_1002_0001", "AppleUSBXHCIPCI ASMedia_1B21_2142"}));
+    EXPECT_EQ(keysOf(personalities()),
+              (Names{"AppleUSBXHCIPCI AMD_1002_0001", "AppleUSBXHCIPCI ASMedia_1B21_2142"}));
 }
 
 TEST_F(KextInfoPlistTest, MergeCarriesTheMachineModelAndTheUncleanedName) {

@@ -1,6 +1,5 @@
-#include "package/LegacyUSBPortTemplate.h"
-
 #include "PackageTestSupport.h"
+#include "package/LegacyUSBPortTemplate.h"
 
 #include <gtest/gtest.h>
 
@@ -69,20 +68,19 @@ TEST_P(TemplateShapeTest, HasItsCountRunsAndGaps) {
     EXPECT_EQ(runs, GetParam().runs);
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Table, TemplateShapeTest,
-    ::testing::Values(ShapeCase{"1b21_3241", 8, "HSS01=1..HSS02=2 SSS01=3..SSS02=4"},
-                      ShapeCase{"8086_02ed", 16, "HS01=1..HS10=10 SS01=13..SS04=16"},
-                      ShapeCase{"8086_06ed", 26, "HS01=1..HS14=14 SS01=17..SS10=26"},
-                      ShapeCase{"8086_1e31", 8, "HS01=1..HS04=4 SS01=5..SS04=8"},
-                      ShapeCase{"8086_34ed", 18, "HS01=1..HS12=12 SS01=13..SS04=16"},
-                      ShapeCase{"8086_7exx", 26, "HS01=1..HS14=14 SS01=17..SS10=26"},
-                      ShapeCase{"8086_8xxx", 21, "HS01=1..HS14=14 SS01=16..SS06=21"},
-                      ShapeCase{"8086_9cb1", 15, "HS01=1..HS11=11 SS01=12..SS04=15"},
-                      ShapeCase{"8086_9dxx", 18, "HS01=1..HS10=10 SS01=13..SS06=18"},
-                      ShapeCase{"8086_9xxx", 13, "HS01=1..HS09=9 SS01=10..SS04=13"},
-                      ShapeCase{"8086_a87d", 26, "HS01=1..HS14=14 SS01=17..SS10=26"}),
-    RowName());
+INSTANTIATE_TEST_SUITE_P(Table, TemplateShapeTest,
+                         ::testing::Values(ShapeCase{"1b21_3241", 8, "HSS01=1..HSS02=2 SSS01=3..SSS02=4"},
+                                           ShapeCase{"8086_02ed", 16, "HS01=1..HS10=10 SS01=13..SS04=16"},
+                                           ShapeCase{"8086_06ed", 26, "HS01=1..HS14=14 SS01=17..SS10=26"},
+                                           ShapeCase{"8086_1e31", 8, "HS01=1..HS04=4 SS01=5..SS04=8"},
+                                           ShapeCase{"8086_34ed", 18, "HS01=1..HS12=12 SS01=13..SS04=16"},
+                                           ShapeCase{"8086_7exx", 26, "HS01=1..HS14=14 SS01=17..SS10=26"},
+                                           ShapeCase{"8086_8xxx", 21, "HS01=1..HS14=14 SS01=16..SS06=21"},
+                                           ShapeCase{"8086_9cb1", 15, "HS01=1..HS11=11 SS01=12..SS04=15"},
+                                           ShapeCase{"8086_9dxx", 18, "HS01=1..HS10=10 SS01=13..SS06=18"},
+                                           ShapeCase{"8086_9xxx", 13, "HS01=1..HS09=9 SS01=10..SS04=13"},
+                                           ShapeCase{"8086_a87d", 26, "HS01=1..HS14=14 SS01=17..SS10=26"}),
+                         RowName());
 
 TEST(TemplateTable, HoldsTwentyTwoEntriesOfWhichFourteenShareOneShape) {
     const LegacyUSBPortTemplate* reference = legacyUSBPortTemplate("8086_06ed");

@@ -1,11 +1,8 @@
+#include "PackageTestSupport.h"
 #include "package/OutputSanitizer.h"
-
 #include "support/BuildTree.h"
 
-#include "PackageTestSupport.h"
-
 #include <gtest/gtest.h>
-
 #include <sys/stat.h>
 
 namespace korvane {
@@ -18,7 +15,7 @@ const std::string serialLine = "SerialNumber: C02XK1ABJHD3\n";
 const std::string maskedLine = "SerialNumber: XX-MASKED-XX\n";
 
 class OutputSanitizerTest : public ::testing::Test {
-protected:
+  protected:
     void SetUp() override {
         if (!fs::exists(plutil)) {
             GTEST_SKIP() << "the plutil stand-in is not built at " << plutil;
@@ -34,10 +31,13 @@ TEST_F(OutputSanitizerTest, MasksTextLikeFilesAtAnyDepthAndNothingElse) {
     for (const auto* folder : {"sub/deeper", ".hidden", "folder.txt"}) {
         fs::create_directories(root / folder);
     }
-    const std::vector<std::pair<std::string, bool>> files = {
-        {"report.TXT", true},  {"sub/deeper/run.log", true}, {"folder.txt/inside.txt", true},
-        {"notes.md", false},   {"README", false},            {".secret.txt", false},
-        {".hidden/in.txt", false}};
+    const std::vector<std::pair<std::string, bool>> files = {{"report.TXT", true},
+                                                             {"sub/deeper/run.log", true},
+                                                             {"folder.txt/inside.txt", true},
+                                                             {"notes.md", false},
+                                                             {"README", false},
+                                                             {".secret.txt", false},
+                                                             {".hidden/in.txt", false}};
     for (const auto& [name, masked] : files) {
         writeFile(root / name, serialLine);
     }

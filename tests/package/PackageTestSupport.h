@@ -5,13 +5,12 @@
 #include "support/FakeTool.h"
 #include "tools/PropertyList.h"
 
-#include <gtest/gtest.h>
-
 #include <algorithm>
 #include <chrono>
 #include <cstdint>
 #include <filesystem>
 #include <fstream>
+#include <gtest/gtest.h>
 #include <map>
 #include <random>
 #include <string>
@@ -22,19 +21,19 @@ namespace korvane {
 
 // Names table rows after their `name` field.
 struct RowName {
-    template <class Row>
-    std::string operator()(const ::testing::TestParamInfo<Row>& row) const {
+    template <class Row> std::string operator()(const ::testing::TestParamInfo<Row>& row) const {
         return row.param.name;
     }
 };
 
 // A folder of its own under the system's temporary folder, gone afterwards.
 class TemporaryFolder {
-public:
+  public:
     TemporaryFolder()
         : path_(std::filesystem::temp_directory_path() /
-                ("korvane-package-test-" + std::to_string(std::chrono::steady_clock::now().time_since_epoch().count()) +
-                 "-" + std::to_string(std::random_device()()))) {
+                ("korvane-package-test-" +
+                 std::to_string(std::chrono::steady_clock::now().time_since_epoch().count()) + "-" +
+                 std::to_string(std::random_device()()))) {
         std::filesystem::create_directories(path_);
     }
     ~TemporaryFolder() {
@@ -46,7 +45,7 @@ public:
 
     const std::filesystem::path& path() const { return path_; }
 
-private:
+  private:
     std::filesystem::path path_;
 };
 
@@ -64,8 +63,8 @@ inline std::string writeFakeTool(const std::filesystem::path& folder, const std:
     return writeFakeTool(folder, name, "printf '%s\\n' '" + message + "'\nexit " + std::to_string(status));
 }
 
-inline USBPortMap makePort(std::string name, ByteBuffer data, std::int64_t connector = 3, std::string location = "",
-                           std::string activeDevice = "") {
+inline USBPortMap makePort(std::string name, ByteBuffer data, std::int64_t connector = 3,
+                           std::string location = "", std::string activeDevice = "") {
     return {std::move(name), std::move(location), connector, std::move(data), "", std::move(activeDevice)};
 }
 
@@ -152,7 +151,8 @@ inline std::vector<std::string> keysOf(plist_t dict) {
 // The value at a path of dictionary keys, or null.
 inline plist_t at(plist_t node, std::initializer_list<std::string> keys) {
     for (const auto& key : keys) {
-        node = node && plist_get_node_type(node) == PLIST_DICT ? plist_dict_get_item(node, key.c_str()) : nullptr;
+        node = node && plist_get_node_type(node) == PLIST_DICT ? plist_dict_get_item(node, key.c_str())
+                                                               : nullptr;
     }
     return node;
 }

@@ -1,6 +1,5 @@
-#include "package/PersonalityNames.h"
-
 #include "PackageTestSupport.h"
+#include "package/PersonalityNames.h"
 
 #include <gtest/gtest.h>
 
@@ -60,14 +59,21 @@ INSTANTIATE_TEST_SUITE_P(
                       SanitizeCase{"CombiningMarkStays", "e\xCC\x81", "e\xCC\x81"},
                       SanitizeCase{"OtherScriptDigitsStay", "\xD9\xA3\xE4\xB8\xAD", "\xD9\xA3\xE4\xB8\xAD"},
                       SanitizeCase{"EmojiIsOneScalar", "x\xF0\x9F\x94\x8Cy", "x_y"},
-                      SanitizeCase{"BadByteIsOneUnderscore", "a\xFF" "b-_", "a_b-_"}),
+                      SanitizeCase{"BadByteIsOneUnderscore",
+                                   "a\xFF"
+                                   "b-_",
+                                   "a_b-_"}),
     RowName());
 
 TEST(PersonalityNames, SupportNameHasClassBlankVendorWordAndUpperCaseIDs) {
-    EXPECT_EQ(supportPersonalityName(makeController("XHC1", 0x8086, 0xa36d)), "AppleUSBXHCISPT Intel_8086_A36D");
-    EXPECT_EQ(supportPersonalityName(makeController("XHC1", 0x1234, 0xabcd)), "AppleUSBXHCIPCI Vendor1234_1234_ABCD");
-    EXPECT_EQ(supportPersonalityName(makeController("XHC1", 0x1b73, 0x1100)), "AppleUSBXHCIPCI FrescoLogic_1B73_1100");
-    EXPECT_EQ(supportPersonalityName(makeController("XHC1", 0x1022, 0x43d5)), "AppleUSBXHCIPCI AMD_1022_43D5");
+    EXPECT_EQ(supportPersonalityName(makeController("XHC1", 0x8086, 0xa36d)),
+              "AppleUSBXHCISPT Intel_8086_A36D");
+    EXPECT_EQ(supportPersonalityName(makeController("XHC1", 0x1234, 0xabcd)),
+              "AppleUSBXHCIPCI Vendor1234_1234_ABCD");
+    EXPECT_EQ(supportPersonalityName(makeController("XHC1", 0x1b73, 0x1100)),
+              "AppleUSBXHCIPCI FrescoLogic_1B73_1100");
+    EXPECT_EQ(supportPersonalityName(makeController("XHC1", 0x1022, 0x43d5)),
+              "AppleUSBXHCIPCI AMD_1022_43D5");
 }
 
 TEST(PersonalityNames, MergeNameKeepsTheControllerNameUncleaned) {

@@ -1,9 +1,7 @@
+#include "PackageTestSupport.h"
 #include "package/SensitiveTextRedaction.h"
 
-#include "PackageTestSupport.h"
-
 #include <gtest/gtest.h>
-
 #include <string>
 
 namespace korvane {
@@ -52,26 +50,32 @@ INSTANTIATE_TEST_SUITE_P(
         RedactionCase{"UUIDAfterALineHeadKeyIsMaskedAsItsValue",
                       "Hardware UUID: 01234567-89AB-CDEF-0123-456789ABCDEF\nnext",
                       "Hardware UUID: XX-MASKED-XX\nnext"},
-        RedactionCase{"UUIDMidLineIsMaskedAsAUUID", "see Hardware UUID: 01234567-89ab-cdef-0123-456789abcdef here",
+        RedactionCase{"UUIDMidLineIsMaskedAsAUUID",
+                      "see Hardware UUID: 01234567-89ab-cdef-0123-456789abcdef here",
                       "see Hardware UUID: XX-MASKED-UUID here"},
         RedactionCase{"SystemSerialAtLineHeadIsMaskedTwice", "Serial Number (system): C02XK1ABJHD3",
                       "Serial Number (system): XX-MASKED-XX-MASKED-XX"},
         RedactionCase{"SystemSerialMidLine", "x Serial Number (system): C02XK1 rest",
                       "x Serial Number (system): XX-MASKED-XX rest"},
-        RedactionCase{"UDIDAndHardwareUUIDMidLine", "a Provisioning UDID: 00008030-001A  b Hardware UUID: ABCD-12",
+        RedactionCase{"UDIDAndHardwareUUIDMidLine",
+                      "a Provisioning UDID: 00008030-001A  b Hardware UUID: ABCD-12",
                       "a Provisioning UDID: XX-MASKED-UUID  b Hardware UUID: XX-MASKED-UUID"},
         RedactionCase{"LineHeadKeyMasksOnlyToTheLineEnd", "  SerialNumber: C02XK1\nkeep me\n",
                       "  SerialNumber: XX-MASKED-XX\nkeep me\n"},
         RedactionCase{"ShortKeyAtLineHeadMasksToTheEndOfTheText", "first\nROM: 001122\nsecond\nthird",
                       "first\nROM: XX-MASKED-XX"},
-        RedactionCase{"HyphenatedSerialKeyAtLineHead", "serial-number = abc\nmore", "serial-number = XX-MASKED-XX"},
+        RedactionCase{"HyphenatedSerialKeyAtLineHead", "serial-number = abc\nmore",
+                      "serial-number = XX-MASKED-XX"},
         RedactionCase{"LogLineHeadIsATimeStamp", "[14:03:09] ROM: 001122\nnext",
                       "[14:03:09] ROM: 001122\nnext"},
         RedactionCase{"ColonMAC", "en0 a4:83:E7:0b:1C:2d up", "en0 XX:XX:XX:XX:XX:XX up"},
         RedactionCase{"HyphenMACComesOutWithColons", "en1 A4-83-E7-0B-1C-2D", "en1 XX:XX:XX:XX:XX:XX"},
         RedactionCase{"FiveGroupsIsNoMAC", "a4:83:e7:0b:1c", "a4:83:e7:0b:1c"},
-        RedactionCase{"NonASCIISurvives", "Gr\xC3\xBC\xC3\x9F" "e \xE4\xB8\xAD SerialNumber x",
-                      "Gr\xC3\xBC\xC3\x9F" "e \xE4\xB8\xAD SerialNumber x"},
+        RedactionCase{"NonASCIISurvives",
+                      "Gr\xC3\xBC\xC3\x9F"
+                      "e \xE4\xB8\xAD SerialNumber x",
+                      "Gr\xC3\xBC\xC3\x9F"
+                      "e \xE4\xB8\xAD SerialNumber x"},
         RedactionCase{"Empty", "", ""}),
     RowName());
 

@@ -4,7 +4,6 @@
 #include "support/TempFolder.h"
 
 #include <gtest/gtest.h>
-
 #include <map>
 
 namespace korvane {
@@ -40,34 +39,38 @@ TEST_P(DesktopTest, FollowsUserDirs) {
 
 INSTANTIATE_TEST_SUITE_P(
     Cases, DesktopTest,
-    testing::Values(
-        DesktopCase{"NoFile", nullptr, "Desktop"},
-        DesktopCase{"Localised", "# written by xdg-user-dirs-update\nXDG_DOWNLOAD_DIR=\"$HOME/Downloads\"\n"
-                                 "XDG_DESKTOP_DIR=\"$HOME/Schreibtisch\"\n",
-                    "Schreibtisch"},
-        DesktopCase{"Absolute", "XDG_DESKTOP_DIR=\"/srv/desk\"\n", "/srv/desk"},
-        DesktopCase{"EscapedQuote", "XDG_DESKTOP_DIR=\"$HOME/My \\\"Desk\\\"\"\n", "My \"Desk\""},
-        DesktopCase{"LastEntryWins", "XDG_DESKTOP_DIR=\"$HOME/A\"\nXDG_DESKTOP_DIR=\"$HOME/B\"\n", "B"},
-        DesktopCase{"UnquotedIsIgnored", "XDG_DESKTOP_DIR=$HOME/Raw\n", "Desktop"},
-        DesktopCase{"RelativeIsIgnored", "XDG_DESKTOP_DIR=\"Desk\"\n", "Desktop"},
-        DesktopCase{"Commented", "# XDG_DESKTOP_DIR=\"$HOME/No\"\n", "Desktop"},
-        DesktopCase{"UnterminatedIsIgnored", "XDG_DESKTOP_DIR=\"$HOME/Open\n", "Desktop"}),
+    testing::Values(DesktopCase{"NoFile", nullptr, "Desktop"},
+                    DesktopCase{"Localised",
+                                "# written by xdg-user-dirs-update\nXDG_DOWNLOAD_DIR=\"$HOME/Downloads\"\n"
+                                "XDG_DESKTOP_DIR=\"$HOME/Schreibtisch\"\n",
+                                "Schreibtisch"},
+                    DesktopCase{"Absolute", "XDG_DESKTOP_DIR=\"/srv/desk\"\n", "/srv/desk"},
+                    DesktopCase{"EscapedQuote", "XDG_DESKTOP_DIR=\"$HOME/My \\\"Desk\\\"\"\n", "My \"Desk\""},
+                    DesktopCase{"LastEntryWins", "XDG_DESKTOP_DIR=\"$HOME/A\"\nXDG_DESKTOP_DIR=\"$HOME/B\"\n",
+                                "B"},
+                    DesktopCase{"UnquotedIsIgnored", "XDG_DESKTOP_DIR=$HOME/Raw\n", "Desktop"},
+                    DesktopCase{"RelativeIsIgnored", "XDG_DESKTOP_DIR=\"Desk\"\n", "Desktop"},
+                    DesktopCase{"Commented", "# XDG_DESKTOP_DIR=\"$HOME/No\"\n", "Desktop"},
+                    DesktopCase{"UnterminatedIsIgnored", "XDG_DESKTOP_DIR=\"$HOME/Open\n", "Desktop"}),
     [](const auto& row) { return std::string(row.param.name); });
 
 TEST(PlatformFoldersTest, DesktopReadsUserDirsFromXDGConfigHome) {
     TempFolder home;
     TempFolder config;
     writeFileAtomically(config.path() / "user-dirs.dirs", "XDG_DESKTOP_DIR=\"$HOME/Bureau\"\n");
-    EXPECT_EQ(desktopURL(environmentOf({{"HOME", home.path().string()}, {"XDG_CONFIG_HOME", config.path().string()}})),
+    EXPECT_EQ(desktopURL(environmentOf(
+                  {{"HOME", home.path().string()}, {"XDG_CONFIG_HOME", config.path().string()}})),
               home.path() / "Bureau");
 }
 
 TEST(PlatformFoldersTest, ApplicationSupportFollowsXDGDataHome) {
-    EXPECT_EQ(applicationSupportDirectory(environmentOf({{"HOME", "/home/ada"}})), fs::path("/home/ada/.local/share"));
+    EXPECT_EQ(applicationSupportDirectory(environmentOf({{"HOME", "/home/ada"}})),
+              fs::path("/home/ada/.local/share"));
     EXPECT_EQ(applicationSupportDirectory(environmentOf({{"HOME", "/home/ada"}, {"XDG_DATA_HOME", "/data"}})),
               fs::path("/data"));
-    EXPECT_EQ(applicationSupportDirectory(environmentOf({{"HOME", "/home/ada"}, {"XDG_DATA_HOME", "relative"}})),
-              fs::path("/home/ada/.local/share"))
+    EXPECT_EQ(
+        applicationSupportDirectory(environmentOf({{"HOME", "/home/ada"}, {"XDG_DATA_HOME", "relative"}})),
+        fs::path("/home/ada/.local/share"))
         << "a relative XDG_DATA_HOME is invalid and ignored";
 }
 

@@ -1,7 +1,6 @@
 #include "records/ASCIIText.h"
 
 #include <gtest/gtest.h>
-
 #include <string>
 
 namespace korvane {

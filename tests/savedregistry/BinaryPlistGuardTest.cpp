@@ -2,9 +2,8 @@
 
 #include "records/FileIO.h"
 
-#include <gtest/gtest.h>
-
 #include <filesystem>
+#include <gtest/gtest.h>
 #include <string>
 #include <vector>
 
@@ -55,8 +54,10 @@ TEST(BinaryPlistGuard, LimitsDepth) {
 
 TEST(BinaryPlistGuard, RejectsCyclesAndMalformedTables) {
     EXPECT_FALSE(binaryPlistFitsBudget(binaryList({{'\xA1', '\x00'}}), 100, 10)) << "an array holding itself";
-    EXPECT_FALSE(binaryPlistFitsBudget(binaryList({{'\xA1', '\x05'}}), 100, 10)) << "a reference past the table";
-    EXPECT_FALSE(binaryPlistFitsBudget(binaryList({{'\xA3', '\x00'}}), 100, 10)) << "references past the object";
+    EXPECT_FALSE(binaryPlistFitsBudget(binaryList({{'\xA1', '\x05'}}), 100, 10))
+        << "a reference past the table";
+    EXPECT_FALSE(binaryPlistFitsBudget(binaryList({{'\xA3', '\x00'}}), 100, 10))
+        << "references past the object";
     EXPECT_FALSE(binaryPlistFitsBudget(binaryList({"\x51x"}, 3), 100, 10)) << "top object past the table";
     EXPECT_FALSE(binaryPlistFitsBudget("bplist00", 100, 10));
     std::string broken = sharedChain(3);
@@ -65,16 +66,32 @@ TEST(BinaryPlistGuard, RejectsCyclesAndMalformedTables) {
 }
 
 TEST(BinaryPlistGuard, RejectsDictionaryKeysHoldingANul) {
-    EXPECT_TRUE(binaryPlistFitsBudget(binaryList({{'\xD1', 1, 2}, std::string("\x53" "abc", 4), "\x51x"}), 100, 10));
-    EXPECT_FALSE(binaryPlistFitsBudget(binaryList({{'\xD1', 1, 2}, std::string("\x53" "a\0c", 4), "\x51x"}), 100, 10));
-    EXPECT_FALSE(binaryPlistFitsBudget(binaryList({{'\xD1', 1, 2}, std::string("\x61\0\0", 3), "\x51x"}), 100, 10))
+    EXPECT_TRUE(binaryPlistFitsBudget(binaryList({{'\xD1', 1, 2},
+                                                  std::string("\x53"
+                                                              "abc",
+                                                              4),
+                                                  "\x51x"}),
+                                      100, 10));
+    EXPECT_FALSE(binaryPlistFitsBudget(binaryList({{'\xD1', 1, 2},
+                                                   std::string("\x53"
+                                                               "a\0c",
+                                                               4),
+                                                   "\x51x"}),
+                                       100, 10));
+    EXPECT_FALSE(
+        binaryPlistFitsBudget(binaryList({{'\xD1', 1, 2}, std::string("\x61\0\0", 3), "\x51x"}), 100, 10))
         << "a UTF-16 key";
-    EXPECT_TRUE(binaryPlistFitsBudget(binaryList({{'\xA1', 1}, std::string("\x53" "a\0c", 4)}), 100, 10))
+    EXPECT_TRUE(binaryPlistFitsBudget(binaryList({{'\xA1', 1},
+                                                  std::string("\x53"
+                                                              "a\0c",
+                                                              4)}),
+                                      100, 10))
         << "a NUL in a value is the reader's to judge";
 }
 
 TEST(BinaryPlistGuard, AcceptsARealArchiveWithinTheSnapshotBudget) {
-    const auto bytes = readFileBytes(std::filesystem::path(KORVANE_TEST_DATA_DIR) / "macos/iMac14-2/IORegistryExplorer.ioreg");
+    const auto bytes = readFileBytes(std::filesystem::path(KORVANE_TEST_DATA_DIR) /
+                                     "macos/iMac14-2/IORegistryExplorer.ioreg");
     if (!bytes) {
         GTEST_SKIP() << "fixture missing: macos/iMac14-2/IORegistryExplorer.ioreg";
     }

@@ -3,15 +3,15 @@
 #include "records/FileIO.h"
 #include "scanner/PropertyReaders.h"
 
-#include <gtest/gtest.h>
-
 #include <filesystem>
+#include <gtest/gtest.h>
 #include <string>
 
 namespace korvane {
 namespace {
 
-const NativeUSBNode* findNode(const NativeUSBNode& root, std::string_view name, std::string_view className = {}) {
+const NativeUSBNode* findNode(const NativeUSBNode& root, std::string_view name,
+                              std::string_view className = {}) {
     for (const auto* node : flatten(root)) {
         if (node->name == name && (className.empty() || node->className == className)) {
             return node;
@@ -31,7 +31,8 @@ std::vector<std::string> childNames(const NativeUSBNode& node) {
 TEST(IORegTextParser, BuildsTheTreeFromIndentCells) {
     const auto root = parseIORegText(
         "+-o Root  <class IORegistryEntry, id 0x100000100, retain 19>\n"
-        "  +-o MacPro7,1  <class IOPlatformExpertDevice, id 0x1, registered, matched, active, busy 0 (48 ms), retain 44>\n"
+        "  +-o MacPro7,1  <class IOPlatformExpertDevice, id 0x1, registered, matched, active, busy 0 (48 "
+        "ms), retain 44>\n"
         "    +-o A  <class AClass, id 0x2, !registered, !matched, active, busy 0, retain 4>\n"
         "    | +-o A1@1  <class A1Class, id 0x3, registered, matched, inactive, busy 0 (0 ms), retain 4>\n"
         "    | | +-o A11  <class X, id 0x5, retain count 3>\n"
@@ -130,8 +131,10 @@ TEST(IORegTextParser, JoinsTextValuesThatRunOverSeveralLines) {
 TEST(IORegTextParser, NodeLinesWithoutPropertiesStillGiveTheTree) {
     const auto root = parseIORegText(
         "+-o Root  <class IORegistryEntry, id 0x100000100, retain 9>\n"
-        "  +-o S08@1  <class IOPCIDevice, id 0x1000001e9, registered, matched, active, busy 0 (46 ms), retain 14>\n"
-        "    +-o S08@01000000  <class AppleUSBXHCIPCI, id 0x1000002b3, registered, matched, active, busy 0 (24 ms), "
+        "  +-o S08@1  <class IOPCIDevice, id 0x1000001e9, registered, matched, active, busy 0 (46 ms), "
+        "retain 14>\n"
+        "    +-o S08@01000000  <class AppleUSBXHCIPCI, id 0x1000002b3, registered, matched, active, busy 0 "
+        "(24 ms), "
         "retain 37>\n"
         "      +-o AppleUSB20XHCIPort@01500000  <class AppleUSB20XHCIPort, id 0x1000002bb, retain 13>\n");
     ASSERT_TRUE(root);
@@ -157,12 +160,14 @@ TEST(IORegTextParser, MalformedDepthsNeitherLoseNodesNorRecurseWithoutBound) {
     std::string text = "+-o Root  <class R, id 0x1, retain 1>\n"
                        "          +-o Jump  <class J, id 0x2, retain 1>\n";
     for (int depth = 0; depth < 400; ++depth) {
-        text += std::string(2 * depth + 2, ' ') + "+-o D" + std::to_string(depth) + "  <class D, id 0x3, retain 1>\n";
+        text += std::string(2 * depth + 2, ' ') + "+-o D" + std::to_string(depth) +
+                "  <class D, id 0x3, retain 1>\n";
     }
     const auto root = parseIORegText(text);
     ASSERT_TRUE(root);
     EXPECT_EQ(root->name, "Root");
-    EXPECT_EQ(root->children.front()->name, "Jump") << "a line too deep for its predecessor hangs under the deepest node";
+    EXPECT_EQ(root->children.front()->name, "Jump")
+        << "a line too deep for its predecessor hangs under the deepest node";
     std::size_t deepest = 0;
     for (const auto* node : flatten(*root)) {
         std::size_t depth = 0;
@@ -249,7 +254,8 @@ TEST(IORegTextCorpus, MultiLineAndQuotedTextsOfTheMacBookPro15_2) {
     EXPECT_EQ(*tag, "\"AppleBCMWLANV3-445.4\"");
     const auto* txCap = wlan->properties.at("TxCapVersion").text();
     ASSERT_TRUE(txCap);
-    EXPECT_TRUE(txCap->starts_with("Data Title: Maui_SDBPowerCap_Final_25May2018_v3.0\nData Creation: 2019-12-06"));
+    EXPECT_TRUE(
+        txCap->starts_with("Data Title: Maui_SDBPowerCap_Final_25May2018_v3.0\nData Creation: 2019-12-06"));
     EXPECT_TRUE(txCap->ends_with("\n"));
     EXPECT_EQ(wlan->properties.at("IOReportLegendPublic"), PropertyValue(1));
 }

@@ -3,13 +3,14 @@
 #include "PropertyValuePrinter.h"
 
 #include <gtest/gtest.h>
-
 #include <string>
 
 namespace korvane {
 namespace {
 
-ByteBuffer bytesOf(std::string_view text) { return ByteBuffer(text.begin(), text.end()); }
+ByteBuffer bytesOf(std::string_view text) {
+    return ByteBuffer(text.begin(), text.end());
+}
 
 struct ValueCase {
     const char* name;
@@ -25,7 +26,9 @@ TEST_P(IORegValueParserTest, ReadsTheTypedValue) {
     EXPECT_EQ(parseIORegValue(row.text), row.expected) << row.text;
 }
 
-std::string nested(int depth) { return std::string(depth, '(') + "1" + std::string(depth, ')'); }
+std::string nested(int depth) {
+    return std::string(depth, '(') + "1" + std::string(depth, ')');
+}
 
 PropertyValue nestedValue(int depth) {
     PropertyValue value(1);
@@ -62,7 +65,8 @@ const ValueCase kValueCases[] = {
     {"SetAsArray", R"(["com.apple.driver.A","com.apple.iokit.B"])",
      PropertyValue(PropertyArray{"com.apple.driver.A", "com.apple.iokit.B"})},
     {"ArrayOfDictionaries", R"x((({"address"=1,"length"=2})))x",
-     PropertyValue(PropertyArray{PropertyValue(PropertyArray{PropertyDictionary{{"address", 1}, {"length", 2}}})})},
+     PropertyValue(
+         PropertyArray{PropertyValue(PropertyArray{PropertyDictionary{{"address", 1}, {"length", 2}}})})},
     {"DictionaryOfMixedKinds", R"({"UsbCompanionPortNumber"=<13000000>,"Name"="XHC1","On"=Yes,"L"=(1,0x2)})",
      PropertyValue(PropertyDictionary{{"UsbCompanionPortNumber", ByteBuffer{0x13, 0, 0, 0}},
                                       {"Name", "XHC1"},
@@ -72,7 +76,8 @@ const ValueCase kValueCases[] = {
      PropertyValue(PropertyDictionary{{"k", R"(say "hi", then go)"}, {"n", 1}})},
     {"SeparatorsInsideDictionaryText", R"x({"a"="x,y}z","b"="(q)"})x",
      PropertyValue(PropertyDictionary{{"a", "x,y}z"}, {"b", "(q)"}})},
-    {"PortsTableOfTheHackintosh", R"({"HS01"={"UsbConnector"=3,"port"=<01000000>},"SS01"={"port"=<11000000>}})",
+    {"PortsTableOfTheHackintosh",
+     R"({"HS01"={"UsbConnector"=3,"port"=<01000000>},"SS01"={"port"=<11000000>}})",
      PropertyValue(PropertyDictionary{
          {"HS01", PropertyDictionary{{"UsbConnector", 3}, {"port", ByteBuffer{1, 0, 0, 0}}}},
          {"SS01", PropertyDictionary{{"port", ByteBuffer{0x11, 0, 0, 0}}}}})},

@@ -1,15 +1,13 @@
+#include "TreeAssertions.h"
+#include "ids/IDsNameResolver.h"
 #include "savedregistry/SavedRegistry.h"
 #include "savedregistry/SnapshotCodec.h"
-
-#include "ids/IDsNameResolver.h"
-#include "support/BuildTree.h"
 #include "scanner/NativeUSBTreeScanner.h"
+#include "support/BuildTree.h"
 #include "support/TempFolder.h"
-#include "TreeAssertions.h"
-
-#include <gtest/gtest.h>
 
 #include <filesystem>
+#include <gtest/gtest.h>
 #include <string>
 #include <vector>
 
@@ -46,67 +44,155 @@ struct CorpusCase {
     friend void PrintTo(const CorpusCase& row, std::ostream* out) { *out << row.name; }
 };
 
-const std::string kTitanRidge4C = "Intel Corporation JHL7540 Thunderbolt 3 USB Controller [Titan Ridge 4C 2018]";
+const std::string kTitanRidge4C =
+    "Intel Corporation JHL7540 Thunderbolt 3 USB Controller [Titan Ridge 4C 2018]";
 
 const CorpusCase kCorpus[] = {
-    {"iMac19_1", "iMac19-1/IOReg.txt",
-     {{0x8086, 0x15ec, "XHC2", "0", "AppleUSBXHCITR", kTitanRidge4C, {{"SSP1", 3, 9, ""}, {"SSP2", 4, 9, ""}}},
-      {0x8086, 0xa36d, "XHC1", "14", "AppleIntelCNLUSBXHCI",
+    {"iMac19_1",
+     "iMac19-1/IOReg.txt",
+     {{0x8086,
+       0x15ec,
+       "XHC2",
+       "0",
+       "AppleUSBXHCITR",
+       kTitanRidge4C,
+       {{"SSP1", 3, 9, ""}, {"SSP2", 4, 9, ""}}},
+      {0x8086,
+       0xa36d,
+       "XHC1",
+       "14",
+       "AppleIntelCNLUSBXHCI",
        "Intel Corporation Cannon Lake PCH USB 3.1 xHCI Host Controller",
-       {{"HS03", 3, 3, ""}, {"HS05", 5, 9, ""}, {"HS08", 8, 3, ""}, {"HS10", 10, 3, ""}, {"HS12", 12, 9, ""},
-        {"HS13", 13, 255, "FaceTime HD Camera (Built-in)"}, {"HS14", 14, 3, ""}, {"SS02", 18, 3, ""},
-        {"SS03", 19, 3, ""}, {"SS04", 20, 3, ""}, {"SS05", 21, 3, ""}}}}},
+       {{"HS03", 3, 3, ""},
+        {"HS05", 5, 9, ""},
+        {"HS08", 8, 3, ""},
+        {"HS10", 10, 3, ""},
+        {"HS12", 12, 9, ""},
+        {"HS13", 13, 255, "FaceTime HD Camera (Built-in)"},
+        {"HS14", 14, 3, ""},
+        {"SS02", 18, 3, ""},
+        {"SS03", 19, 3, ""},
+        {"SS04", 20, 3, ""},
+        {"SS05", 21, 3, ""}}}}},
     // XHC3@01000000 (8086:15ec again) sits below PCI node XHC3@0: the same
     // vendor, device and PCI location as XHC2, so the scan merges the two.
-    {"MacBookPro15_2", "MacBookPro15-2/IOReg.txt",
-     {{0x8086, 0x15ec, "XHC2", "0", "AppleUSBXHCITR", kTitanRidge4C,
+    {"MacBookPro15_2",
+     "MacBookPro15-2/IOReg.txt",
+     {{0x8086,
+       0x15ec,
+       "XHC2",
+       "0",
+       "AppleUSBXHCITR",
+       kTitanRidge4C,
        {{"SSP1", 3, 9, "4-Port USB 3.0 Hub"}, {"SSP2", 4, 9, ""}}},
-      {0x8086, 0x9ded, "XHC1", "14", "AppleIntelCNLUSBXHCI",
+      {0x8086,
+       0x9ded,
+       "XHC1",
+       "14",
+       "AppleIntelCNLUSBXHCI",
        "Intel Corporation Cannon Point-LP USB 3.1 xHCI Controller",
        {{"HS06", 6, 9, "4-Port USB 2.0 Hub"}, {"HS07", 7, 9, ""}, {"HS08", 8, 9, ""}, {"HS09", 9, 9, ""}}}}},
-    {"MacPro6_1", "MacPro6-1/IOReg.txt",
-     {{0x1b73, 0x1100, "XHC1", "0", "AppleUSBXHCIFL1100", "Fresco Logic FL1100 USB 3.0 Host Controller",
-       {{"HS01", 1, 3, "USB2.0 Hub"}, {"HS02", 2, 3, ""}, {"HS03", 3, 3, ""}, {"HS04", 4, 3, ""},
-        {"SSP1", 5, 3, "USB3.0 Hub"}, {"SSP2", 6, 3, ""}, {"SSP3", 7, 3, "Backup+  SL"}, {"SSP4", 8, 3, ""}}}}},
-    {"Macmini7_1", "Macmini7-1/IOReg.txt",
+    {"MacPro6_1",
+     "MacPro6-1/IOReg.txt",
+     {{0x1b73,
+       0x1100,
+       "XHC1",
+       "0",
+       "AppleUSBXHCIFL1100",
+       "Fresco Logic FL1100 USB 3.0 Host Controller",
+       {{"HS01", 1, 3, "USB2.0 Hub"},
+        {"HS02", 2, 3, ""},
+        {"HS03", 3, 3, ""},
+        {"HS04", 4, 3, ""},
+        {"SSP1", 5, 3, "USB3.0 Hub"},
+        {"SSP2", 6, 3, ""},
+        {"SSP3", 7, 3, "Backup+  SL"},
+        {"SSP4", 8, 3, ""}}}}},
+    {"Macmini7_1",
+     "Macmini7-1/IOReg.txt",
      {{0x8086, 0x9c31, "AppleUSBXHCI", "14", "AppleUSBXHCI", "Intel Corporation 8 Series USB xHCI HC", {}}}},
     // As on the MacBookPro15,2, the second Alpine Ridge (XHC3) merges into XHC2.
-    {"iMacPro1_1", "iMacPro1-1/IOReg.txt",
-     {{0x8086, 0x15d4, "XHC2", "0", "AppleUSBXHCIAR",
+    {"iMacPro1_1",
+     "iMacPro1-1/IOReg.txt",
+     {{0x8086,
+       0x15d4,
+       "XHC2",
+       "0",
+       "AppleUSBXHCIAR",
        "Intel Corporation JHL6540 Thunderbolt 3 USB Controller (C step) [Alpine Ridge 4C 2016]",
        {{"SSP1", 3, 9, ""}, {"SSP2", 4, 9, ""}}},
-      {0x8086, 0xa2af, "XHC1", "14", "AppleUSBXHCISPT",
+      {0x8086,
+       0xa2af,
+       "XHC1",
+       "14",
+       "AppleUSBXHCISPT",
        "Intel Corporation 200 Series/Z370 Chipset Family USB 3.0 xHCI Controller",
-       {{"HS02", 2, 3, ""}, {"HS03", 3, 3, ""}, {"HS04", 4, 3, ""}, {"HS05", 5, 9, ""}, {"HS06", 6, 9, ""},
-        {"HS07", 7, 9, ""}, {"HS08", 8, 9, ""}, {"HS10", 10, 3, ""}, {"HS12", 12, 255, ""}, {"HS13", 13, 255, ""},
-        {"SS02", 18, 3, ""}, {"SS03", 19, 3, "Ultra Fit"}, {"SS04", 20, 255, ""}, {"SS05", 21, 3, ""},
+       {{"HS02", 2, 3, ""},
+        {"HS03", 3, 3, ""},
+        {"HS04", 4, 3, ""},
+        {"HS05", 5, 9, ""},
+        {"HS06", 6, 9, ""},
+        {"HS07", 7, 9, ""},
+        {"HS08", 8, 9, ""},
+        {"HS10", 10, 3, ""},
+        {"HS12", 12, 255, ""},
+        {"HS13", 13, 255, ""},
+        {"SS02", 18, 3, ""},
+        {"SS03", 19, 3, "Ultra Fit"},
+        {"SS04", 20, 255, ""},
+        {"SS05", 21, 3, ""},
         {"SS06", 22, 3, ""}}}}},
-    {"HackintoshServicePlane", "hackintosh-CML/ioreg_ioservice.txt",
-     {{0x8086, 0x02ed, "XHC", "14", "AppleUSBXHCISPT",
+    {"HackintoshServicePlane",
+     "hackintosh-CML/ioreg_ioservice.txt",
+     {{0x8086,
+       0x02ed,
+       "XHC",
+       "14",
+       "AppleUSBXHCISPT",
        "Intel Corporation Comet Lake PCH-LP USB 3.1 xHCI Host Controller",
        {{"HS01", 1, 3, "USB2.0-Serial"},
         // A hub with no name properties: usb.ids names it from 04b4:6560.
         {"HS02", 2, 3, "Cypress Semiconductor Corp. CY7C65640 USB-2.0 \"TetraHub\""},
-        {"HS03", 3, 3, "rk3xxx"}, {"HS04", 4, 9, ""}, {"HS05", 5, 255, ""}, {"HS06", 6, 0, ""}, {"HS07", 7, 9, ""},
-        {"HS08", 8, 255, ""}, {"HS09", 9, 0, ""}, {"HS10", 10, 255, "Bluetooth"}, {"HS11", 11, 255, ""},
-        {"HS12", 12, 255, ""}, {"SS01", 13, 3, ""}, {"SS02", 14, 3, ""}, {"SS03", 15, 3, ""}, {"SS04", 16, 9, ""},
-        {"SS05", 17, 255, ""}, {"SS06", 18, 255, ""}}},
-      {0x8086, 0x15e9, "XHC", "0", "AppleUSBXHCITR",
+        {"HS03", 3, 3, "rk3xxx"},
+        {"HS04", 4, 9, ""},
+        {"HS05", 5, 255, ""},
+        {"HS06", 6, 0, ""},
+        {"HS07", 7, 9, ""},
+        {"HS08", 8, 255, ""},
+        {"HS09", 9, 0, ""},
+        {"HS10", 10, 255, "Bluetooth"},
+        {"HS11", 11, 255, ""},
+        {"HS12", 12, 255, ""},
+        {"SS01", 13, 3, ""},
+        {"SS02", 14, 3, ""},
+        {"SS03", 15, 3, ""},
+        {"SS04", 16, 9, ""},
+        {"SS05", 17, 255, ""},
+        {"SS06", 18, 255, ""}}},
+      {0x8086,
+       0x15e9,
+       "XHC",
+       "0",
+       "AppleUSBXHCITR",
        "Intel Corporation JHL7540 Thunderbolt 3 USB Controller [Titan Ridge 2C 2018]",
-       {{"HS01", 1, 255, ""}, {"HS02", 2, 255, ""}, {"SS01", 3, 9, "USB 10_100_1G_2_5G LAN"}, {"SS02", 4, 255, ""}}}}},
+       {{"HS01", 1, 255, ""},
+        {"HS02", 2, 255, ""},
+        {"SS01", 3, 9, "USB 10_100_1G_2_5G LAN"},
+        {"SS02", 4, 255, ""}}}}},
     {"HackintoshUSBPlane", "hackintosh-CML/ioreg_IOUSB-plane.txt", {}},
     {"QemuWithoutProperties", "qemu-MacPro7-1/ioreg.txt", {}},
 };
 
 class SavedRegistryCorpusTest : public testing::TestWithParam<CorpusCase> {
-protected:
+  protected:
     void SetUp() override {
         const auto resources = buildTreeResourceDirectory();
         if (!std::filesystem::exists(resources / "Tools" / "pci.ids") ||
             !std::filesystem::exists(resources / "Tools" / "usb.ids")) {
             GTEST_SKIP() << "the bundled ids databases are missing from " << resources;
         }
-        names_ = std::make_unique<IDsNameResolver>(IDsDatabaseLocations{folder_.path() / "support", resources});
+        names_ =
+            std::make_unique<IDsNameResolver>(IDsDatabaseLocations{folder_.path() / "support", resources});
     }
 
     TempFolder folder_;

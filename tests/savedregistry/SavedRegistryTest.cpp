@@ -7,9 +7,8 @@
 #include "support/TempFolder.h"
 #include "tools/PropertyList.h"
 
-#include <gtest/gtest.h>
-
 #include <cstdlib>
+#include <gtest/gtest.h>
 
 namespace korvane {
 namespace {
@@ -37,7 +36,8 @@ TEST_P(SavedRegistryFormatTest, TellsTheFormatByContent) {
 const FormatCase kFormats[] = {
     {"BinaryList", std::string("bplist00\0\0", 10), SavedRegistryFormat::Snapshot},
     {"XMLDeclaration", "<?xml version=\"1.0\"?>", SavedRegistryFormat::Snapshot},
-    {"XMLAfterByteOrderMarkAndBlanks", "\xEF\xBB\xBF\n  <?xml version=\"1.0\"?>", SavedRegistryFormat::Snapshot},
+    {"XMLAfterByteOrderMarkAndBlanks", "\xEF\xBB\xBF\n  <?xml version=\"1.0\"?>",
+     SavedRegistryFormat::Snapshot},
     {"Doctype", "<!DOCTYPE plist PUBLIC>", SavedRegistryFormat::Snapshot},
     {"PlistElement", "<plist version=\"1.0\">", SavedRegistryFormat::Snapshot},
     {"TextDump", kSmallDump, SavedRegistryFormat::IORegText},
@@ -116,7 +116,8 @@ TEST(SavedRegistry, FilesThatAreNoSavedRegistryOpenNothing) {
 }
 
 TEST(SavedRegistry, TheIORegistryExplorerArchiveOpensButGivesNoTree) {
-    const auto path = std::filesystem::path(KORVANE_TEST_DATA_DIR) / "macos/iMac14-2/IORegistryExplorer.ioreg";
+    const auto path =
+        std::filesystem::path(KORVANE_TEST_DATA_DIR) / "macos/iMac14-2/IORegistryExplorer.ioreg";
     if (!std::filesystem::exists(path)) {
         GTEST_SKIP() << "fixture missing: macos/iMac14-2/IORegistryExplorer.ioreg";
     }

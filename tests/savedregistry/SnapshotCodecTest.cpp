@@ -6,7 +6,6 @@
 #include "support/TempFolder.h"
 
 #include <gtest/gtest.h>
-
 #include <limits>
 
 namespace korvane {
@@ -21,22 +20,23 @@ NativeUSBNode& addEntry(NativeUSBNode& parent, std::string className, PropertyDi
 }
 
 std::unique_ptr<NativeUSBNode> sampleTree() {
-    auto root = std::make_unique<NativeUSBNode>("Root", "", "IORegistryEntry",
-                                                PropertyDictionary{{"IOKitBuildVersion", "Darwin 18.5.0"}}, nullptr);
-    auto& pci = addEntry(*root, "IOPCIDevice",
-                         {{"IOName", "XHC1"},
-                          {"location", "14"},
-                          {"vendor-id", ByteBuffer{0x86, 0x80, 0, 0}},
-                          {"class-code", ByteBuffer{0x30, 0x03, 0x0c, 0x00}},
-                          {"compatible", ByteBuffer{'a', 0, 'b', 0}},
-                          {"empty-data", ByteBuffer{}},
-                          {"big", std::numeric_limits<std::int64_t>::max()},
-                          {"negative", std::int64_t{-1073741822}},
-                          {"smallest", std::numeric_limits<std::int64_t>::min()},
-                          {"text with <xml> & \"quotes\"", "a < b & c > \"d\" \xE2\x80\x99"},
-                          {"IODeviceMemory", PropertyArray{PropertyValue(PropertyArray{PropertyDictionary{{"address", 1}}})}},
-                          {"empty-array", PropertyArray{}},
-                          {"empty-dictionary", PropertyDictionary{}}});
+    auto root = std::make_unique<NativeUSBNode>(
+        "Root", "", "IORegistryEntry", PropertyDictionary{{"IOKitBuildVersion", "Darwin 18.5.0"}}, nullptr);
+    auto& pci = addEntry(
+        *root, "IOPCIDevice",
+        {{"IOName", "XHC1"},
+         {"location", "14"},
+         {"vendor-id", ByteBuffer{0x86, 0x80, 0, 0}},
+         {"class-code", ByteBuffer{0x30, 0x03, 0x0c, 0x00}},
+         {"compatible", ByteBuffer{'a', 0, 'b', 0}},
+         {"empty-data", ByteBuffer{}},
+         {"big", std::numeric_limits<std::int64_t>::max()},
+         {"negative", std::int64_t{-1073741822}},
+         {"smallest", std::numeric_limits<std::int64_t>::min()},
+         {"text with <xml> & \"quotes\"", "a < b & c > \"d\" \xE2\x80\x99"},
+         {"IODeviceMemory", PropertyArray{PropertyValue(PropertyArray{PropertyDictionary{{"address", 1}}})}},
+         {"empty-array", PropertyArray{}},
+         {"empty-dictionary", PropertyDictionary{}}});
     auto& service = addEntry(pci, "AppleIntelCNLUSBXHCI",
                              {{"name", ByteBuffer{'X', 'H', 'C', '1', 0}}, {"locationID", 335544320}});
     addEntry(service, "AppleUSB20XHCIPort", {{"port", ByteBuffer{3, 0, 0, 0}}, {"UsbConnector", 3}});
@@ -55,9 +55,10 @@ TEST(SnapshotCodec, AnyTreeReadsBackTheSame) {
 }
 
 TEST(SnapshotCodec, KeysThatAreNoTextComeBackAsText) {
-    NativeUSBNode root("Root", "", "R",
-                       PropertyDictionary{{"ports", PropertyKeyedList{{PropertyValue(7), PropertyValue("seven")}}}},
-                       nullptr);
+    NativeUSBNode root(
+        "Root", "", "R",
+        PropertyDictionary{{"ports", PropertyKeyedList{{PropertyValue(7), PropertyValue("seven")}}}},
+        nullptr);
     const auto back = parseSnapshot(snapshotPropertyList(root));
     ASSERT_TRUE(back);
     EXPECT_EQ(back->properties.at("ports"), PropertyValue(normalizedDictionary(root.properties.at("ports"))));
@@ -132,7 +133,8 @@ TEST(SnapshotCodec, SeveralTopLevelEntriesHangUnderAnUnnamedRoot) {
 }
 
 TEST(SnapshotCodec, ATextWithANulByteIsLeftOutNotFatal) {
-    const auto bytes = readFileBytes(std::filesystem::path(KORVANE_TEST_DATA_DIR) / "fuzz-seeds/snapshot/nul-in-string.xml");
+    const auto bytes =
+        readFileBytes(std::filesystem::path(KORVANE_TEST_DATA_DIR) / "fuzz-seeds/snapshot/nul-in-string.xml");
     if (!bytes) {
         GTEST_SKIP() << "fixture missing: fuzz-seeds/snapshot/nul-in-string.xml";
     }
@@ -144,8 +146,8 @@ TEST(SnapshotCodec, ATextWithANulByteIsLeftOutNotFatal) {
 }
 
 TEST(SnapshotCodec, ABinaryKeyWithANulByteGivesNoTreeNotACrash) {
-    const auto bytes =
-        readFileBytes(std::filesystem::path(KORVANE_TEST_DATA_DIR) / "fuzz-seeds/snapshot/nul-in-binary-key.bplist");
+    const auto bytes = readFileBytes(std::filesystem::path(KORVANE_TEST_DATA_DIR) /
+                                     "fuzz-seeds/snapshot/nul-in-binary-key.bplist");
     if (!bytes) {
         GTEST_SKIP() << "fixture missing: fuzz-seeds/snapshot/nul-in-binary-key.bplist";
     }
@@ -160,7 +162,9 @@ struct RejectCase {
 
 class SnapshotRejectTest : public testing::TestWithParam<RejectCase> {};
 
-TEST_P(SnapshotRejectTest, GivesNoTree) { EXPECT_EQ(parseSnapshot(GetParam().bytes), nullptr); }
+TEST_P(SnapshotRejectTest, GivesNoTree) {
+    EXPECT_EQ(parseSnapshot(GetParam().bytes), nullptr);
+}
 
 std::string deepXML(int depth) {
     std::string text = "<plist version=\"1.0\">";
@@ -177,8 +181,9 @@ const RejectCase kRejects[] = {
     {"Empty", ""},
     {"NotAPropertyList", "+-o Root  <class IORegistryEntry>"},
     {"TruncatedXML", "<?xml version=\"1.0\"?><plist version=\"1.0\"><dict><key>IOObjectClass</key>"},
-    {"PlistOfAnotherShape", "<plist version=\"1.0\"><dict><key>$archiver</key><string>NSKeyedArchiver</string>"
-                            "</dict></plist>"},
+    {"PlistOfAnotherShape",
+     "<plist version=\"1.0\"><dict><key>$archiver</key><string>NSKeyedArchiver</string>"
+     "</dict></plist>"},
     {"ScalarAtTheTop", "<plist version=\"1.0\"><string>IOObjectClass</string></plist>"},
     {"NestedPastTheLimit", deepXML(5000)},
     {"TruncatedBinary", std::string("bplist00\xd1\x01\x02", 11)},
@@ -188,7 +193,8 @@ INSTANTIATE_TEST_SUITE_P(Inputs, SnapshotRejectTest, testing::ValuesIn(kRejects)
                          [](const testing::TestParamInfo<RejectCase>& row) { return row.param.name; });
 
 TEST(SnapshotCodec, TheIORegistryExplorerArchiveIsRejectedCleanly) {
-    const auto bytes = readFileBytes(std::filesystem::path(KORVANE_TEST_DATA_DIR) / "macos/iMac14-2/IORegistryExplorer.ioreg");
+    const auto bytes = readFileBytes(std::filesystem::path(KORVANE_TEST_DATA_DIR) /
+                                     "macos/iMac14-2/IORegistryExplorer.ioreg");
     if (!bytes) {
         GTEST_SKIP() << "fixture missing: macos/iMac14-2/IORegistryExplorer.ioreg";
     }
@@ -206,7 +212,8 @@ TEST(SnapshotCodec, WritesAtomicallyAndReportsFailures) {
     const auto back = parseSnapshot(*bytes);
     ASSERT_TRUE(back);
     EXPECT_TRUE(sameTree(*tree, *back));
-    EXPECT_EQ(folder.entries(), std::vector<std::string>{"registry.plist"}) << "no temporary file left behind";
+    EXPECT_EQ(folder.entries(), std::vector<std::string>{"registry.plist"})
+        << "no temporary file left behind";
 
     writeFileAtomically(folder.path() / "plain", "x");
     EXPECT_THROW(writeSnapshot(*tree, folder.path() / "plain" / "registry.plist"), std::system_error);

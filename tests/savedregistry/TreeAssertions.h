@@ -3,7 +3,6 @@
 #include "scanner/NativeUSBNode.h"
 
 #include <gtest/gtest.h>
-
 #include <string>
 
 namespace korvane {
@@ -13,9 +12,9 @@ inline testing::AssertionResult sameTree(const NativeUSBNode& a, const NativeUSB
                                          const std::string& where = "root") {
     const std::string here = where + "/" + a.name;
     if (a.name != b.name || a.location != b.location || a.className != b.className) {
-        return testing::AssertionFailure() << here << ": (" << a.name << ", " << a.location << ", " << a.className
-                                           << ") against (" << b.name << ", " << b.location << ", " << b.className
-                                           << ")";
+        return testing::AssertionFailure()
+               << here << ": (" << a.name << ", " << a.location << ", " << a.className << ") against ("
+               << b.name << ", " << b.location << ", " << b.className << ")";
     }
     if (a.properties != b.properties) {
         for (const auto& [key, value] : a.properties) {
@@ -27,8 +26,8 @@ inline testing::AssertionResult sameTree(const NativeUSBNode& a, const NativeUSB
         return testing::AssertionFailure() << here << ": the second tree has more properties";
     }
     if (a.children.size() != b.children.size()) {
-        return testing::AssertionFailure() << here << ": " << a.children.size() << " children against "
-                                           << b.children.size();
+        return testing::AssertionFailure()
+               << here << ": " << a.children.size() << " children against " << b.children.size();
     }
     for (std::size_t i = 0; i < a.children.size(); ++i) {
         if (a.children[i]->parent != &a || b.children[i]->parent != &b) {

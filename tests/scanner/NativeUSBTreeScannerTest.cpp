@@ -9,16 +9,16 @@ namespace korvane {
 namespace {
 
 class TreeSource : public RegistrySource {
-public:
+  public:
     explicit TreeSource(std::function<std::unique_ptr<NativeUSBNode>()> make) : make_(std::move(make)) {}
     std::unique_ptr<NativeUSBNode> copyRoot() const override { return make_(); }
 
-private:
+  private:
     std::function<std::unique_ptr<NativeUSBNode>()> make_;
 };
 
 class NativeUSBTreeScannerTest : public ::testing::Test {
-protected:
+  protected:
     TinyIDsDatabases databases;
     std::unique_ptr<NativeUSBNode> root = makeRoot();
 

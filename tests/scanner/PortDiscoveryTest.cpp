@@ -58,7 +58,7 @@ TEST(InferredPortNumber, LocationWinsElseNameDigitsPlusSixteenForSS) {
 }
 
 class ScanPorts : public ::testing::Test {
-protected:
+  protected:
     TinyIDsDatabases databases;
     std::unique_ptr<NativeUSBNode> root = makeRoot();
     NativeUSBNode& pci = addXHCIPCIDevice(*root, "XHC1", "14", 0x8086, 0xA36D);

@@ -17,7 +17,7 @@ namespace korvane {
 // A resolver over tiny hand-made databases in a private temporary folder; the
 // user's copy folder stays empty so only these two files count.
 class TinyIDsDatabases {
-public:
+  public:
     TinyIDsDatabases() {
         static std::atomic<int> counter{0};
         root_ = std::filesystem::temp_directory_path() /
@@ -50,7 +50,7 @@ public:
 
     IDsNameResolver& names() { return *names_; }
 
-private:
+  private:
     std::filesystem::path root_;
     std::unique_ptr<IDsNameResolver> names_;
 };

@@ -1,10 +1,9 @@
 #include "support/LiteralIDsWalk.h"
 
+#include <cstdio>
 #include <unicode/locid.h>
 #include <unicode/uchar.h>
 #include <unicode/ustring.h>
-
-#include <cstdio>
 
 namespace korvane {
 
@@ -55,7 +54,8 @@ LiteralIDsWalk::LiteralIDsWalk(std::string_view bytes) {
     if (decodeStatus != U_BUFFER_OVERFLOW_ERROR && U_FAILURE(decodeStatus)) {
         return;
     }
-    const icu::UnicodeString text = icu::UnicodeString::fromUTF8(icu::StringPiece(bytes.data(), static_cast<int32_t>(bytes.size())));
+    const icu::UnicodeString text =
+        icu::UnicodeString::fromUTF8(icu::StringPiece(bytes.data(), static_cast<int32_t>(bytes.size())));
     if (text.isEmpty()) {
         return;
     }
@@ -78,7 +78,8 @@ LiteralIDsWalk::LiteralIDsWalk(std::string_view bytes) {
     }
 }
 
-bool LiteralIDsWalk::startsWithCharacters(const icu::UnicodeString& text, const icu::UnicodeString& prefix) const {
+bool LiteralIDsWalk::startsWithCharacters(const icu::UnicodeString& text,
+                                          const icu::UnicodeString& prefix) const {
     if (!text.startsWith(prefix)) {
         return false;
     }

@@ -1,12 +1,11 @@
 #pragma once
 
-#include <unicode/brkiter.h>
-#include <unicode/unistr.h>
-
 #include <cstdint>
 #include <memory>
 #include <string>
 #include <string_view>
+#include <unicode/brkiter.h>
+#include <unicode/unistr.h>
 #include <vector>
 
 namespace korvane {
@@ -17,12 +16,12 @@ namespace korvane {
 // agree with. Lines are split, trimmed and lower-cased once up front, which
 // only saves repeating pure work; the walk itself is untouched. Not thread-safe.
 class LiteralIDsWalk {
-public:
+  public:
     explicit LiteralIDsWalk(std::string_view bytes);
 
     std::string name(std::int64_t vendorID, std::int64_t deviceID) const;
 
-private:
+  private:
     struct Line {
         bool isComment = false;
         bool startsWithTab = false;
@@ -30,7 +29,8 @@ private:
         icu::UnicodeString lowered;
     };
 
-    bool matches(const Line& line, const icu::UnicodeString& hex, const icu::UnicodeString& hexAndBlank) const;
+    bool matches(const Line& line, const icu::UnicodeString& hex,
+                 const icu::UnicodeString& hexAndBlank) const;
     icu::UnicodeString dropFirstFourCharacters(const icu::UnicodeString& text) const;
     bool startsWithCharacters(const icu::UnicodeString& text, const icu::UnicodeString& prefix) const;
 

@@ -14,7 +14,7 @@ namespace korvane {
 // Background tasks queue until runBackground() or runUntilIdle(); while one
 // runs, runOnMainAndWait() runs its task inline, as if the hop were instant.
 class ManualScheduler final : public Scheduler {
-public:
+  public:
     void postToMain(Task task) override;
     std::shared_ptr<CancellableWork> postToMainAfter(Seconds delay, Task task) override;
     void runOnMainAndWait(Task task) override;
@@ -34,7 +34,7 @@ public:
     std::size_t pendingTimers() const { return timers_.size(); }
     std::vector<Priority> backgroundPriorities() const;
 
-private:
+  private:
     struct Timer {
         Seconds due;
         std::uint64_t order;

@@ -1,10 +1,9 @@
 #pragma once
 
-#include <unistd.h>
-
 #include <algorithm>
 #include <filesystem>
 #include <string>
+#include <unistd.h>
 #include <vector>
 
 namespace korvane {
@@ -12,7 +11,7 @@ namespace korvane {
 // A fresh folder under the system's temporary folder, removed with everything
 // in it when the test ends.
 class TempFolder {
-public:
+  public:
     TempFolder() {
         std::string pattern = (std::filesystem::temp_directory_path() / "korvane-test-XXXXXX").string();
         if (!mkdtemp(pattern.data())) {
@@ -39,7 +38,7 @@ public:
         return names;
     }
 
-private:
+  private:
     std::filesystem::path path_;
 };
 

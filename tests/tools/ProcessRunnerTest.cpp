@@ -3,15 +3,14 @@
 #include "records/CollectorError.h"
 #include "support/TempFolder.h"
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-#include <unistd.h>
-
 #include <chrono>
 #include <fstream>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
 #include <sstream>
 #include <system_error>
 #include <thread>
+#include <unistd.h>
 
 namespace korvane {
 namespace {
@@ -109,16 +108,20 @@ TEST(ProcessRunnerTest, NonZeroStatusFailsWithPathArgsAndOutput) {
 }
 
 TEST(ProcessRunnerTest, InvalidUTF8InAFailureLeavesTheOutputEmpty) {
-    EXPECT_EQ(failureOf([] { sh("printf '\\377'; exit 3"); }), "Command failed: /bin/sh -c printf '\\377'; exit 3\n");
+    EXPECT_EQ(failureOf([] { sh("printf '\\377'; exit 3"); }),
+              "Command failed: /bin/sh -c printf '\\377'; exit 3\n");
 }
 
 TEST(ProcessRunnerTest, EmptyArgumentsStillHaveTheBlankAfterThePath) {
-    EXPECT_EQ(failureOf([] { runProcess("/bin/false", {}, std::nullopt, 10); }), "Command failed: /bin/false \n");
-    EXPECT_EQ(runProcessCapturing("/nonexistent/tool", {}, 10), "Failure/timeout while running /nonexistent/tool ");
+    EXPECT_EQ(failureOf([] { runProcess("/bin/false", {}, std::nullopt, 10); }),
+              "Command failed: /bin/false \n");
+    EXPECT_EQ(runProcessCapturing("/nonexistent/tool", {}, 10),
+              "Failure/timeout while running /nonexistent/tool ");
 }
 
 TEST(ProcessRunnerTest, DeathBySignalIsAFailure) {
-    EXPECT_THAT(failureOf([] { sh("echo before; kill -KILL $$"); }), StartsWith("Command failed: /bin/sh -c "));
+    EXPECT_THAT(failureOf([] { sh("echo before; kill -KILL $$"); }),
+                StartsWith("Command failed: /bin/sh -c "));
 }
 
 TEST(ProcessRunnerTest, LaunchFailureIsThePlatformsOwnError) {
@@ -133,9 +136,11 @@ TEST(ProcessRunnerTest, LaunchFailureIsThePlatformsOwnError) {
         const char* words;
     };
     const Case cases[] = {
-        {"/nonexistent/tool", std::nullopt, std::errc::no_such_file_or_directory, "No such file or directory"},
+        {"/nonexistent/tool", std::nullopt, std::errc::no_such_file_or_directory,
+         "No such file or directory"},
         {notExecutable.string(), std::nullopt, std::errc::permission_denied, "Permission denied"},
-        {"/bin/true", folder.path() / "missing", std::errc::no_such_file_or_directory, "No such file or directory"},
+        {"/bin/true", folder.path() / "missing", std::errc::no_such_file_or_directory,
+         "No such file or directory"},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.path);
@@ -147,7 +152,8 @@ TEST(ProcessRunnerTest, LaunchFailureIsThePlatformsOwnError) {
             EXPECT_STREQ(error.what(), c.words) << "not wrapped, no prefix";
         }
         if (!c.directory) {
-            EXPECT_EQ(runProcessCapturing(c.path, {"a", "b"}, 10), "Failure/timeout while running " + c.path + " a b");
+            EXPECT_EQ(runProcessCapturing(c.path, {"a", "b"}, 10),
+                      "Failure/timeout while running " + c.path + " a b");
         }
     }
 }
@@ -201,8 +207,10 @@ TEST(ProcessRunnerTest, ParallelCallsKeepTheirOwnOutput) {
     std::vector<std::string> results(4);
     std::vector<std::thread> threads;
     for (int i = 0; i < 4; ++i) {
-        threads.emplace_back([&results, i] { results[i] = sh("i=0; while [ $i -lt 2000 ]; do echo " +
-                                                            std::to_string(i) + "; i=$((i+1)); done"); });
+        threads.emplace_back([&results, i] {
+            results[i] =
+                sh("i=0; while [ $i -lt 2000 ]; do echo " + std::to_string(i) + "; i=$((i+1)); done");
+        });
     }
     for (auto& thread : threads) {
         thread.join();

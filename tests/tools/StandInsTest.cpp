@@ -1,18 +1,17 @@
 // The ditto and plutil stand-ins, run the way the generator runs them.
 
-#include "support/BuildTree.h"
 #include "records/CollectorError.h"
 #include "records/FileIO.h"
+#include "support/BuildTree.h"
 #include "support/TempFolder.h"
 #include "tools/ProcessRunner.h"
 #include "tools/PropertyList.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <map>
 #include <sys/stat.h>
 #include <zip.h>
-
-#include <map>
 
 namespace korvane {
 namespace {
@@ -91,13 +90,15 @@ TEST(DittoTest, ZipsTheFolderItselfWithEverythingBelowAndTheModes) {
     for (const auto& [name, entry] : entries) {
         names.push_back(name);
     }
-    EXPECT_THAT(names, testing::ElementsAre("KorvaneGenerator_Work/", "KorvaneGenerator_Work/Korvane.kext/",
-                                            "KorvaneGenerator_Work/Korvane.kext/Contents/",
-                                            "KorvaneGenerator_Work/Korvane.kext/Contents/Info.plist",
-                                            "KorvaneGenerator_Work/empty/", "KorvaneGenerator_Work/link",
-                                            "KorvaneGenerator_Work/report.txt", "KorvaneGenerator_Work/run.sh"));
+    EXPECT_THAT(names,
+                testing::ElementsAre("KorvaneGenerator_Work/", "KorvaneGenerator_Work/Korvane.kext/",
+                                     "KorvaneGenerator_Work/Korvane.kext/Contents/",
+                                     "KorvaneGenerator_Work/Korvane.kext/Contents/Info.plist",
+                                     "KorvaneGenerator_Work/empty/", "KorvaneGenerator_Work/link",
+                                     "KorvaneGenerator_Work/report.txt", "KorvaneGenerator_Work/run.sh"));
     EXPECT_EQ(entries.at("KorvaneGenerator_Work/Korvane.kext/Contents/Info.plist").contents, "<plist/>");
-    EXPECT_EQ(entries.at("KorvaneGenerator_Work/report.txt"), (ZipEntry{std::string(100000, 'r'), S_IFREG | 0600}));
+    EXPECT_EQ(entries.at("KorvaneGenerator_Work/report.txt"),
+              (ZipEntry{std::string(100000, 'r'), S_IFREG | 0600}));
     EXPECT_EQ(entries.at("KorvaneGenerator_Work/run.sh").mode, unsigned(S_IFREG | 0755));
     EXPECT_EQ(entries.at("KorvaneGenerator_Work/link"), (ZipEntry{"report.txt", S_IFLNK | 0777}));
     EXPECT_TRUE(S_ISDIR(entries.at("KorvaneGenerator_Work/empty/").mode));
@@ -139,15 +140,19 @@ TEST(PlutilTest, LintSaysOKForXMLAndBinaryAndFailsOnAnythingElse) {
     const auto xml = folder.path() / "Info.plist";
     const auto binary = folder.path() / "binary.plist";
     const auto broken = folder.path() / "broken.plist";
-    writeFileAtomically(xml, "<?xml version=\"1.0\"?><plist version=\"1.0\"><dict><key>A</key><true/></dict></plist>");
+    writeFileAtomically(
+        xml, "<?xml version=\"1.0\"?><plist version=\"1.0\"><dict><key>A</key><true/></dict></plist>");
     writeFileAtomically(binary, binaryPlist());
     writeFileAtomically(broken, "<?xml version=\"1.0\"?><plist version=\"1.0\"><dict><key>A</key>");
 
     EXPECT_EQ(runProcess(tools.plutil, {"-lint", xml.string()}, std::nullopt, 60), xml.string() + ": OK\n");
-    EXPECT_EQ(runProcess(tools.plutil, {"-lint", binary.string()}, std::nullopt, 60), binary.string() + ": OK\n");
-    EXPECT_THAT(failureOf(tools.plutil, {"-lint", broken.string()}),
-                StartsWith("Command failed: " + tools.plutil + " -lint " + broken.string() + "\n" + broken.string()));
-    EXPECT_THAT(failureOf(tools.plutil, {"-lint", (folder.path() / "missing").string()}), HasSubstr("missing"));
+    EXPECT_EQ(runProcess(tools.plutil, {"-lint", binary.string()}, std::nullopt, 60),
+              binary.string() + ": OK\n");
+    EXPECT_THAT(
+        failureOf(tools.plutil, {"-lint", broken.string()}),
+        StartsWith("Command failed: " + tools.plutil + " -lint " + broken.string() + "\n" + broken.string()));
+    EXPECT_THAT(failureOf(tools.plutil, {"-lint", (folder.path() / "missing").string()}),
+                HasSubstr("missing"));
 }
 
 TEST(PlutilTest, ConvertRewritesAsXMLInPlaceOrIntoAnotherFile) {
@@ -155,7 +160,8 @@ TEST(PlutilTest, ConvertRewritesAsXMLInPlaceOrIntoAnotherFile) {
     const auto binary = folder.path() / "a.plist";
     writeFileAtomically(binary, binaryPlist());
 
-    runProcess(tools.plutil, {"-convert", "xml1", binary.string(), "-o", (folder.path() / "b.plist").string()},
+    runProcess(tools.plutil,
+               {"-convert", "xml1", binary.string(), "-o", (folder.path() / "b.plist").string()},
                std::nullopt, 60);
     EXPECT_EQ(readFileBytes(binary), binaryPlist()) << "-o leaves the source alone";
 

@@ -4,16 +4,14 @@
 
 #include <QApplication>
 #include <QImage>
-
-#include <gtest/gtest.h>
-
 #include <fstream>
+#include <gtest/gtest.h>
 
 namespace korvane {
 namespace {
 
 class AnimatedHeaderIconTest : public testing::Test {
-protected:
+  protected:
     void SetUp() override {
         if (!qApp) {
             GTEST_SKIP() << "no Qt platform: run under ctest, which sets QT_QPA_PLATFORM=offscreen";

@@ -6,10 +6,8 @@
 #include <QMainWindow>
 #include <QMenuBar>
 #include <QMessageBox>
-
-#include <gtest/gtest.h>
-
 #include <algorithm>
+#include <gtest/gtest.h>
 #include <map>
 
 namespace korvane {
@@ -30,10 +28,12 @@ TEST_P(AppMenusAbout, VersionLine) {
 
 INSTANTIATE_TEST_SUITE_P(
     Bundles, AppMenusAbout,
-    testing::Values(AboutCase{"Texts", {{"CFBundleShortVersionString", "2.3"}, {"CFBundleVersion", "41"}},
+    testing::Values(AboutCase{"Texts",
+                              {{"CFBundleShortVersionString", "2.3"}, {"CFBundleVersion", "41"}},
                               "KorvaneGenerator v2.3 (41)"},
                     AboutCase{"Missing", {}, "KorvaneGenerator v1.0 (1)"},
-                    AboutCase{"Numbers", {{"CFBundleShortVersionString", 2.3}, {"CFBundleVersion", 41}},
+                    AboutCase{"Numbers",
+                              {{"CFBundleShortVersionString", 2.3}, {"CFBundleVersion", 41}},
                               "KorvaneGenerator v1.0 (1)"}),
     [](const testing::TestParamInfo<AboutCase>& row) { return std::string(row.param.name); });
 
@@ -48,7 +48,7 @@ TEST(AppMenusTest, AboutTextHasTheMakerAndThePromise) {
 }
 
 class AppMenusBoxes : public testing::Test {
-protected:
+  protected:
     void SetUp() override {
         if (!qApp) {
             GTEST_SKIP() << "no Qt platform: run under ctest, which sets QT_QPA_PLATFORM=offscreen";
@@ -99,7 +99,8 @@ TEST_F(AppMenusBoxes, AboutEmailOpensMailAndOKNothing) {
 TEST_F(AppMenusBoxes, HelpHasItsTextAndOneButton) {
     auto box = AppMenus::makeHelpBox();
     EXPECT_EQ(box->text(), "KorvaneGenerator Help");
-    EXPECT_TRUE(box->informativeText().startsWith("KorvaneGenerator generates Korvane.kext from live IOKit USB"));
+    EXPECT_TRUE(
+        box->informativeText().startsWith("KorvaneGenerator generates Korvane.kext from live IOKit USB"));
     EXPECT_TRUE(box->informativeText().endsWith("and does not require a saved .ioreg file."));
     EXPECT_EQ(buttonTexts(*box), QStringList{"OK"});
 }

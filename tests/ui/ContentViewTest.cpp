@@ -11,10 +11,8 @@
 #include <QLabel>
 #include <QPushButton>
 #include <QScrollBar>
-
-#include <gmock/gmock.h>
-
 #include <fstream>
+#include <gmock/gmock.h>
 
 namespace korvane {
 namespace {
@@ -22,11 +20,12 @@ namespace {
 using testing::ElementsAre;
 
 USBControllerMap intelXHC(std::vector<USBPortMap> ports) {
-    return makeController("XHC", 0x8086, 0xa36d, std::move(ports), "Cannon Lake PCH USB 3.1 xHCI Host Controller");
+    return makeController("XHC", 0x8086, 0xa36d, std::move(ports),
+                          "Cannon Lake PCH USB 3.1 xHCI Host Controller");
 }
 
 class ContentViewTest : public ViewFixture {
-public:
+  public:
     void SetUp() override {
         ViewFixture::SetUp();
         if (!IsSkipped()) {
@@ -71,16 +70,16 @@ TEST_P(ContentViewControls, EnableAndLabelTheButtons) {
     EXPECT_EQ(p.badge->text(), want.badge);
 }
 
-const std::vector<USBControllerMap> twoControllers = {
-    intelXHC(makePorts(4, 1)), makeController("XHC2", 0x1b73, 0x1100, makePorts(2))};
+const std::vector<USBControllerMap> twoControllers = {intelXHC(makePorts(4, 1)),
+                                                      makeController("XHC2", 0x1b73, 0x1100, makePorts(2))};
 
 INSTANTIATE_TEST_SUITE_P(
     States, ContentViewControls,
     testing::Values(
-        ControlStates{"NoControllers", [](ContentViewTest& f) { f.scanShowing({}); },
-                      true, true, false, false, true, false, true, "Reset Ports", "Update IDs", "Ready"},
-        ControlStates{"Loaded", [](ContentViewTest& f) { f.scanShowing(twoControllers); },
-                      true, true, true, true, true, false, true, "Reset Ports", "Update IDs", "Ready"},
+        ControlStates{"NoControllers", [](ContentViewTest& f) { f.scanShowing({}); }, true, true, false,
+                      false, true, false, true, "Reset Ports", "Update IDs", "Ready"},
+        ControlStates{"Loaded", [](ContentViewTest& f) { f.scanShowing(twoControllers); }, true, true, true,
+                      true, true, false, true, "Reset Ports", "Update IDs", "Ready"},
         ControlStates{"Scanning",
                       [](ContentViewTest& f) {
                           f.scanShowing(twoControllers);
@@ -98,7 +97,8 @@ INSTANTIATE_TEST_SUITE_P(
                           f.scanShowing(twoControllers);
                           f.model->startCollection();
                       },
-                      false, false, false, false, false, false, false, "Reset Ports", "Update IDs", "Running"},
+                      false, false, false, false, false, false, false, "Reset Ports", "Update IDs",
+                      "Running"},
         ControlStates{"Completed",
                       [](ContentViewTest& f) {
                           f.scanShowing(twoControllers);
@@ -157,7 +157,8 @@ TEST_F(ContentViewTest, FirstAppearanceStartsTheModelOnce) {
 }
 
 TEST_F(ContentViewTest, CounterCountsStaleKeysToo) {
-    scanShowing({intelXHC({makePort("HS01", 1, "Keyboard"), makePort("HS02", 2, "Mouse"), makePort("HS03", 3)})});
+    scanShowing(
+        {intelXHC({makePort("HS01", 1, "Keyboard"), makePort("HS02", 2, "Mouse"), makePort("HS03", 3)})});
     EXPECT_EQ(parts().counter->text(), "2/3 selected");
     // HS02 and HS03 vanish; HS02's key stays selected.
     scans.push_back({{intelXHC({makePort("HS01", 1, "Keyboard")})}});

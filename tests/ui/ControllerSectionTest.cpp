@@ -29,12 +29,13 @@ TEST_P(ControllerSectionHeaders, Texts) {
 
 INSTANTIATE_TEST_SUITE_P(
     Controllers, ControllerSectionHeaders,
-    testing::Values(
-        HeaderCase{"Named", makeController("XHC1", 0x8086, 0xa36d, makePorts(3), "Cannon Lake PCH"), "XHC1",
-                   "8086:A36D", "Cannon Lake PCH", "3 port(s)"},
-        HeaderCase{"Unnamed", makeController("", 0x1b73, 0x1100, makePorts(1)), "USB Controller", "1B73:1100", "",
-                   "1 port(s)"},
-        HeaderCase{"NoPorts", makeController("XHC9", 0x1, 0xabcde, {}), "XHC9", "0001:ABCDE", "", "0 port(s)"}),
+    testing::Values(HeaderCase{"Named",
+                               makeController("XHC1", 0x8086, 0xa36d, makePorts(3), "Cannon Lake PCH"),
+                               "XHC1", "8086:A36D", "Cannon Lake PCH", "3 port(s)"},
+                    HeaderCase{"Unnamed", makeController("", 0x1b73, 0x1100, makePorts(1)), "USB Controller",
+                               "1B73:1100", "", "1 port(s)"},
+                    HeaderCase{"NoPorts", makeController("XHC9", 0x1, 0xabcde, {}), "XHC9", "0001:ABCDE", "",
+                               "0 port(s)"}),
     [](const testing::TestParamInfo<HeaderCase>& row) { return std::string(row.param.name); });
 
 TEST_F(ControllerSectionTest, RowsAreMadeOnFirstOpeningAndKeptAfter) {

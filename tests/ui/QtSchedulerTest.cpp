@@ -3,16 +3,14 @@
 #include <QApplication>
 #include <QElapsedTimer>
 #include <QThread>
-
-#include <gtest/gtest.h>
-
 #include <atomic>
+#include <gtest/gtest.h>
 
 namespace korvane {
 namespace {
 
 class QtSchedulerTest : public testing::Test {
-protected:
+  protected:
     void SetUp() override {
         if (!qApp) {
             GTEST_SKIP() << "no Qt platform: run under ctest, which sets QT_QPA_PLATFORM=offscreen";

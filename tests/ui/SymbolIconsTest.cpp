@@ -2,14 +2,13 @@
 
 #include <QApplication>
 #include <QImage>
-
 #include <gtest/gtest.h>
 
 namespace korvane {
 namespace {
 
 class SymbolIconsTest : public testing::TestWithParam<const char*> {
-protected:
+  protected:
     void SetUp() override {
         if (!qApp) {
             GTEST_SKIP() << "no Qt platform: run under ctest, which sets QT_QPA_PLATFORM=offscreen";
@@ -38,8 +37,8 @@ TEST_P(SymbolIconsTest, GlyphIsPaintedInTheGivenColour) {
 
 INSTANTIATE_TEST_SUITE_P(Window, SymbolIconsTest,
                          testing::Values("arrow.clockwise", "arrow.down.doc.fill",
-                                         "externaldrive.connected.to.line.below.fill", "folder.fill", "heart.fill",
-                                         "chevron.down", "chevron.right"),
+                                         "externaldrive.connected.to.line.below.fill", "folder.fill",
+                                         "heart.fill", "chevron.down", "chevron.right"),
                          [](const testing::TestParamInfo<const char*>& row) {
                              std::string name = row.param;
                              std::erase(name, '.');

@@ -10,7 +10,7 @@ namespace korvane {
 namespace {
 
 class USBPortEditRowTest : public ViewFixture {
-protected:
+  protected:
     // The row of the controller's first port, after a scan that shows it.
     USBPortEditRow& rowFor(USBPortMap port) {
         controller = makeController("XHC", 0x8086, 0xa36d, {std::move(port)});
@@ -30,7 +30,8 @@ TEST_F(USBPortEditRowTest, ShowsTheDeviceOrADimmedPlaceholder) {
         QString shown;
         int alpha;
     };
-    for (const Case& c : {Case{"", "No active device", 140}, Case{"Apple Keyboard (Hub port 2)", "Apple Keyboard (Hub port 2)", 255}}) {
+    for (const Case& c : {Case{"", "No active device", 140},
+                          Case{"Apple Keyboard (Hub port 2)", "Apple Keyboard (Hub port 2)", 255}}) {
         SCOPED_TRACE(c.device);
         USBPortEditRow& shown = rowFor(makePort("HS01", 1, c.device));
         EXPECT_EQ(shown.deviceLabel()->text(), c.shown);

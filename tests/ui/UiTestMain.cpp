@@ -2,16 +2,14 @@
 // tests run (listing them needs no display).
 
 #include <QApplication>
-
-#include <gtest/gtest.h>
-
 #include <cstdlib>
+#include <gtest/gtest.h>
 #include <memory>
 
 namespace {
 
 class QtApplicationEnvironment : public testing::Environment {
-public:
+  public:
     QtApplicationEnvironment(int& argc, char** argv) : argc_(argc), argv_(argv) {}
 
     void SetUp() override {
@@ -22,7 +20,7 @@ public:
     }
     void TearDown() override { application_.reset(); }
 
-private:
+  private:
     int& argc_;
     char** argv_;
     std::unique_ptr<QApplication> application_;

@@ -1,16 +1,14 @@
 #pragma once
 
 #include "collector/CollectorModel.h"
+#include "support/BuildTree.h"
 #include "support/ManualScheduler.h"
 #include "support/TempFolder.h"
-#include "support/BuildTree.h"
 
 #include <QApplication>
 #include <QComboBox>
-
-#include <gtest/gtest.h>
-
 #include <deque>
+#include <gtest/gtest.h>
 
 namespace korvane {
 
@@ -40,7 +38,8 @@ inline std::vector<USBPortMap> makePorts(int count, int active = 0) {
     for (int i = 1; i <= count; ++i) {
         char name[16];
         std::snprintf(name, sizeof name, "HS%02d", i);
-        ports.push_back(makePort(name, static_cast<std::uint32_t>(i), i <= active ? "Device " + std::to_string(i) : ""));
+        ports.push_back(
+            makePort(name, static_cast<std::uint32_t>(i), i <= active ? "Device " + std::to_string(i) : ""));
     }
     return ports;
 }
@@ -62,7 +61,7 @@ inline USBControllerMap makeController(std::string name, std::int64_t vendor, st
 // (the last one again once the queue is empty). Skips when there is no Qt
 // platform to make widgets on.
 class ViewFixture : public testing::Test {
-public:
+  public:
     void SetUp() override {
         if (!qApp) {
             GTEST_SKIP() << "no Qt platform: run under ctest, which sets QT_QPA_PLATFORM=offscreen";
@@ -76,8 +75,9 @@ public:
                                          .desktopURL = [this] { return home.path() / "Desktop"; }};
         environment.idsLocations = {home.path() / "support", home.path() / "resources"};
         // An update that never reaches a network: the test decides when it ends.
-        environment.idsSources = {"https://pci.example/pci.ids", "https://usb.example/usb.ids",
-                                  [](const std::string&) -> HTTPResponse { throw std::runtime_error("offline"); }};
+        environment.idsSources = {
+            "https://pci.example/pci.ids", "https://usb.example/usb.ids",
+            [](const std::string&) -> HTTPResponse { throw std::runtime_error("offline"); }};
         model = CollectorModel::create(std::move(environment));
     }
 

@@ -20,8 +20,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const korvane::IDsDatabaseText indexed(text);
     const korvane::LiteralIDsWalk reference(text);
     // The text's own hex fields as well, so matches aren't left to chance.
-    for (const auto& [vendor, device] : {std::pair{vendorID, deviceID}, std::pair{vendorID, vendorID},
-                                         std::pair{deviceID, deviceID}}) {
+    for (const auto& [vendor, device] :
+         {std::pair{vendorID, deviceID}, std::pair{vendorID, vendorID}, std::pair{deviceID, deviceID}}) {
         if (indexed.name(vendor, device) != reference.name(vendor, device)) {
             std::fprintf(stderr, "disagreement for %04llx:%04llx\n", static_cast<unsigned long long>(vendor),
                          static_cast<unsigned long long>(device));

@@ -1,5 +1,4 @@
 #include "platform/LiveSources.h"
-
 #include "platform/linux/SysfsRegistrySource.h"
 #include "platform/linux/UdevHotplugSource.h"
 

@@ -1,5 +1,4 @@
 #include "platform/PlatformFolders.h"
-
 #include "records/FileIO.h"
 
 #include <sstream>

@@ -96,7 +96,7 @@ PropertyDictionary SysfsPCIDevice::properties() const {
     const auto classCode = sysfs::readHex(directory_ / "class");
 
     const std::pair<const char*, const std::optional<std::uint32_t>&> words[] = {
-        {"vendor-id", vendor},      {"device-id", device}, {"subsystem-vendor-id", subsystemVendor},
+        {"vendor-id", vendor},       {"device-id", device},     {"subsystem-vendor-id", subsystemVendor},
         {"subsystem-id", subsystem}, {"revision-id", revision}, {"class-code", classCode}};
     for (const auto& [key, value] : words) {
         if (value) {

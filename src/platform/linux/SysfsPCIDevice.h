@@ -27,7 +27,7 @@ struct PCIAddress {
 // as 4-byte little-endian data, `name`/`IOName` from the firmware when it
 // describes the device, `compatible`, `acpi-path` and `location`.
 class SysfsPCIDevice {
-public:
+  public:
     SysfsPCIDevice(std::filesystem::path directory, PCIAddress address)
         : directory_(std::move(directory)), address_(address) {}
 
@@ -38,7 +38,7 @@ public:
     const std::filesystem::path& directory() const { return directory_; }
     const PCIAddress& address() const { return address_; }
 
-private:
+  private:
     std::filesystem::path directory_;
     PCIAddress address_;
 };

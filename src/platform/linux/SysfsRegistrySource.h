@@ -19,14 +19,14 @@ class SysfsTreeBuilder;
 // files and missing links give poorer nodes; the walk never follows a
 // symbolic link into a directory, so a link loop can't hold it.
 class SysfsRegistrySource final : public RegistrySource {
-public:
+  public:
     explicit SysfsRegistrySource(std::filesystem::path sysfsRoot = "/sys");
 
     std::unique_ptr<NativeUSBNode> copyRoot() const override;
 
-private:
-    void addPCIChildren(NativeUSBNode& parent, const std::filesystem::path& directory, SysfsTreeBuilder& builder,
-                        int depth) const;
+  private:
+    void addPCIChildren(NativeUSBNode& parent, const std::filesystem::path& directory,
+                        SysfsTreeBuilder& builder, int depth) const;
 
     std::filesystem::path root_;
 };

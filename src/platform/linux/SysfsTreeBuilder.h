@@ -10,7 +10,7 @@ namespace korvane {
 // Makes the nodes of a sysfs tree and keeps the tree bounded: a fixture or a
 // broken kernel could otherwise make a walk build without end.
 class SysfsTreeBuilder {
-public:
+  public:
     // Far above any real machine: a loaded workstation has a few thousand.
     static constexpr std::size_t defaultMaxNodes = 200000;
     // PCI bridges and USB hubs together; USB allows 7 tiers, PCI nesting in
@@ -25,7 +25,7 @@ public:
 
     bool isExhausted() const { return remaining_ == 0; }
 
-private:
+  private:
     std::size_t remaining_;
 };
 

@@ -59,8 +59,9 @@ std::uint32_t SysfsUSBDevice::locationBelow(std::uint32_t hubLocation, int tier,
 
 PropertyDictionary SysfsUSBDevice::properties() const {
     PropertyDictionary properties;
-    const std::pair<const char*, const char*> texts[] = {
-        {"USB Product Name", "product"}, {"USB Vendor Name", "manufacturer"}, {"USB Serial Number", "serial"}};
+    const std::pair<const char*, const char*> texts[] = {{"USB Product Name", "product"},
+                                                         {"USB Vendor Name", "manufacturer"},
+                                                         {"USB Serial Number", "serial"}};
     for (const auto& [key, file] : texts) {
         if (auto text = sysfs::readText(directory_ / file)) {
             properties[key] = *text;
@@ -95,7 +96,8 @@ void SysfsUSBDevice::addTo(NativeUSBNode& parent, SysfsTreeBuilder& builder, int
     }
 }
 
-void SysfsUSBDevice::addInterfacesAndChildren(NativeUSBNode& device, SysfsTreeBuilder& builder, int depth) const {
+void SysfsUSBDevice::addInterfacesAndChildren(NativeUSBNode& device, SysfsTreeBuilder& builder,
+                                              int depth) const {
     const std::string name = directory_.filename().string();
     std::map<std::uint32_t, NativeUSBNode*> hubPorts;
     for (const auto& entry : sysfs::subdirectories(directory_)) {
@@ -105,7 +107,8 @@ void SysfsUSBDevice::addInterfacesAndChildren(NativeUSBNode& device, SysfsTreeBu
         const auto interfaceDirectory = directory_ / entry;
         PropertyDictionary interface;
         interface["IOName"] = sysfs::readText(interfaceDirectory / "interface").value_or(entry);
-        for (const char* key : {"bInterfaceNumber", "bInterfaceClass", "bInterfaceSubClass", "bInterfaceProtocol"}) {
+        for (const char* key :
+             {"bInterfaceNumber", "bInterfaceClass", "bInterfaceSubClass", "bInterfaceProtocol"}) {
             if (auto value = sysfs::readHex(interfaceDirectory / key)) {
                 interface[key] = std::int64_t{*value};
             }

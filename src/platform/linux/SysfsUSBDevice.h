@@ -14,7 +14,7 @@ namespace korvane {
 // Mac gives it, its interfaces ("IOUSBHostInterface") and, for a hub, the
 // hub's own ports with their devices below them.
 class SysfsUSBDevice {
-public:
+  public:
     SysfsUSBDevice(std::filesystem::path directory, std::uint32_t locationID, int tier)
         : directory_(std::move(directory)), locationID_(locationID), tier_(tier) {}
 
@@ -33,7 +33,7 @@ public:
     // per tier below the controller's byte, as the Mac numbers them.
     static std::uint32_t locationBelow(std::uint32_t hubLocation, int tier, std::uint32_t port);
 
-private:
+  private:
     PropertyDictionary properties() const;
     void addInterfacesAndChildren(NativeUSBNode& device, SysfsTreeBuilder& builder, int depth) const;
 

@@ -77,7 +77,8 @@ std::vector<std::pair<std::uint32_t, std::optional<std::filesystem::path>>> port
         }
     }
     if (ports.empty()) {
-        const auto count = std::min(sysfs::readDecimal(hub.directory / "maxchild").value_or(0), maxRootHubPorts);
+        const auto count =
+            std::min(sysfs::readDecimal(hub.directory / "maxchild").value_or(0), maxRootHubPorts);
         for (std::uint32_t position = 1; position <= count; ++position) {
             ports.emplace_back(position, std::nullopt);
         }
@@ -118,8 +119,7 @@ const char* numberSourceText(SysfsXHCIService::NumberSource source) {
 } // namespace
 
 std::vector<SysfsXHCIService::RootPort> SysfsXHCIService::rootPorts() const {
-    const auto layout =
-        XHCIPortLayout::read(debugfsRoot_ / "usb" / "xhci" / pci_.directory().filename());
+    const auto layout = XHCIPortLayout::read(debugfsRoot_ / "usb" / "xhci" / pci_.directory().filename());
     std::vector<RootPort> ports;
     std::uint32_t usb2Count = 0;
     std::vector<std::optional<std::string>> peerLinks;

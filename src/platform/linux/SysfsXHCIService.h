@@ -15,7 +15,7 @@ namespace korvane {
 // port of the controller's two root hubs (USB 2 first, then USB 3) and the
 // attached devices below the ports.
 class SysfsXHCIService {
-public:
+  public:
     // Where a port's controller number came from. Only the first two are
     // facts; the last is a guess and says so in the tree.
     enum class NumberSource { firmware, debugfs, rootHubPosition };
@@ -40,7 +40,7 @@ public:
     // The ports of both root hubs, named, numbered and typed; exposed for tests.
     std::vector<RootPort> rootPorts() const;
 
-private:
+  private:
     const SysfsPCIDevice& pci_;
     std::filesystem::path debugfsRoot_; // <sysfs root>/kernel/debug
 };

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <libudev.h>
-
 #include <memory>
 
 namespace korvane {

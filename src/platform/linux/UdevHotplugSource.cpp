@@ -2,14 +2,13 @@
 
 #include "platform/linux/UdevHandles.h"
 
+#include <cerrno>
+#include <cstring>
 #include <fcntl.h>
+#include <filesystem>
 #include <poll.h>
 #include <sys/eventfd.h>
 #include <unistd.h>
-
-#include <cerrno>
-#include <cstring>
-#include <filesystem>
 
 namespace korvane {
 

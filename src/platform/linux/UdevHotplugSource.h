@@ -21,7 +21,7 @@ namespace korvane {
 // udevd such as an initramfs). A source that can't be opened leaves the
 // monitor silent.
 class UdevHotplugSource final : public HotplugSource {
-public:
+  public:
     explicit UdevHotplugSource(Scheduler& scheduler, std::string netlinkSource = "udev");
     ~UdevHotplugSource() override;
 
@@ -36,7 +36,7 @@ public:
     // "udev" when udevd runs on this machine, else "kernel".
     static std::string preferredNetlinkSource();
 
-private:
+  private:
     struct Monitor;
 
     Scheduler& scheduler_;

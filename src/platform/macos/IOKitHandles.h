@@ -2,14 +2,13 @@
 
 #include <CoreFoundation/CoreFoundation.h>
 #include <IOKit/IOKitLib.h>
-
 #include <utility>
 
 namespace korvane {
 
 // Owns one IOKit object handle (entry, iterator, service) and releases it.
 class IOObject {
-public:
+  public:
     IOObject() = default;
     explicit IOObject(io_object_t object) : object_(object) {}
     ~IOObject() { reset(); }
@@ -37,14 +36,13 @@ public:
         }
     }
 
-private:
+  private:
     io_object_t object_ = IO_OBJECT_NULL;
 };
 
 // Owns one CoreFoundation reference obtained under the Create/Copy rule.
-template <typename Ref>
-class CFOwned {
-public:
+template <typename Ref> class CFOwned {
+  public:
     CFOwned() = default;
     explicit CFOwned(Ref ref) : ref_(ref) {}
     ~CFOwned() {
@@ -68,7 +66,7 @@ public:
     Ref get() const { return ref_; }
     explicit operator bool() const { return ref_ != nullptr; }
 
-private:
+  private:
     Ref ref_ = nullptr;
 };
 

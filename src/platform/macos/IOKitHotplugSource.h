@@ -4,7 +4,6 @@
 #include "collector/Scheduler.h"
 
 #include <IOKit/IOKitLib.h>
-
 #include <functional>
 #include <memory>
 #include <vector>
@@ -16,7 +15,7 @@ namespace korvane {
 // Each notification drains its iterator, which re-arms it and passes over
 // the devices present at start, and posts one `onChange` to the main thread.
 class IOKitHotplugSource final : public HotplugSource {
-public:
+  public:
     explicit IOKitHotplugSource(Scheduler& scheduler) : scheduler_(scheduler) {}
     ~IOKitHotplugSource() override;
 
@@ -25,7 +24,7 @@ public:
 
     void start(std::function<void()> onChange) override;
 
-private:
+  private:
     static void deviceNotification(void* context, io_iterator_t iterator);
     void registerFor(const char* serviceClass, const char* notification);
 

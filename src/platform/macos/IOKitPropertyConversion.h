@@ -3,7 +3,6 @@
 #include "scanner/PropertyValue.h"
 
 #include <CoreFoundation/CoreFoundation.h>
-
 #include <optional>
 #include <string>
 

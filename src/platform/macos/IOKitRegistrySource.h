@@ -8,7 +8,7 @@ namespace korvane {
 // entry with all its properties, through the six registry calls the scanner
 // is built on (root entry, properties, class, child iterator, next, release).
 class IOKitRegistrySource final : public RegistrySource {
-public:
+  public:
     std::unique_ptr<NativeUSBNode> copyRoot() const override;
 };
 

@@ -1,5 +1,4 @@
 #include "platform/LiveSources.h"
-
 #include "platform/macos/IOKitHotplugSource.h"
 #include "platform/macos/IOKitRegistrySource.h"
 

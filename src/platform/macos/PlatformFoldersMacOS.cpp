@@ -1,8 +1,7 @@
 #include "platform/PlatformFolders.h"
 
-#include <mach-o/dyld.h>
-
 #include <cstdint>
+#include <mach-o/dyld.h>
 #include <vector>
 
 namespace korvane {

@@ -16,7 +16,7 @@ namespace {
 using namespace korvane;
 
 class ByteReader {
-public:
+  public:
     ByteReader(const std::uint8_t* data, std::size_t size) : data_(data), size_(size) {}
     bool isDone() const { return position_ >= size_; }
     std::uint8_t byte() { return isDone() ? 0 : data_[position_++]; }
@@ -33,7 +33,7 @@ public:
         return ByteBuffer(raw.begin(), raw.end());
     }
 
-private:
+  private:
     const std::uint8_t* data_;
     std::size_t size_;
     std::size_t position_ = 0;
@@ -49,7 +49,8 @@ const char* const interestingNames[] = {"HS01",
                                         "iPhone",
                                         "",
                                         "IOUSBHostDevice",
-                                        ("\xC3\x9F" "01"),
+                                        ("\xC3\x9F"
+                                         "01"),
                                         "HS01\n@2"};
 const char* const interestingClasses[] = {
     "IOPCIDevice",     "AppleIntelCNLUSBXHCI", "AppleUSB20XHCIPort", "AppleUSBHostPort",

@@ -6,17 +6,16 @@
 // and folder below it and their modes. Linux has no resource forks, so
 // --sequesterRsrc changes nothing. On failure DST is left as it was.
 
-#include <sys/stat.h>
-#include <zip.h>
-
 #include <algorithm>
 #include <cerrno>
-#include <cstdlib>
 #include <cstdio>
+#include <cstdlib>
 #include <filesystem>
 #include <string>
+#include <sys/stat.h>
 #include <system_error>
 #include <vector>
+#include <zip.h>
 
 namespace fs = std::filesystem;
 

@@ -3,14 +3,13 @@
 #include "ui/AnimatedHeaderIcon.h"
 #include "ui/SystemDesktopServices.h"
 
-#include <canberra.h>
-
 #include <QDBusConnection>
 #include <QDBusMessage>
 #include <QDBusPendingCallWatcher>
 #include <QDBusPendingReply>
 #include <QDesktopServices>
 #include <QUrl>
+#include <canberra.h>
 
 namespace korvane {
 
@@ -53,8 +52,9 @@ void FreedesktopDesktopServices::playSound(const std::string& name) {
         ca_context* context = nullptr;
         if (ca_context_create(&context) == CA_SUCCESS) {
             sounds_.reset(context);
-            ca_context_change_props(context, CA_PROP_APPLICATION_NAME, "KorvaneGenerator", CA_PROP_APPLICATION_ID,
-                                    applicationID, CA_PROP_APPLICATION_ICON_NAME, applicationID, nullptr);
+            ca_context_change_props(context, CA_PROP_APPLICATION_NAME, "KorvaneGenerator",
+                                    CA_PROP_APPLICATION_ID, applicationID, CA_PROP_APPLICATION_ICON_NAME,
+                                    applicationID, nullptr);
         }
     }
     if (sounds_) {
@@ -69,17 +69,20 @@ void FreedesktopDesktopServices::revealInFileManager(const std::filesystem::path
         QDesktopServices::openUrl(folder);
         return;
     }
-    QDBusMessage call = QDBusMessage::createMethodCall("org.freedesktop.FileManager1", "/org/freedesktop/FileManager1",
-                                                       "org.freedesktop.FileManager1", "ShowItems");
+    QDBusMessage call =
+        QDBusMessage::createMethodCall("org.freedesktop.FileManager1", "/org/freedesktop/FileManager1",
+                                       "org.freedesktop.FileManager1", "ShowItems");
     call << QStringList{QUrl::fromLocalFile(fromPath(file)).toString()} << QString();
     // Asynchronous, so a slow file manager never holds up the window.
-    auto* watcher = new QDBusPendingCallWatcher(bus.asyncCall(call, showItemsTimeoutMilliseconds), &callbacks_);
-    QObject::connect(watcher, &QDBusPendingCallWatcher::finished, &callbacks_, [folder](QDBusPendingCallWatcher* done) {
-        if (done->isError()) {
-            QDesktopServices::openUrl(folder);
-        }
-        done->deleteLater();
-    });
+    auto* watcher =
+        new QDBusPendingCallWatcher(bus.asyncCall(call, showItemsTimeoutMilliseconds), &callbacks_);
+    QObject::connect(watcher, &QDBusPendingCallWatcher::finished, &callbacks_,
+                     [folder](QDBusPendingCallWatcher* done) {
+                         if (done->isError()) {
+                             QDesktopServices::openUrl(folder);
+                         }
+                         done->deleteLater();
+                     });
 }
 
 void FreedesktopDesktopServices::openURL(const std::string& address) {

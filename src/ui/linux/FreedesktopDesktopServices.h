@@ -3,7 +3,6 @@
 #include "collector/DesktopServices.h"
 
 #include <QObject>
-
 #include <memory>
 #include <string_view>
 
@@ -15,7 +14,7 @@ namespace korvane {
 // manager through its FileManager1 D-Bus service, addresses through the
 // desktop's URL handler.
 class FreedesktopDesktopServices final : public DesktopServices {
-public:
+  public:
     FreedesktopDesktopServices();
     ~FreedesktopDesktopServices() override;
 
@@ -28,7 +27,7 @@ public:
     // Empty for any other name.
     static std::string_view soundEventFor(std::string_view name);
 
-private:
+  private:
     struct ContextDeleter {
         void operator()(ca_context* context) const;
     };

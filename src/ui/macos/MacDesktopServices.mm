@@ -2,7 +2,6 @@
 #include "ui/SystemDesktopServices.h"
 
 #import <AppKit/AppKit.h>
-
 #include <QDesktopServices>
 #include <QUrl>
 
@@ -12,7 +11,7 @@ namespace {
 
 // The system's own sounds and the Finder.
 class MacDesktopServices final : public DesktopServices {
-public:
+  public:
     void playSound(const std::string& name) override {
         @autoreleasepool {
             NSSound* sound = [NSSound soundNamed:[NSString stringWithUTF8String:name.c_str()]];

@@ -8,7 +8,6 @@
 #include <QIcon>
 #include <QImage>
 #include <QPainter>
-
 #include <cstdio>
 
 namespace {

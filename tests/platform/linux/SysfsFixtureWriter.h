@@ -8,7 +8,7 @@ namespace korvane {
 
 // Small hand-made sysfs trees for the cases the real captures don't show.
 class SysfsFixtureWriter {
-public:
+  public:
     explicit SysfsFixtureWriter(std::filesystem::path root) : root_(std::move(root)) {}
 
     const std::filesystem::path& root() const { return root_; }
@@ -24,11 +24,13 @@ public:
         std::filesystem::create_symlink(target, root_ / relative);
     }
 
-    void folder(const std::filesystem::path& relative) const { std::filesystem::create_directories(root_ / relative); }
+    void folder(const std::filesystem::path& relative) const {
+        std::filesystem::create_directories(root_ / relative);
+    }
 
     // A PCI function with its IDs and class.
-    void pciFunction(const std::filesystem::path& relative, const std::string& vendor, const std::string& device,
-                     const std::string& classCode) const {
+    void pciFunction(const std::filesystem::path& relative, const std::string& vendor,
+                     const std::string& device, const std::string& classCode) const {
         attribute(relative / "vendor", vendor);
         attribute(relative / "device", device);
         attribute(relative / "subsystem_vendor", "0x106b");
@@ -38,8 +40,8 @@ public:
     }
 
     // An ACPI node with a path and an address, and the link to it.
-    void firmwareNode(const std::filesystem::path& device, const std::string& acpiNode, const std::string& path,
-                      const std::string& address) const {
+    void firmwareNode(const std::filesystem::path& device, const std::string& acpiNode,
+                      const std::string& path, const std::string& address) const {
         const auto node = std::filesystem::path("devices/LNXSYSTM:00") / acpiNode;
         attribute(node / "path", path);
         if (!address.empty()) {
@@ -48,7 +50,7 @@ public:
         link(device / "firmware_node", std::filesystem::relative(root_ / node, root_ / device));
     }
 
-private:
+  private:
     std::filesystem::path root_;
 };
 

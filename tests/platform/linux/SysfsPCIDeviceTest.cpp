@@ -16,13 +16,14 @@ TEST(PCIAddressTest, RegistryLocationIsTheDeviceNumberWithTheFunctionWhenNotZero
         ASSERT_TRUE(address) << name;
         EXPECT_EQ(address->registryLocation(), location) << name;
     }
-    for (const char* bad : {"pci0000:00", "0000:00:14.8", "0000:00:14", "0000:0g:14.0", "0000:00:14.0x", ""}) {
+    for (const char* bad :
+         {"pci0000:00", "0000:00:14.8", "0000:00:14", "0000:0g:14.0", "0000:00:14.0x", ""}) {
         EXPECT_FALSE(PCIAddress::parse(bad)) << bad;
     }
 }
 
 class SysfsPCIDeviceTest : public ::testing::Test {
-protected:
+  protected:
     PropertyDictionary propertiesOf(const std::string& name) const {
         return SysfsPCIDevice(folder_.path() / name, *PCIAddress::parse(name)).properties();
     }
@@ -62,9 +63,10 @@ TEST_F(SysfsPCIDeviceTest, UnreadableIDsGiveAPoorerNodeNotAFailure) {
     const auto properties = propertiesOf("0000:00:02.0");
     EXPECT_EQ(properties.count("vendor-id"), 0u);
     EXPECT_EQ(properties.count("IOName"), 0u);
-    EXPECT_EQ(properties.at("compatible"), PropertyValue(ByteBuffer{'p', 'c', 'i', 'c', 'l', 'a', 's', 's', ',', '0',
-                                                                    '3', '0', '0', '0', '0', 0}));
-    EXPECT_FALSE(SysfsPCIDevice(folder_.path() / "0000:00:02.0", *PCIAddress::parse("0000:00:02.0")).isXHCI());
+    EXPECT_EQ(properties.at("compatible"), PropertyValue(ByteBuffer{'p', 'c', 'i', 'c', 'l', 'a', 's', 's',
+                                                                    ',', '0', '3', '0', '0', '0', '0', 0}));
+    EXPECT_FALSE(
+        SysfsPCIDevice(folder_.path() / "0000:00:02.0", *PCIAddress::parse("0000:00:02.0")).isXHCI());
 }
 
 } // namespace

@@ -2,16 +2,15 @@
 
 #include "support/TempFolder.h"
 
+#include <fstream>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
-
-#include <fstream>
 
 namespace korvane {
 namespace {
 
 class SysfsReadingTest : public ::testing::Test {
-protected:
+  protected:
     std::filesystem::path write(const std::string& name, const std::string& bytes) {
         const auto path = folder_.path() / name;
         std::ofstream(path, std::ios::binary) << bytes;

@@ -8,11 +8,10 @@
 #include "scanner/PropertyReaders.h"
 #include "support/TempFolder.h"
 
-#include <gtest/gtest.h>
-
 #include <algorithm>
-#include <fstream>
 #include <cstdio>
+#include <fstream>
+#include <gtest/gtest.h>
 #include <optional>
 #include <ostream>
 #include <string>
@@ -79,11 +78,15 @@ const std::vector<Machine>& machines() {
         {"qemu-basic",
          false,
          {{0x1b36, 0x000d, "4", "S20",
-           qemuPorts({"QEMU USB Keyboard", "QEMU USB Tablet", "QEMU USB Hub", ""}, {"", "", "", "QEMU USB HARDDRIVE"})}}},
+           qemuPorts({"QEMU USB Keyboard", "QEMU USB Tablet", "QEMU USB Hub", ""},
+                     {"", "", "", "QEMU USB HARDDRIVE"})}}},
         {"qemu-empty", false, {{0x1b36, 0x000d, "4", "S20", qemuPorts({"", "", "", ""}, {"", "", "", ""})}}},
         {"qemu-dual",
          false,
-         {{0x1033, 0x0194, "5", "S28",
+         {{0x1033,
+           0x0194,
+           "5",
+           "S28",
            // nec-usb-xhci p2=6 p3=2: ports 3 to 6 have no USB 3 peer and an
            // unknown connect_type, so the scanner infers their connector.
            {{"HS01", 1, 3, "QEMU USB Tablet"},
@@ -94,7 +97,8 @@ const std::vector<Machine>& machines() {
             {"HS06", 6, 3, "QEMU USB HARDDRIVE"},
             {"SS01", 7, 3, ""},
             {"SS02", 8, 3, "QEMU USB HARDDRIVE"}}},
-          {0x1b36, 0x000d, "4", "S20", qemuPorts({"QEMU USB Keyboard", "", "", ""}, {"", "", "QEMU USB HARDDRIVE", ""})}}},
+          {0x1b36, 0x000d, "4", "S20",
+           qemuPorts({"QEMU USB Keyboard", "", "", ""}, {"", "", "QEMU USB HARDDRIVE", ""})}}},
         {"qemu-acpi",
          false,
          // The SSDT names the ports and gives QEMU's own numbering through
@@ -103,7 +107,10 @@ const std::vector<Machine>& machines() {
          // "not used" and so unpaired). The capture kept the controller's
          // firmware_node link but not the ACPI node's path, so the controller
          // goes by its IDs.
-         {{0x1b36, 0x000d, "4", "pci1b36,d",
+         {{0x1b36,
+           0x000d,
+           "4",
+           "pci1b36,d",
            {{"SS01", 1, 3, ""},
             {"SS02", 2, 3, ""},
             {"SS03", 3, 3, ""},
@@ -112,26 +119,33 @@ const std::vector<Machine>& machines() {
             {"HS02", 6, 255, "QEMU USB Tablet"},
             {"HS03", 7, 3, "QEMU USB Hub"},
             {"HS04", 8, 0, ""}}}}},
-        {"amd-1022-43d5-nb1010", true, {{0x1022, 0x43d5, "0", "pci1022,43d5", recordedPorts(10, 7, "NB-1010-U")}}},
-        {"amd-1022-1639-upektc", true,
+        {"amd-1022-43d5-nb1010",
+         true,
+         {{0x1022, 0x43d5, "0", "pci1022,43d5", recordedPorts(10, 7, "NB-1010-U")}}},
+        {"amd-1022-1639-upektc",
+         true,
          {{0x1022, 0x1639, "0,4", "pci1022,1639", recordedPorts(4, 2, "Biometric Coprocessor")}}},
-        {"amd-1022-15e0-fido2-hub", true,
+        {"amd-1022-15e0-fido2-hub",
+         true,
          {{0x1022, 0x15e0, "0,3", "pci1022,15e0", recordedPorts(4, 2, "4-Port USB 2.0 Hub")}}},
-        {"intel-tb3-8086-15b5-hub-chain", true,
+        {"intel-tb3-8086-15b5-hub-chain",
+         true,
          {{0x8086, 0x15b5, "0", "pci8086,15b5", recordedPorts(2, 1, "USB2.0 Hub")}}},
-        {"intel-8086-9ded-usbkbd", true, {{0x8086, 0x9ded, "14", "pci8086,9ded", recordedPorts(12, 3, "USB Keyboard")}}},
+        {"intel-8086-9ded-usbkbd",
+         true,
+         {{0x8086, 0x9ded, "14", "pci8086,9ded", recordedPorts(12, 3, "USB Keyboard")}}},
     };
     return table;
 }
 
 class SysfsMachineTest : public ::testing::TestWithParam<Machine> {
-protected:
+  protected:
     void SetUp() override {
         const Machine& machine = GetParam();
         if (machine.isRecording) {
-            writeUmockdevRecording(
-                std::filesystem::path(KORVANE_TEST_DATA_DIR) / "linux" / machine.folder / "device.umockdev",
-                folder_.path() / "sys");
+            writeUmockdevRecording(std::filesystem::path(KORVANE_TEST_DATA_DIR) / "linux" / machine.folder /
+                                       "device.umockdev",
+                                   folder_.path() / "sys");
             sysfsRoot_ = folder_.path() / "sys";
         } else {
             sysfsRoot_ = std::filesystem::path(KORVANE_LINUX_FIXTURES_DIR) / machine.folder / "sys";
@@ -141,9 +155,7 @@ protected:
         }
     }
 
-    USBScanResult scan(const RegistrySource& source) {
-        return NativeUSBTreeScanner(source, names_).scan();
-    }
+    USBScanResult scan(const RegistrySource& source) { return NativeUSBTreeScanner(source, names_).scan(); }
 
     TempFolder folder_;
     std::filesystem::path sysfsRoot_;

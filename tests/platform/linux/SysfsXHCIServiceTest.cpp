@@ -17,7 +17,7 @@ const std::filesystem::path controller = "devices/pci0000:00/0000:00:14.0";
 // An Intel-style controller: 3 USB 2 ports, 2 USB 3 ports, firmware data for
 // some of them only.
 class SysfsXHCIServiceTest : public ::testing::Test {
-protected:
+  protected:
     void SetUp() override {
         fixture_.pciFunction(controller, "0x8086", "0xa36d", "0x0c0330");
         const auto usb1 = controller / "usb1";
@@ -60,11 +60,11 @@ TEST_F(SysfsXHCIServiceTest, PortsTakeFirmwareFactsAndGuessOnlyWhereNoneExist) {
         const char* peer;
     };
     const Row expected[] = {
-        {"HS01", 1, Source::firmware, 3, "SS01"},         // hotplug with a USB 3 peer
-        {"HS02", 2, Source::rootHubPosition, 255, ""},    // hardwired
-        {"HS03", 3, Source::rootHubPosition, 0, ""},      // hotplug, no peer: USB 2 only
+        {"HS01", 1, Source::firmware, 3, "SS01"},      // hotplug with a USB 3 peer
+        {"HS02", 2, Source::rootHubPosition, 255, ""}, // hardwired
+        {"HS03", 3, Source::rootHubPosition, 0, ""},   // hotplug, no peer: USB 2 only
         {"SS01", 17, Source::firmware, 3, "HS01"},
-        {"SS02", 5, Source::rootHubPosition, 3, ""},      // 2 + the 3 USB 2 ports
+        {"SS02", 5, Source::rootHubPosition, 3, ""}, // 2 + the 3 USB 2 ports
     };
     const auto ports = rootPorts();
     ASSERT_EQ(ports.size(), std::size(expected));

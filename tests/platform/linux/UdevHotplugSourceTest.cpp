@@ -1,14 +1,13 @@
 #include "platform/linux/UdevHotplugSource.h"
 
-#include <gtest/gtest.h>
-#include <umockdev.h>
-
 #include <chrono>
 #include <condition_variable>
 #include <deque>
+#include <gtest/gtest.h>
 #include <memory>
 #include <mutex>
 #include <string>
+#include <umockdev.h>
 
 namespace korvane {
 namespace {
@@ -18,7 +17,7 @@ using namespace std::chrono_literals;
 // Collects what the source posts to the main thread from its listener
 // thread; the test thread plays the main thread and runs the tasks.
 class PostCollector final : public Scheduler {
-public:
+  public:
     void postToMain(Task task) override {
         {
             std::lock_guard lock(mutex_);
@@ -47,7 +46,7 @@ public:
         return tasks.size();
     }
 
-private:
+  private:
     std::mutex mutex_;
     std::condition_variable changed_;
     std::deque<Task> posted_;
@@ -67,7 +66,7 @@ constexpr auto eventWait = 2000ms;
 constexpr auto quietWait = 300ms;
 
 class UdevHotplugSourceTest : public ::testing::Test {
-protected:
+  protected:
     void SetUp() override {
         // The check looks at /sys through the preload, which redirects it only
         // once a test bed exists, and keeps its first answer: bed first.

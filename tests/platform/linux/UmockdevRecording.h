@@ -32,19 +32,34 @@ inline std::string glibUnescaped(const std::string& text) {
             continue;
         }
         switch (c) {
-        case 'n': out += '\n'; break;
-        case 't': out += '\t'; break;
-        case 'r': out += '\r'; break;
-        case 'b': out += '\b'; break;
-        case 'f': out += '\f'; break;
-        case 'v': out += '\v'; break;
-        default: out += c; break;
+        case 'n':
+            out += '\n';
+            break;
+        case 't':
+            out += '\t';
+            break;
+        case 'r':
+            out += '\r';
+            break;
+        case 'b':
+            out += '\b';
+            break;
+        case 'f':
+            out += '\f';
+            break;
+        case 'v':
+            out += '\v';
+            break;
+        default:
+            out += c;
+            break;
         }
     }
     return out;
 }
 
-inline void writeUmockdevRecording(const std::filesystem::path& recording, const std::filesystem::path& root) {
+inline void writeUmockdevRecording(const std::filesystem::path& recording,
+                                   const std::filesystem::path& root) {
     std::ifstream in(recording);
     std::string line;
     std::filesystem::path device;

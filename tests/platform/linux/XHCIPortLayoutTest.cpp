@@ -6,8 +6,8 @@ namespace korvane {
 namespace {
 
 std::string capability(const char* revision, const char* portInfo) {
-    return std::string("EXTCAP_REVISION = ") + revision + "\nEXTCAP_NAME = 0x20425355\nEXTCAP_PORTINFO = " +
-           portInfo + "\nEXTCAP_PORTTYPE = 0x00000000\n";
+    return std::string("EXTCAP_REVISION = ") + revision +
+           "\nEXTCAP_NAME = 0x20425355\nEXTCAP_PORTINFO = " + portInfo + "\nEXTCAP_PORTTYPE = 0x00000000\n";
 }
 
 TEST(XHCIPortLayoutTest, RootHubPortsMapToTheirProtocolsControllerPortsInOrder) {
