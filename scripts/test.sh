@@ -1,11 +1,15 @@
 #!/usr/bin/env bash
-# Sets up a fresh Debian machine, then builds and runs every test: the normal
-# build, the AddressSanitizer + UndefinedBehaviorSanitizer build, and the
-# fuzz targets replaying their seeds. Warnings are errors here.
+# Sets up a fresh Debian machine, then checks the formatting and builds and
+# runs every test: the normal build, the AddressSanitizer +
+# UndefinedBehaviorSanitizer build, and the fuzz targets replaying their
+# seeds. Warnings are errors here.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
 bash scripts/setup.sh --test
+
+echo "==> format: every tracked source as .clang-format has it"
+git ls-files -z '*.cpp' '*.h' '*.mm' | xargs -0 clang-format --dry-run --Werror
 
 run_preset() {
   local preset=$1
