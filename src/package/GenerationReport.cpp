@@ -2,11 +2,10 @@
 
 #include "package/PersonalityNames.h"
 #include "package/PortsToWrite.h"
+#include "records/PCIIdentityText.h"
 #include "records/Text.h"
 
 #include <array>
-#include <cinttypes>
-#include <cstdio>
 
 namespace korvane {
 
@@ -42,11 +41,7 @@ constexpr std::array<std::string_view, 10> preface = {
 };
 
 std::string pciID(const USBControllerMap& controller) {
-    char text[64];
-    std::snprintf(text, sizeof text, "%04" PRIx64 ":%04" PRIx64,
-                  static_cast<std::uint64_t>(controller.vendorID),
-                  static_cast<std::uint64_t>(controller.deviceID));
-    return text;
+    return vendorDeviceText(controller.vendorID, controller.deviceID);
 }
 
 std::string portsLine(const PortsToWrite& toWrite) {
