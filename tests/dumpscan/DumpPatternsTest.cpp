@@ -43,31 +43,23 @@ Matches byICU(std::string_view text) {
     return matches;
 }
 
-struct NodeCase {
-    std::string name;
-    std::string text;
-    Matches expected;
-};
-
-class AnyNodeTest : public ::testing::TestWithParam<NodeCase> {};
-
-TEST_P(AnyNodeTest, FindsNodeNamesAndClasses) {
-    EXPECT_EQ(handWritten(GetParam().text), GetParam().expected);
-    EXPECT_EQ(byICU(GetParam().text), GetParam().expected);
+TEST(AnyNode, FindsNodeNamesAndClassesAsTheExpressionDoes) {
+    const std::pair<std::string, Matches> rows[] = {
+        {"+-o HS01@14100000  <class AppleUSB20XHCIPort, id 0x1>", {{"HS01", "AppleUSB20XHCIPort"}}},
+        {"+-o A\n  \"x\" = 1\n  +-o B@1  <class C>", {{"A\n  \"x\" = 1\n  +-o B", "C"}}},
+        {"+-o A@1<class C>", {}},
+        {"+-o A@1  <cla\xC3\x9F C>", {{"A", "C"}}},
+        {"+-o   <class C>", {{"", "C"}}},
+    };
+    for (const auto& [text, expected] : rows) {
+        EXPECT_EQ(handWritten(text), expected) << text;
+        EXPECT_EQ(byICU(text), expected) << text;
+    }
+    int visits = 0;
+    forEachAnyNode("+-o A  <class C>\n+-o B  <class D>",
+                   [&](std::string, std::string) { return ++visits == 1; });
+    EXPECT_EQ(visits, 1) << "the visitor stops the walk";
 }
-
-INSTANTIATE_TEST_SUITE_P(Nodes, AnyNodeTest,
-                         ::testing::Values(NodeCase{"NodeLine",
-                                                    "+-o HS01@14100000  <class AppleUSB20XHCIPort, id 0x1>",
-                                                    {{"HS01", "AppleUSB20XHCIPort"}}},
-                                           NodeCase{"NameRunsOverLines",
-                                                    "+-o A\n  \"x\" = 1\n  +-o B@1  <class C>",
-                                                    {{"A\n  \"x\" = 1\n  +-o B", "C"}}},
-                                           NodeCase{"NoBlankBeforeClass", "+-o A@1<class C>", {}},
-                                           NodeCase{
-                                               "SharpSInClassWord", "+-o A@1  <cla\xC3\x9F C>", {{"A", "C"}}},
-                                           NodeCase{"OnlyBlanksAsName", "+-o   <class C>", {{"", "C"}}}),
-                         [](const ::testing::TestParamInfo<NodeCase>& row) { return row.param.name; });
 
 TEST(AnyNode, AgreesWithTheExpressionOnRandomPieces) {
     static const std::vector<std::string> pieces = {"+-o",
@@ -108,13 +100,6 @@ TEST(AnyNode, AgreesWithTheExpressionOnRandomPieces) {
         }
         ASSERT_EQ(handWritten(text), byICU(text)) << "text: " << text;
     }
-}
-
-TEST(AnyNode, StopsWhenTheVisitorSaysSo) {
-    int visits = 0;
-    forEachAnyNode("+-o A  <class C>\n+-o B  <class D>",
-                   [&](std::string, std::string) { return ++visits == 1; });
-    EXPECT_EQ(visits, 1);
 }
 
 } // namespace

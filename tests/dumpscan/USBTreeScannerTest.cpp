@@ -1,64 +1,116 @@
 #include "dumpscan/USBTreeScanner.h"
 
-#include "DumpTestSupport.h"
-#include "scanner/ScannerTestSupport.h"
+#include "records/FileIO.h"
 #include "support/BuildTree.h"
+#include "support/FakeTool.h"
+#include "support/Golden.h"
+#include "support/IDsHome.h"
+#include "support/RegistryTrees.h"
+#include "support/ScanText.h"
 
-#include <functional>
 #include <gtest/gtest.h>
 
 namespace korvane {
 namespace {
 
-class TreeSource : public RegistrySource {
-  public:
-    explicit TreeSource(std::function<std::unique_ptr<NativeUSBNode>()> make) : make_(std::move(make)) {}
-    std::unique_ptr<NativeUSBNode> copyRoot() const override { return make_(); }
-
-  private:
-    std::function<std::unique_ptr<NativeUSBNode>()> make_;
-};
-
 class USBTreeScannerTest : public ::testing::Test {
   protected:
-    USBScanResult scan(const RegistrySource& live, std::optional<std::filesystem::path> dump) {
-        USBTreeScanner scanner{std::move(dump), live, names_.names(), buildTreeToolPaths().plutil};
-        scanner.temporaryFolder = folder_.path();
-        return scanner.scan();
+    USBTreeScanner scanner(const RegistrySource& live, std::optional<std::filesystem::path> dump) {
+        USBTreeScanner scanner{std::move(dump), live, ids.names(), buildTreeToolPaths().plutil};
+        scanner.temporaryFolder = temporary;
+        return scanner;
     }
+    std::string read(const std::filesystem::path& dump, const std::string& plutil,
+                     double timeout = 15) const {
+        return readIORegistryExplorerFileForScanning(dump, {plutil, timeout, temporary});
+    }
+    std::filesystem::path write(const std::string& name, std::string_view bytes) const {
+        writeFileAtomically(ids.path() / name, bytes);
+        return ids.path() / name;
+    }
+    bool isTemporaryEmpty() const { return std::filesystem::is_empty(temporary); }
 
-    dumptest::TinyNames names_;
-    TempFolder folder_;
-    const TreeSource nothingLive_{[] { return nullptr; }};
-    const TreeSource oneLive_{[] {
-        auto tree = makeRoot();
-        addXHCIPCIDevice(*tree, "LIVE", "1", 0x1022, 0x149c);
-        return tree;
-    }};
-    const std::filesystem::path handMade_ = dumptest::dataFile("dumpscan/handmade-every-port-branch.txt");
+    IDsHome ids;
+    std::filesystem::path temporary = [this] {
+        std::filesystem::create_directory(ids.path() / "temporary");
+        return ids.path() / "temporary";
+    }();
+    const TreeSource nothingLive{[] { return nullptr; }};
+    const std::filesystem::path handMade = testDataPath("dumpscan/handmade-every-port-branch.txt");
+    static constexpr const char* plainDump = "+-o Root  <class IORegistryEntry, id 0x100000100, retain 9>\n";
 };
 
 TEST_F(USBTreeScannerTest, TheDumpIsReadOnlyWhenTheLiveScanFindsNothing) {
-    const auto fromDump = scan(nothingLive_, handMade_);
-    ASSERT_EQ(fromDump.controllers.size(), 2u);
-    EXPECT_EQ(fromDump.controllers[1].ports.size(), 10u);
-    EXPECT_TRUE(folder_.entries().empty());
-
-    const auto live = scan(oneLive_, handMade_);
+    EXPECT_EQ(scanner(nothingLive, handMade).scan(), scanner(nothingLive, std::nullopt).scanDump(handMade));
+    EXPECT_EQ(scanner(nothingLive, handMade).scan().controllers.size(), 2u);
+    const TreeSource oneLive([] {
+        auto tree = makeRoot();
+        addXHCIPCIDevice(*tree, "LIVE", "1", 0x1022, 0x149c);
+        return tree;
+    });
+    const auto live = scanner(oneLive, handMade).scan();
     ASSERT_EQ(live.controllers.size(), 1u);
     EXPECT_EQ(live.controllers[0].name, "LIVE");
+    EXPECT_TRUE(scanner(nothingLive, ids.path() / "missing.txt").scan().controllers.empty());
+    EXPECT_TRUE(isTemporaryEmpty());
 }
 
-TEST_F(USBTreeScannerTest, NoDumpOrAMissingOneGivesTheEmptyLiveResult) {
-    EXPECT_TRUE(scan(nothingLive_, std::nullopt).controllers.empty());
-    EXPECT_TRUE(scan(nothingLive_, folder_.path() / "missing.txt").controllers.empty());
-    EXPECT_TRUE(folder_.entries().empty());
+TEST_F(USBTreeScannerTest, TheCorpusGivesOnlyThePCIControllersOutsideBridges) {
+    // Real dumps hold the IDs on the PCI node, never on the driver node: only
+    // the PCI pass finds controllers, without ports, and only those outside
+    // bridges (tests/data/dumpscan/README.md has the working).
+    BundledIDsHome bundled;
+    std::string text;
+    for (const char* dump : {"MacBookPro15-2/IOReg.txt", "MacPro6-1/IOReg.txt", "Macmini7-1/IOReg.txt",
+                             "hackintosh-CML/ioreg_ioservice.txt", "hackintosh-CML/ioreg_IOUSB-plane.txt",
+                             "iMacPro1-1/IOReg.txt", "iMac19-1/IOReg.txt", "qemu-MacPro7-1/ioreg.txt",
+                             "iMac14-2/IORegistryExplorer.ioreg"}) {
+        USBTreeScanner named{testDataPath(std::string("macos/") + dump), nothingLive, bundled.names(),
+                             buildTreeToolPaths().plutil};
+        named.temporaryFolder = temporary;
+        text += std::string("== ") + dump + "\n" + scanText(named.scan());
+    }
+    EXPECT_TRUE(matchesGolden(text, "line-scanner/corpus.txt"));
+    EXPECT_TRUE(isTemporaryEmpty());
 }
 
-TEST_F(USBTreeScannerTest, ScanDumpSkipsTheLiveRegistry) {
-    USBTreeScanner scanner{std::nullopt, oneLive_, names_.names(), buildTreeToolPaths().plutil};
-    scanner.temporaryFolder = folder_.path();
-    EXPECT_EQ(scanner.scanDump(handMade_).controllers.size(), 2u);
+TEST_F(USBTreeScannerTest, ReadingConvertsANamedCopyAndLeavesTheUsersFileAlone) {
+    const auto dump = write("IOReg.txt", plainDump);
+    const auto arguments = ids.path() / "arguments.txt";
+    EXPECT_EQ(read(dump, writeFakeTool(ids.path(), "plutil",
+                                       "printf '%s ' \"$@\" > '" + arguments.string() + "'; exit 1")),
+              plainDump);
+    const std::string words = readFileBytes(arguments).value_or("");
+    const std::string copy = (temporary / "Korvane_IORegScan_").string();
+    ASSERT_TRUE(words.starts_with("-convert xml1 " + copy)) << words;
+    const std::string uuid = words.substr(14 + copy.size(), 36);
+    EXPECT_EQ(uuid.find_first_not_of("0123456789ABCDEF-"), std::string::npos) << uuid;
+    EXPECT_EQ(words.substr(14 + copy.size() + 36), ".xml -o " + copy + uuid + ".xml ");
+    EXPECT_EQ(readFileBytes(dump), std::string(plainDump));
+    EXPECT_TRUE(isTemporaryEmpty());
+}
+
+TEST_F(USBTreeScannerTest, ReadingTakesTheToolsOutputAndSurvivesEveryFailure) {
+    const auto dump = write("IOReg.txt", plainDump);
+    EXPECT_EQ(read(write("dump.ioreg", "bplist00-ish"),
+                   writeFakeTool(ids.path(), "converts", "printf '<?xml version=\"1.0\"?>' > \"$5\"")),
+              "<?xml version=\"1.0\"?>");
+    EXPECT_EQ(read(dump, writeFakeTool(ids.path(), "hangs", "exec sleep 30"), 0.3), plainDump);
+    EXPECT_EQ(read(dump, (ids.path() / "no-such-plutil").string()), plainDump);
+    const auto refuses = writeFakeTool(ids.path(), "refuses", "exit 1");
+    EXPECT_EQ(read(write("bad.txt", "+-o Root \"Name\" = \"experience\xD5s iMac\"\n"), refuses), "")
+        << "text that isn't UTF-8 reads as nothing";
+    EXPECT_TRUE(isTemporaryEmpty());
+    // A temporary folder that is a plain file: no copy, the dump is read in place.
+    EXPECT_EQ(readIORegistryExplorerFileForScanning(dump, {refuses, 15, dump}), plainDump);
+}
+
+TEST_F(USBTreeScannerTest, ABinaryPropertyListComesBackAsXMLWithTheRealTool) {
+    const std::string text =
+        read(testDataPath("macos/iMac14-2/IORegistryExplorer.ioreg"), buildTreeToolPaths().plutil, 60);
+    EXPECT_TRUE(text.starts_with("<?xml")) << text.substr(0, 80);
+    EXPECT_EQ(text.find("+-o"), std::string::npos);
+    EXPECT_TRUE(isTemporaryEmpty());
 }
 
 } // namespace

@@ -24,62 +24,28 @@ struct WalkCase {
     std::string expected;
 };
 
-// Two vendors: 1b21 is Alpha Chips with device 1142 Hub Two,
-// followed by another vendor.
+// The walk's rules where a reader would not guess them; the random texts
+// below check everything else against the plain reference walk.
 const std::string alpha = "1b21  Alpha Chips\n\t1142  Hub Two\n1b22  Other\n\t1143  Else\n";
 
 const WalkCase walkCases[] = {
     {"DeviceFound", alpha, 0x1B21, 0x1142, "Alpha Chips Hub Two"},
     {"DeviceMissingGivesVendor", alpha, 0x1B21, 0x9999, "Alpha Chips"},
-    {"VendorMissingGivesEmpty", alpha, 0xFFFE, 0x1142, ""},
     {"DeviceOfNextVendorNotFound", alpha, 0x1B21, 0x1143, "Alpha Chips"},
-    {"EmptyText", "", 0x1B21, 0x1142, ""},
     {"InvalidUTF8IsNoText", "1b21  Alpha\n\t1142  Hub \xff\n", 0x1B21, 0x1142, ""},
-    {"UpperCaseHexKeepsNameCase", "1B21  Alpha CHIPS\n\t114A  hub TWO\n", 0x1B21, 0x114A,
-     "Alpha CHIPS hub TWO"},
-    {"VendorOnlyDigitsGivesDeviceAlone", "1b21\n\t1142  Hub Two\n", 0x1B21, 0x1142, "Hub Two"},
-    {"DeviceOnlyDigitsGivesVendorAlone", "1b21  Alpha\n\t1142\n", 0x1B21, 0x1142, "Alpha"},
-    {"BothOnlyDigits", "1b21\n\t1142\n", 0x1B21, 0x1142, ""},
-    {"TabAfterVendorHexNoMatch", "1b21\tAlpha\n\t1142  Hub\n", 0x1B21, 0x1142, ""},
-    {"TabAfterDeviceHexNoMatch", "1b21  Alpha\n\t1142\tHub\n", 0x1B21, 0x1142, "Alpha"},
-    {"LongerHexNoMatch", "1b21a  Alpha\n1b21  Beta\n", 0x1B21, 0x0001, "Beta"},
     {"BlankIndentedDeviceEndsBlock", "1b21  Alpha\n  1142  Hub\n\t1142  Late\n", 0x1B21, 0x1142, "Alpha"},
-    {"BlankIndentedVendorLineMatches", "  1b21  Alpha\n\t1142  Hub\n", 0x1B21, 0x1142, "Alpha Hub"},
     {"CommentAndBlankInsideBlock", "1b21  Alpha\n# note\n\n \t \n\t1142  Hub\n", 0x1B21, 0x1142, "Alpha Hub"},
-    {"BlankIndentedCommentEndsBlock", "1b21  Alpha\n  # note\n\t1142  Hub\n", 0x1B21, 0x1142, "Alpha"},
-    {"TabIndentedCommentIsCandidate", "1b21  Alpha\n\t# 1142\n\t1142  Hub\n", 0x1B21, 0x1142, "Alpha Hub"},
-    {"CommentedVendorIgnored", "#1b21  Old\n1b21  Alpha\n", 0x1B21, 0x1142, "Alpha"},
     {"TwoTabLineMatchesAsDevice", "1b21  Alpha\n\t1000  Dev\n\t\t1142 0001  Sub\n", 0x1B21, 0x1142,
      "Alpha 0001  Sub"},
-    {"EarlierSubsystemLineWins", "1b21  Alpha\n\t\t1142 0001  Sub\n\t1142  Hub\n", 0x1B21, 0x1142,
-     "Alpha 0001  Sub"},
-    {"EarlierDeviceLineWins", "1b21  Alpha\n\t1142  Hub\n\t\t1142 0001  Sub\n", 0x1B21, 0x1142, "Alpha Hub"},
-    {"OtherTopLevelLineEndsBlock", "1b21  Alpha\nC 09  Hub\n\t1142  Hub\n", 0x1B21, 0x1142, "Alpha"},
-    {"DeviceBeforeAnyVendorIgnored", "\t1142  Early\n1b21  Alpha\n\t1142  Hub\n", 0x1B21, 0x1142,
-     "Alpha Hub"},
     {"FirstVendorBlockWins", "1b21  Alpha\n1c00  X\n1b21  Beta\n\t1142  Hub\n", 0x1B21, 0x1142, "Alpha"},
     {"RepeatedVendorLineRenamesBlock", "1b21  Alpha\n\t1000  A\n1B21  Beta\n\t1142  Hub\n", 0x1B21, 0x1142,
      "Beta Hub"},
-    {"RepeatedVendorLineEarlierDevice", "1b21  Alpha\n\t1000  A\n1B21  Beta\n", 0x1B21, 0x1000, "Alpha A"},
-    {"BlockRunsToEndOfText", "1b21  Alpha\n\t0001  x", 0x1B21, 0x0002, "Alpha"},
-    {"ShortIDsArePadded", "0001  One\n\t000a  Ten\n", 0x1, 0xA, "One Ten"},
     {"LongIDDropsOnlyFourCharacters", "12345  Five\n", 0x12345, 0x0, "5  Five"},
     {"NegativeIDUsesLow32Bits", "ffffffff  All\n", -1, 0x0, "ffff  All"},
-    {"CarriageReturnLineFeed", "1b21  Alpha\r\n\t1142  Hub\r\n1b22  B\r\n", 0x1B21, 0x1142, "Alpha Hub"},
-    {"CarriageReturnAlone", "1b21  Alpha\r\t1142  Hub\r", 0x1B21, 0x1142, "Alpha Hub"},
-    {"VerticalTab", "1b21  Alpha\v\t1142  Hub", 0x1B21, 0x1142, "Alpha Hub"},
-    {"FormFeed", "1b21  Alpha\f\t1142  Hub", 0x1B21, 0x1142, "Alpha Hub"},
-    {"NextLine", "1b21  Alpha\u0085\t1142  Hub", 0x1B21, 0x1142, "Alpha Hub"},
-    {"LineSeparator", "1b21  Alpha\u2028\t1142  Hub", 0x1B21, 0x1142, "Alpha Hub"},
-    {"ParagraphSeparator", "1b21  Alpha\u2029\t1142  Hub", 0x1B21, 0x1142, "Alpha Hub"},
-    {"LineSeparatorEndsBlockLine", "1b21  Alpha\u2028C 09\n\t1142  Hub", 0x1B21, 0x1142, "Alpha"},
+    {"LineSeparatorEndsALine", "1b21  Alpha\u2028\t1142  Hub", 0x1B21, 0x1142, "Alpha Hub"},
     {"UnicodeSpacesTrimmed", "\u00a01b21 Alpha\u3000\n\t1142 \u2003Hub\u202f\n", 0x1B21, 0x1142, "Alpha Hub"},
-    {"OnlyUnicodeSpacesLineSkipped", "1b21  Alpha\n\u2000\u00a0\n\t1142  Hub\n", 0x1B21, 0x1142, "Alpha Hub"},
     {"NoBreakSpaceIsNoSeparator", "1b21\u00a0Alpha\n", 0x1B21, 0x0, ""},
-    {"CombiningMarkOnBlankNoMatch", "1b21 \u0301Alpha\n", 0x1B21, 0x0, ""},
     {"CombiningMarkOnHashIsNoComment", "1b21  Alpha\n#\u20e3\n\t1142  Hub\n", 0x1B21, 0x1142, "Alpha"},
-    {"CombiningMarkAfterNameKept", "1b21  Alpha\u0301\n", 0x1B21, 0x0, "Alpha\u0301"},
-    {"NamesNotOnlyASCII", "1b21  Ålpha\n\t1142  Hüb Zwei\n", 0x1B21, 0x1142, "Ålpha Hüb Zwei"},
     {"KelvinSignIsNoHexDigit", "1b2\u212a  Kelvin\n", 0x1B2B, 0x0, ""},
 };
 
@@ -100,7 +66,7 @@ INSTANTIATE_TEST_SUITE_P(Quirks, WalkCaseTest, ::testing::ValuesIn(walkCases),
                              return std::string(row.param.name);
                          });
 
-TEST(IDsDatabaseTextTest, OversizedTextIsNoDatabase) {
+TEST(IDsDatabaseText, OversizedTextIsNoDatabase) {
     std::string text = alpha;
     text.resize(IDsDatabaseText::maximumTextBytes + 1, '\n');
     EXPECT_EQ(IDsDatabaseText(text).name(0x1B21, 0x1142), "");
@@ -108,7 +74,7 @@ TEST(IDsDatabaseTextTest, OversizedTextIsNoDatabase) {
 
 // Random texts from the line shapes that steer the walk, each checked against
 // the reference for every ID the shapes use.
-TEST(IDsDatabaseTextTest, AgreesWithReferenceOnRandomTexts) {
+TEST(IDsDatabaseText, AgreesWithTheReferenceOnRandomTexts) {
     const std::array<const char*, 26> pieces = {
         "1b21", "1B21", "1142",   "0001",   "12345",  "1b21a",  "  ",     "\t",    "\t\t",
         " ",    "#",    "\u00a0", "\u0301", "\u20e3", "Alpha",  "Hub",    "C 09",  "\n",
@@ -180,9 +146,7 @@ class RealDatabaseTest : public ::testing::TestWithParam<const char*> {};
 TEST_P(RealDatabaseTest, EveryListedPairAgreesWithReference) {
     const auto path = buildTreeResourceDirectory() / "Tools" / GetParam();
     const auto bytes = readFileBytes(path);
-    if (!bytes || bytes->empty()) {
-        GTEST_SKIP() << "no application copy at " << path << " (built by korvane_ids_databases)";
-    }
+    ASSERT_TRUE(bytes && !bytes->empty()) << "the build makes " << path;
     const IDsDatabaseText indexed(*bytes);
     const LiteralIDsWalk reference(*bytes);
     const auto pairs = listedPairs(*bytes);
@@ -201,7 +165,7 @@ INSTANTIATE_TEST_SUITE_P(Hwdata, RealDatabaseTest, ::testing::Values("usb.ids", 
                              return std::string(row.param).substr(0, 3);
                          });
 
-TEST(IDsDatabaseTextTest, SearchesFromManyThreadsShareOneIndex) {
+TEST(IDsDatabaseText, SearchesFromManyThreadsShareOneIndex) {
     std::string text;
     for (int vendor = 0; vendor < 200; ++vendor) {
         char line[64];

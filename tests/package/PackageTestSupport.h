@@ -2,67 +2,17 @@
 
 #include "records/FileIO.h"
 #include "records/USBControllerMap.h"
-#include "support/FakeTool.h"
 #include "tools/PropertyList.h"
 
-#include <algorithm>
-#include <chrono>
-#include <cstdint>
-#include <filesystem>
-#include <fstream>
 #include <gtest/gtest.h>
 #include <map>
-#include <random>
 #include <string>
-#include <system_error>
 #include <vector>
 
 namespace korvane {
 
-// Names table rows after their `name` field.
-struct RowName {
-    template <class Row> std::string operator()(const ::testing::TestParamInfo<Row>& row) const {
-        return row.param.name;
-    }
-};
-
-// A folder of its own under the system's temporary folder, gone afterwards.
-class TemporaryFolder {
-  public:
-    TemporaryFolder()
-        : path_(std::filesystem::temp_directory_path() /
-                ("korvane-package-test-" +
-                 std::to_string(std::chrono::steady_clock::now().time_since_epoch().count()) + "-" +
-                 std::to_string(std::random_device()()))) {
-        std::filesystem::create_directories(path_);
-    }
-    ~TemporaryFolder() {
-        std::error_code ignored;
-        std::filesystem::remove_all(path_, ignored);
-    }
-    TemporaryFolder(const TemporaryFolder&) = delete;
-    TemporaryFolder& operator=(const TemporaryFolder&) = delete;
-
-    const std::filesystem::path& path() const { return path_; }
-
-  private:
-    std::filesystem::path path_;
-};
-
-inline void writeFile(const std::filesystem::path& path, const std::string& bytes) {
-    std::ofstream(path, std::ios::binary) << bytes;
-}
-
-inline std::string fileText(const std::filesystem::path& path) {
-    return readFileBytes(path).value_or("<unreadable>");
-}
-
-// A tool that prints `message` and exits with `status`.
-inline std::string writeFakeTool(const std::filesystem::path& folder, const std::string& name,
-                                 const std::string& message, int status) {
-    return writeFakeTool(folder, name, "printf '%s\\n' '" + message + "'\nexit " + std::to_string(status));
-}
-
+// Ports and controllers as the package tests need them: raw port data of any
+// length, and nothing filled in that a test doesn't set.
 inline USBPortMap makePort(std::string name, ByteBuffer data, std::int64_t connector = 3,
                            std::string location = "", std::string activeDevice = "") {
     return {std::move(name), std::move(location), connector, std::move(data), "", std::move(activeDevice)};
@@ -73,34 +23,34 @@ inline USBControllerMap makeController(std::string name, std::int64_t vendorID, 
     return {std::move(name), "", vendorID, deviceID, "", "", "", std::move(ports)};
 }
 
-// A typed text form of a tree, so one comparison checks key sets, types and
-// values: {key=value, ...} with keys sorted, "text", bare integers,
-// true/false, <hex> for data.
-inline std::string describe(plist_t node) {
-    if (!node) {
-        return "null";
-    }
-    switch (plist_get_node_type(node)) {
+inline std::string fileText(const std::filesystem::path& path) {
+    return readFileBytes(path).value_or("<unreadable>");
+}
+
+// A property list tree as indented text, keys sorted, so one comparison checks
+// key sets, types and values: "text", bare integers, true/false, <hex> data.
+inline std::string plistText(plist_t node, int depth = 0) {
+    const std::string indent(static_cast<std::size_t>(2 * depth), ' ');
+    switch (node ? plist_get_node_type(node) : PLIST_NONE) {
     case PLIST_DICT: {
         std::map<std::string, std::string> entries;
         plist_dict_iter it = nullptr;
         plist_dict_new_iter(node, &it);
-        for (;;) {
-            char* key = nullptr;
+        for (char* key = nullptr;; key = nullptr) {
             plist_t value = nullptr;
             plist_dict_next_item(node, it, &key, &value);
             if (!key) {
                 break;
             }
-            entries[key] = describe(value);
+            entries[key] = plistText(value, depth + 1);
             free(key);
         }
         free(it);
-        std::string text = "{";
+        std::string text = "{\n";
         for (const auto& [key, value] : entries) {
-            text += (text.size() > 1 ? ", " : "") + key + "=" + value;
+            text += indent + "  " + key + " = " + value + "\n";
         }
-        return text + "}";
+        return text + indent + "}";
     }
     case PLIST_STRING: {
         char* text = nullptr;
@@ -130,22 +80,6 @@ inline std::string describe(plist_t node) {
     default:
         return "?";
     }
-}
-
-inline std::vector<std::string> keysOf(plist_t dict) {
-    std::vector<std::string> keys;
-    if (!dict || plist_get_node_type(dict) != PLIST_DICT) {
-        return keys;
-    }
-    plist_dict_iter it = nullptr;
-    plist_dict_new_iter(dict, &it);
-    for (char* key = nullptr; plist_dict_next_item(dict, it, &key, nullptr), key; key = nullptr) {
-        keys.emplace_back(key);
-        free(key);
-    }
-    free(it);
-    std::sort(keys.begin(), keys.end());
-    return keys;
 }
 
 // The value at a path of dictionary keys, or null.

@@ -1,4 +1,3 @@
-#include "PackageTestSupport.h"
 #include "package/SensitiveTextRedaction.h"
 
 #include <gtest/gtest.h>
@@ -6,8 +5,6 @@
 
 namespace korvane {
 namespace {
-
-using namespace korvane;
 
 struct RedactionCase {
     std::string name;
@@ -42,7 +39,7 @@ INSTANTIATE_TEST_SUITE_P(
                       "<data>\nEQAAAA==\n</data>",
                       "<key>IOPCIPrimaryMatch</key>\n<string>0xa36d8086</string>\n<key>port</key>\n"
                       "<data>\nEQAAAA==\n</data>"}),
-    RowName());
+    [](const auto& row) { return row.param.name; });
 
 INSTANTIATE_TEST_SUITE_P(
     Lines, RedactionTest,
@@ -77,7 +74,7 @@ INSTANTIATE_TEST_SUITE_P(
                       "Gr\xC3\xBC\xC3\x9F"
                       "e \xE4\xB8\xAD SerialNumber x"},
         RedactionCase{"Empty", "", ""}),
-    RowName());
+    [](const auto& row) { return row.param.name; });
 
 TEST(Redaction, ManyOpenersWithoutValuesAreLeftAlone) {
     std::string text;

@@ -2,14 +2,16 @@
 
 #include "support/TempFolder.h"
 
+#include <csignal>
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <system_error>
 
 namespace korvane {
 namespace {
 
-TEST(FileIOTest, AtomicWriteReplacesWholeAndKeepsMode) {
+TEST(FileIO, AtomicWriteReplacesWholeKeepsTheModeAndLeavesNoTemporary) {
     TempFolder folder;
     const auto target = folder.path() / "log.txt";
     writeFileAtomically(target, "first");
@@ -19,26 +21,41 @@ TEST(FileIOTest, AtomicWriteReplacesWholeAndKeepsMode) {
     struct stat info;
     ASSERT_EQ(stat(target.c_str(), &info), 0);
     EXPECT_EQ(info.st_mode & 0777, 0640u);
-    EXPECT_EQ(folder.entries(), std::vector<std::string>{"log.txt"}) << "no temporary file is left";
+    EXPECT_EQ(folder.entries(), std::vector<std::string>{"log.txt"});
 }
 
-TEST(FileIOTest, AtomicWriteBelowAFileFailsWithThePlatformsWords) {
+TEST(FileIO, AWriteThatCantHappenThrowsThePlatformsWordsAndLeavesNothing) {
     TempFolder folder;
     writeFileAtomically(folder.path() / "plain", "x");
     try {
         writeFileAtomically(folder.path() / "plain" / "below.txt", "y");
         FAIL() << "expected a failure";
     } catch (const std::system_error& error) {
-        EXPECT_EQ(error.code(), std::errc::not_a_directory);
         EXPECT_STREQ(error.what(), "Not a directory");
     }
-    EXPECT_EQ(readFileBytes(folder.path() / "plain"), "x");
+    std::filesystem::create_directory(folder.path() / "folder");
+    EXPECT_THROW(writeFileAtomically(folder.path() / "folder", "z"), std::system_error);
+    EXPECT_EQ(folder.entries(), (std::vector<std::string>{"folder", "plain"}));
+    EXPECT_FALSE(readFileBytes(folder.path() / "folder")) << "a folder is not a file";
 }
 
-TEST(FileIOTest, ReadingAMissingFileGivesNothing) {
+// Runs in a child process: a file size limit makes write() fail (EFBIG), as
+// a full disk would, and the process's limit must not reach other tests.
+[[noreturn]] void writePastAFileSizeLimit(const std::filesystem::path& folder) {
+    signal(SIGXFSZ, SIG_IGN);
+    const rlimit limit{1024, 1024};
+    setrlimit(RLIMIT_FSIZE, &limit);
+    try {
+        writeFileAtomically(folder / "big", std::string(4096, 'x'));
+    } catch (const std::system_error&) {
+        std::_Exit(std::filesystem::is_empty(folder) ? 0 : 1);
+    }
+    std::_Exit(2);
+}
+
+TEST(FileIO, AWriteThatFailsHalfwayRemovesItsTemporaryFile) {
     TempFolder folder;
-    EXPECT_FALSE(readFileBytes(folder.path() / "missing"));
-    EXPECT_FALSE(readFileBytes(folder.path())) << "a folder is not a file";
+    EXPECT_EXIT(writePastAFileSizeLimit(folder.path()), testing::ExitedWithCode(0), "");
 }
 
 } // namespace

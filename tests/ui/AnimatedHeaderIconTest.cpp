@@ -32,15 +32,5 @@ TEST_F(AnimatedHeaderIconTest, ResourceFileComesBeforeTheBuiltInIcon) {
     EXPECT_NE(centre(builtIn), QColor(Qt::red));
 }
 
-TEST_F(AnimatedHeaderIconTest, EmptyIconLeavesThePlateEmpty) {
-    for (const QIcon& icon : {QIcon(), appIcon(resources.path())}) {
-        AnimatedHeaderIcon header(icon);
-        EXPECT_EQ(header.size(), QSize(60, 60));
-        EXPECT_EQ(header.accessibleName(), "KorvaneGenerator");
-        const QImage picture = header.grab().toImage();
-        EXPECT_FALSE(picture.isNull());
-    }
-}
-
 } // namespace
 } // namespace korvane

@@ -138,9 +138,9 @@ TEST_F(ContentViewTest, OpenZipAndDonateReachTheDesktop) {
     ASSERT_TRUE(model->lastZipURL());
     parts().openZip->click();
     parts().donate->click();
-    EXPECT_THAT(desktop.revealed, ElementsAre(*model->lastZipURL()));
-    ASSERT_EQ(desktop.opened.size(), 1u);
-    EXPECT_THAT(desktop.opened[0], testing::HasSubstr("/donate/?hosted_button_id="));
+    EXPECT_THAT(recordingDesktop.revealed, ElementsAre(*model->lastZipURL()));
+    ASSERT_EQ(recordingDesktop.opened.size(), 1u);
+    EXPECT_THAT(recordingDesktop.opened[0], testing::HasSubstr("/donate/?hosted_button_id="));
 }
 
 TEST_F(ContentViewTest, FirstAppearanceStartsTheModelOnce) {

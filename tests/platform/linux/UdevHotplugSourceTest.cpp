@@ -86,9 +86,11 @@ class UdevHotplugSourceTest : public ::testing::Test {
     int changes_ = 0;
 };
 
-TEST_F(UdevHotplugSourceTest, EachAddAndRemoveGivesOneChangeOnTheMainThread) {
+TEST_F(UdevHotplugSourceTest, EachAddAndRemoveGivesOneChangeOnTheMainThreadToTheFirstStartOnly) {
     UdevHotplugSource source(scheduler_, "udev");
+    int secondChanges = 0;
     source.start([this] { ++changes_; });
+    source.start([&secondChanges] { ++secondChanges; });
     ASSERT_TRUE(source.isListening());
 
     const GText device = addUSBDevice("1-1", "usb_device");
@@ -101,6 +103,7 @@ TEST_F(UdevHotplugSourceTest, EachAddAndRemoveGivesOneChangeOnTheMainThread) {
     EXPECT_EQ(scheduler_.runWhen(1, eventWait), 1u);
     EXPECT_EQ(scheduler_.runWhen(2, quietWait), 0u);
     EXPECT_EQ(changes_, 2);
+    EXPECT_EQ(secondChanges, 0);
 }
 
 TEST_F(UdevHotplugSourceTest, OtherEventsAndDevicesPresentAtStartRaiseNothing) {
@@ -112,19 +115,6 @@ TEST_F(UdevHotplugSourceTest, OtherEventsAndDevicesPresentAtStartRaiseNothing) {
     const GText interface = addUSBDevice("1-1:1.0", "usb_interface");
     EXPECT_EQ(scheduler_.runWhen(1, quietWait), 0u);
     EXPECT_EQ(changes_, 0);
-}
-
-TEST_F(UdevHotplugSourceTest, OnlyTheFirstStartListens) {
-    UdevHotplugSource source(scheduler_, "udev");
-    int secondChanges = 0;
-    source.start([this] { ++changes_; });
-    source.start([&secondChanges] { ++secondChanges; });
-
-    const GText device = addUSBDevice("2-1", "usb_device");
-    EXPECT_EQ(scheduler_.runWhen(1, eventWait), 1u);
-    EXPECT_EQ(scheduler_.runWhen(2, quietWait), 0u);
-    EXPECT_EQ(changes_, 1);
-    EXPECT_EQ(secondChanges, 0);
 }
 
 // Needs no test bed: libudev refuses an unknown netlink source outright.

@@ -1,15 +1,21 @@
 #pragma once
 
 #include "collector/CollectorModel.h"
+#include "records/PCIIdentityText.h"
 #include "support/BuildTree.h"
 #include "support/ManualScheduler.h"
 #include "support/TempFolder.h"
 
+#include <ctime>
 #include <deque>
 #include <gtest/gtest.h>
 #include <sstream>
 
 namespace korvane {
+
+// The model's world as the collector and window tests make it: a recording
+// desktop, a hotplug source fired by hand, scans the test lines up, a manual
+// scheduler and a temporary home.
 
 struct RecordingDesktop final : DesktopServices {
     std::vector<std::string> sounds;
@@ -20,7 +26,6 @@ struct RecordingDesktop final : DesktopServices {
     void openURL(const std::string& address) override { opened.push_back(address); }
 };
 
-// A hotplug source the test fires by hand.
 struct ManualHotplugSource final : HotplugSource {
     std::function<void()> onChange;
     int starts = 0;
@@ -41,28 +46,37 @@ inline USBPortMap makePort(std::string name, std::uint32_t number, std::string d
     return port;
 }
 
+// `count` ports HS01.., the first `active` of them with a device.
+inline std::vector<USBPortMap> makePorts(int count, int active = 0) {
+    std::vector<USBPortMap> ports;
+    for (int i = 1; i <= count; ++i) {
+        const std::string name = (i < 10 ? "HS0" : "HS") + std::to_string(i);
+        ports.push_back(
+            makePort(name, static_cast<std::uint32_t>(i), i <= active ? "Device " + std::to_string(i) : ""));
+    }
+    return ports;
+}
+
 inline USBControllerMap makeController(std::string name, std::int64_t vendor, std::int64_t device,
-                                       std::vector<USBPortMap> ports) {
+                                       std::vector<USBPortMap> ports = {}, std::string databaseName = "") {
     USBControllerMap controller;
     controller.name = std::move(name);
     controller.location = "14";
     controller.vendorID = vendor;
     controller.deviceID = device;
-    char match[32];
-    std::snprintf(match, sizeof match, "pci%04llx,%04llx", static_cast<long long>(vendor),
-                  static_cast<long long>(device));
-    controller.ioNameMatch = match;
+    controller.ioNameMatch = pciNameMatch(vendor, device);
     controller.providerClass = "AppleUSBXHCIPCI";
+    controller.usbDeviceName = std::move(databaseName);
     controller.ports = std::move(ports);
     return controller;
 }
 
-// A model over a manual scheduler, a temporary home with a Desktop, the real
-// tool stand-ins and scans the test lines up.
-class CollectorFixture : public testing::Test {
-  protected:
+// A model over all of the above, with the build's tool stand-ins. Scans
+// return what the test lines up in `scans`, then the last one again.
+class ModelFixture : public testing::Test {
+  public:
     void SetUp() override {
-        std::filesystem::create_directories(desktop());
+        std::filesystem::create_directories(desktopFolder);
         auto source = std::make_unique<ManualHotplugSource>();
         hotplug = source.get();
         CollectorEnvironment environment{.scheduler = scheduler,
@@ -94,15 +108,19 @@ class CollectorFixture : public testing::Test {
 
     USBScanResult nextScan() {
         ++scanCount;
-        if (scans.empty()) {
-            return lastScan;
+        if (!scans.empty()) {
+            lastScan = scans.front();
+            scans.pop_front();
         }
-        lastScan = scans.front();
-        scans.pop_front();
         return lastScan;
     }
 
-    std::filesystem::path desktop() const { return desktopFolder; }
+    // Lines up one scan result and runs a Reset Ports scan to its end.
+    void scanShowing(std::vector<USBControllerMap> controllers) {
+        scans.push_back({std::move(controllers)});
+        model->scanUSBPorts();
+        scheduler.runUntilIdle();
+    }
 
     // The log without its time stamps; a message's further lines stay whole.
     std::vector<std::string> logLines() const {
@@ -126,6 +144,7 @@ class CollectorFixture : public testing::Test {
     std::deque<USBScanResult> scans;
     USBScanResult lastScan;
     int scanCount = 0;
+    // An update that never reaches a network unless the test says otherwise.
     std::function<HTTPResponse(const std::string&)> fetch = [](const std::string&) -> HTTPResponse {
         throw std::runtime_error("Could not resolve host");
     };

@@ -1,0 +1,116 @@
+#include "ids/IDsDownload.h"
+
+#include "LoopbackServer.h"
+#include "records/CollectorError.h"
+#include "records/FileIO.h"
+#include "support/TempFolder.h"
+
+#include <gmock/gmock.h>
+#include <netinet/in.h>
+#include <sys/socket.h>
+
+namespace korvane {
+namespace {
+
+namespace fs = std::filesystem;
+using testing::HasSubstr;
+
+std::string database(std::size_t size, const std::string& head = "# List of USB ID's\n") {
+    std::string body = head;
+    body.resize(size, 'x');
+    return body;
+}
+
+// A body whose first 4096 bytes stop inside a two-byte character.
+std::string splitCharacter() {
+    std::string body = "# Version 2026.11\n";
+    body.resize(4095, ' ');
+    body += "\xc3\xa9 tail";
+    return database(8000, body);
+}
+
+// A loopback port with nobody listening on it.
+int refusedPort() {
+    const int fd = socket(AF_INET, SOCK_STREAM, 0);
+    sockaddr_in address{};
+    address.sin_family = AF_INET;
+    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    bind(fd, reinterpret_cast<sockaddr*>(&address), sizeof address);
+    socklen_t length = sizeof address;
+    getsockname(fd, reinterpret_cast<sockaddr*>(&address), &length);
+    close(fd);
+    return ntohs(address.sin_port);
+}
+
+TEST(IDsDownload, StoresOnlyWhatLooksLikeADatabaseAndKeepsTheEarlierCopyOtherwise) {
+    const std::tuple<int, std::string, const char*> rows[] = {
+        {200, database(5000), nullptr},
+        {503, database(5000), "HTTP 503"},
+        {200, database(1024, "Intel"), "downloaded file is too small"},
+        {200, database(1025, "Intel"), nullptr},
+        {200, database(5000, "# hello\n"), "downloaded file does not look like an ids database"},
+        {200, database(4096, "# nothing") + "Version", "downloaded file does not look like an ids database"},
+        {200, splitCharacter(), "downloaded file does not look like an ids database"},
+        {200, database(3000, "<html>Version 2</html>"), nullptr},
+        {200, database(5000) + "\xff\xfe", nullptr},
+    };
+    for (const auto& [status, body, error] : rows) {
+        TempFolder home;
+        LoopbackServer web;
+        web.server.Get("/usb.ids", [&](const httplib::Request&, httplib::Response& response) {
+            response.status = status;
+            response.set_content(body, "text/plain");
+        });
+        const fs::path stored = home.path() / "KorvaneGenerator" / "Tools" / "usb.ids";
+        fs::create_directories(stored.parent_path());
+        writeFileAtomically(stored, "earlier copy");
+        try {
+            updateDatabase("usb.ids", web.address("/usb.ids"), fetchWithCurl, {home.path(), {}});
+            EXPECT_EQ(error, nullptr) << body.substr(0, 30);
+            EXPECT_EQ(readFileBytes(stored), body);
+        } catch (const CollectorError& failure) {
+            EXPECT_STREQ(failure.what(), error);
+            EXPECT_EQ(readFileBytes(stored), "earlier copy");
+        }
+    }
+}
+
+TEST(IDsDownload, TransportAndFolderFailuresKeepTheirOwnWords) {
+    TempFolder home;
+    LoopbackServer web;
+    web.server.Get("/pci.ids", [](const httplib::Request&, httplib::Response& response) {
+        response.set_content(database(5000), "text/plain");
+    });
+    web.server.Get("/moved", [](const httplib::Request&, httplib::Response& response) {
+        response.set_redirect("/pci.ids");
+    });
+    web.server.Get("/huge", [](const httplib::Request&, httplib::Response& response) {
+        response.set_content_provider("text/plain",
+                                      [chunk = database(1 << 20)](std::size_t, httplib::DataSink& sink) {
+                                          return sink.write(chunk.data(), chunk.size());
+                                      });
+    });
+
+    writeFileAtomically(home.path() / "blocked", "a plain file where the support folder must be");
+    EXPECT_THROW(
+        updateDatabase("pci.ids", web.address("/moved"), fetchWithCurl, {home.path() / "blocked", {}}),
+        fs::filesystem_error);
+    updateDatabase("pci.ids", web.address("/moved"), fetchWithCurl, {home.path() / "fine", {}});
+    EXPECT_TRUE(fs::exists(home.path() / "fine" / "KorvaneGenerator" / "Tools" / "pci.ids"))
+        << "redirect followed";
+
+    const auto failure = [&](const std::string& address) -> std::string {
+        try {
+            updateDatabase("usb.ids", address, fetchWithCurl, {home.path() / "fine", {}});
+        } catch (const std::runtime_error& error) {
+            return error.what();
+        }
+        return "no failure";
+    };
+    EXPECT_THAT(failure("http://127.0.0.1:" + std::to_string(refusedPort()) + "/x"), HasSubstr("onnect"));
+    EXPECT_THAT(failure(web.address("/huge")), HasSubstr("64 MiB")) << "an endless body is cut off";
+    EXPECT_FALSE(fs::exists(home.path() / "fine" / "KorvaneGenerator" / "Tools" / "usb.ids"));
+}
+
+} // namespace
+} // namespace korvane

@@ -1,0 +1,124 @@
+#pragma once
+
+#include "scanner/NativeUSBNode.h"
+#include "scanner/RegistrySource.h"
+
+#include <functional>
+#include <gtest/gtest.h>
+#include <iomanip>
+#include <memory>
+#include <ostream>
+#include <string>
+
+namespace korvane {
+
+// Registry trees made by hand, and the comparisons the scanner and the saved
+// registry tests share.
+
+inline std::unique_ptr<NativeUSBNode> makeRoot() {
+    return std::make_unique<NativeUSBNode>("Root", "", "IORegistryEntry", PropertyDictionary{}, nullptr);
+}
+
+// An xHCI PCI device with its identity as the registry stores it: four-byte
+// little-endian buffers.
+inline NativeUSBNode& addXHCIPCIDevice(NativeUSBNode& parent, const std::string& name,
+                                       const std::string& location, std::uint32_t vendor,
+                                       std::uint32_t device) {
+    auto bytes = [](std::uint32_t v) { return ByteBuffer{std::uint8_t(v), std::uint8_t(v >> 8), 0, 0}; };
+    return parent.addChild(name, location, "IOPCIDevice",
+                           {{"class-code", ByteBuffer{0x30, 0x03, 0x0C, 0x00}},
+                            {"vendor-id", bytes(vendor)},
+                            {"device-id", bytes(device)}});
+}
+
+// A registry whose tree a function makes afresh for each copy.
+class TreeSource final : public RegistrySource {
+  public:
+    explicit TreeSource(std::function<std::unique_ptr<NativeUSBNode>()> make) : make_(std::move(make)) {}
+    std::unique_ptr<NativeUSBNode> copyRoot() const override { return make_(); }
+
+  private:
+    std::function<std::unique_ptr<NativeUSBNode>()> make_;
+};
+
+// The tree's shape as indented lines, "name@location <class>", two blanks a
+// level; properties left out.
+inline std::string treeText(const NativeUSBNode& node, int depth = 0) {
+    std::string text = std::string(static_cast<std::size_t>(2 * depth), ' ') + node.name +
+                       (node.location.empty() ? "" : "@" + node.location) + " <" + node.className + ">\n";
+    for (const auto& child : node.children) {
+        if (child->parent != &node) {
+            text += "(broken parent link)\n";
+        }
+        text += treeText(*child, depth + 1);
+    }
+    return text;
+}
+
+// Compares two trees node by node and names the first place they differ.
+inline testing::AssertionResult sameTree(const NativeUSBNode& a, const NativeUSBNode& b,
+                                         const std::string& where = "root") {
+    const std::string here = where + "/" + a.name;
+    if (a.name != b.name || a.location != b.location || a.className != b.className) {
+        return testing::AssertionFailure()
+               << here << ": (" << a.name << ", " << a.location << ", " << a.className << ") against ("
+               << b.name << ", " << b.location << ", " << b.className << ")";
+    }
+    if (a.properties != b.properties) {
+        for (const auto& [key, value] : a.properties) {
+            const auto other = b.properties.find(key);
+            if (other == b.properties.end() || other->second != value) {
+                return testing::AssertionFailure() << here << ": property " << key << " differs";
+            }
+        }
+        return testing::AssertionFailure() << here << ": the second tree has more properties";
+    }
+    if (a.children.size() != b.children.size()) {
+        return testing::AssertionFailure()
+               << here << ": " << a.children.size() << " children against " << b.children.size();
+    }
+    for (std::size_t i = 0; i < a.children.size(); ++i) {
+        if (a.children[i]->parent != &a || b.children[i]->parent != &b) {
+            return testing::AssertionFailure() << here << ": broken parent link at child " << i;
+        }
+        if (auto result = sameTree(*a.children[i], *b.children[i], here); !result) {
+            return result;
+        }
+    }
+    return testing::AssertionSuccess();
+}
+
+// Lets failing expectations show values in ioreg's own notation.
+inline void PrintTo(const PropertyValue& value, std::ostream* out) {
+    if (const auto* text = value.text()) {
+        *out << '"' << *text << '"';
+    } else if (const auto* number = value.number()) {
+        *out << *number;
+    } else if (const auto* bytes = value.bytes()) {
+        *out << '<' << std::hex << std::setfill('0');
+        for (auto byte : *bytes) {
+            *out << std::setw(2) << static_cast<int>(byte);
+        }
+        *out << std::dec << '>';
+    } else if (const auto* array = value.array()) {
+        *out << '(';
+        for (std::size_t i = 0; i < array->size(); ++i) {
+            *out << (i ? "," : "");
+            PrintTo((*array)[i], out);
+        }
+        *out << ')';
+    } else if (const auto* dictionary = value.dictionary()) {
+        *out << '{';
+        bool isFirst = true;
+        for (const auto& [key, element] : *dictionary) {
+            *out << (isFirst ? "" : ",") << '"' << key << "\"=";
+            PrintTo(element, out);
+            isFirst = false;
+        }
+        *out << '}';
+    } else {
+        *out << "{keyed list}";
+    }
+}
+
+} // namespace korvane

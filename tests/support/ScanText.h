@@ -1,0 +1,36 @@
+#pragma once
+
+#include "records/PCIIdentityText.h"
+#include "records/USBControllerMap.h"
+
+#include <string>
+#include <vector>
+
+namespace korvane {
+
+// A scan's controllers as text to read and compare at a glance, one line for
+// each controller and one for each of its ports:
+//   8086:a36d XHC1@14  AppleIntelCNLUSBXHCI  pci8086,a36d  "Intel Corporation Cannon Lake ..."
+//     HS13  13  255  @14d00000  "FaceTime HD Camera (Built-in)"  // the comment, when there is one
+inline std::string scanText(const std::vector<USBControllerMap>& controllers) {
+    std::string text;
+    for (const auto& controller : controllers) {
+        text += vendorDeviceText(controller.vendorID, controller.deviceID) + " " + controller.name + "@" +
+                controller.location + "  " + controller.providerClass + "  " + controller.ioNameMatch +
+                "  \"" + controller.usbDeviceName + "\"\n";
+        for (const auto& port : controller.ports) {
+            const auto number = portNumber(port.portData);
+            text += "  " + port.name + "  " + (number ? std::to_string(*number) : "-") + "  " +
+                    std::to_string(port.connector) + "  @" + port.location + "  \"" + port.activeDevice +
+                    "\"";
+            text += port.comment.empty() ? "\n" : "  // " + port.comment + "\n";
+        }
+    }
+    return text;
+}
+
+inline std::string scanText(const USBScanResult& result) {
+    return scanText(result.controllers);
+}
+
+} // namespace korvane
