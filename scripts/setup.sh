@@ -28,8 +28,6 @@ if [ "${1:-}" = "--test" ]; then
     clang libclang-rt-14-dev clang-format
     # tests and benchmarks
     libgtest-dev libgmock-dev googletest libbenchmark-dev libcpp-httplib-dev zip unzip python3
-    # udev hotplug tests: umockdev's test bed and its preload wrapper
-    umockdev libumockdev-dev
     # the end-to-end test in a real Linux kernel under QEMU (the packages of
     # the qemu-usb harness's own setup.sh)
     qemu-system-x86 qemu-utils linux-image-amd64 busybox-static cpio kmod udev socat acpica-tools

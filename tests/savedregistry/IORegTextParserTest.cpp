@@ -78,13 +78,13 @@ TEST(IORegTextParser, ABrokenValueLosesOnlyItsPropertyAndTextsRunOverLines) {
                                      "      \"bad utf8\" = \"experience\xD5s iMac\"\r\n"
                                      "      \"bad \xD5 key\" = 2\r\n"
                                      "      \"CLMVersion\" = \"API: 18.1\r\n"
-                                     "Data: Oly.Maui\r\n"
+                                     "   +-o Data: Oly.Maui\r\n"
                                      "\"\r\n"
                                      "      \"next\" = Yes\r\n"
                                      "    }\r\n");
     ASSERT_TRUE(root);
     const PropertyDictionary expected{
-        {"good", 1}, {"CLMVersion", "API: 18.1\nData: Oly.Maui\n"}, {"next", 1}};
+        {"good", 1}, {"CLMVersion", "API: 18.1\n   +-o Data: Oly.Maui\n"}, {"next", 1}};
     EXPECT_EQ(root->properties, expected);
 }
 
@@ -125,19 +125,6 @@ TEST(IORegTextParser, TheStrayMacRomanByteOfTheIMac19_1LosesOnlyItsValue) {
     EXPECT_EQ(bluetooth->properties.count("BluetoothLocalName"), 0U);
     EXPECT_EQ(bluetooth->properties.at("BluetoothDeviceAddress"), PropertyValue("38-F9-D3-84-E8-46"));
     EXPECT_EQ(bluetooth->properties.at("HCIRevision"), PropertyValue(4392));
-}
-
-TEST(IORegTextParser, QuotedAndMultiLineTextsOfTheMacBookPro15_2) {
-    const auto root = parseIORegText(testDataBytes("macos/MacBookPro15-2/IOReg.txt"));
-    ASSERT_TRUE(root);
-    const auto* wlan = findNode(*root, "AppleBCMWLANCore", "AppleBCMWLANCore");
-    ASSERT_TRUE(wlan);
-    EXPECT_EQ(wlan->properties.at("AppleBCMWLAN.BuildTagGit"), PropertyValue("\"AppleBCMWLANV3-445.4\""));
-    const auto* txCap = wlan->properties.at("TxCapVersion").text();
-    ASSERT_TRUE(txCap);
-    EXPECT_TRUE(
-        txCap->starts_with("Data Title: Maui_SDBPowerCap_Final_25May2018_v3.0\nData Creation: 2019-12-06"));
-    EXPECT_TRUE(txCap->ends_with("\n"));
 }
 
 } // namespace

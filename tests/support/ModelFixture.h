@@ -9,6 +9,7 @@
 #include <ctime>
 #include <deque>
 #include <gtest/gtest.h>
+#include <iomanip>
 #include <sstream>
 
 namespace korvane {
@@ -87,12 +88,7 @@ class ModelFixture : public testing::Test {
                                          .desktopURL = [this] { return desktopFolder; }};
         environment.now = [] {
             std::tm local{};
-            local.tm_year = 126;
-            local.tm_mon = 10;
-            local.tm_mday = 22;
-            local.tm_hour = 14;
-            local.tm_min = 3;
-            local.tm_sec = 9;
+            std::istringstream("2026-11-22 14:03:09") >> std::get_time(&local, "%Y-%m-%d %H:%M:%S");
             local.tm_isdst = -1;
             return std::chrono::system_clock::from_time_t(std::mktime(&local));
         };

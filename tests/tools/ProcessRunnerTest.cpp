@@ -145,23 +145,5 @@ TEST(ProcessRunner, NoDescriptorZombieOrGrandchildOutlivesOrHoldsACall) {
     EXPECT_THAT(childProcesses(), testing::IsEmpty());
 }
 
-TEST(ProcessRunner, ParallelCallsKeepTheirOwnOutput) {
-    std::vector<std::string> results(4);
-    std::vector<std::thread> threads;
-    for (int i = 0; i < 4; ++i) {
-        threads.emplace_back([&results, i] {
-            results[i] =
-                sh("i=0; while [ $i -lt 2000 ]; do echo " + std::to_string(i) + "; i=$((i+1)); done");
-        });
-    }
-    for (auto& thread : threads) {
-        thread.join();
-    }
-    for (int i = 0; i < 4; ++i) {
-        EXPECT_EQ(results[i].size(), 2000u * 2) << i;
-        EXPECT_EQ(results[i].find_first_not_of(std::to_string(i) + "\n"), std::string::npos) << i;
-    }
-}
-
 } // namespace
 } // namespace korvane

@@ -40,102 +40,68 @@ class ContentViewTest : public ViewFixture {
     bool isListShown() const { return parts().list->isVisibleTo(view.get()); }
 
     std::unique_ptr<ContentView> view;
+    const std::vector<USBControllerMap> twoControllers{intelXHC(makePorts(4, 1)),
+                                                       makeController("XHC2", 0x1b73, 0x1100, makePorts(2))};
 };
 
-// Which controls are enabled in each state of the model the window can meet.
-struct ControlStates {
-    const char* name;
-    std::function<void(ContentViewTest&)> enter;
-    bool reset, updateIDs, selectAll, deselectAll, generate, openZip, donate;
-    const char* resetLabel;
-    const char* updateLabel;
-    const char* badge;
-};
-
-class ContentViewControls : public ContentViewTest, public testing::WithParamInterface<ControlStates> {};
-
-TEST_P(ContentViewControls, EnableAndLabelTheButtons) {
-    GetParam().enter(*this);
-    const auto& p = parts();
-    const ControlStates& want = GetParam();
-    EXPECT_EQ(p.resetPorts->isEnabled(), want.reset);
-    EXPECT_EQ(p.updateIDs->isEnabled(), want.updateIDs);
-    EXPECT_EQ(p.selectAll->isEnabled(), want.selectAll);
-    EXPECT_EQ(p.deselectAll->isEnabled(), want.deselectAll);
-    EXPECT_EQ(p.generate->isEnabled(), want.generate);
-    EXPECT_EQ(p.openZip->isEnabled(), want.openZip);
-    EXPECT_EQ(p.donate->isEnabled(), want.donate);
-    EXPECT_EQ(p.resetPorts->text(), want.resetLabel);
-    EXPECT_EQ(p.updateIDs->text(), want.updateLabel);
-    EXPECT_EQ(p.badge->text(), want.badge);
+// Which controls are enabled in each state of the model the window can meet,
+// as a row of flags: Reset Ports, Update IDs, Select All, Deselect All,
+// Generate, Open ZIP and Donate; then the two labels that change and the badge.
+TEST_F(ContentViewTest, ControlsFollowTheModelsState) {
+    const std::tuple<const char*, std::function<void()>, const char*, const char*> states[] = {
+        {"no controllers", [&] { scanShowing({}); }, "1100101", "Reset Ports|Update IDs|Ready"},
+        {"loaded", [&] { scanShowing(twoControllers); }, "1111101", "Reset Ports|Update IDs|Ready"},
+        // silent, but the label still says so
+        {"scanning", [&] { model->refreshActiveUSBDevices(); }, "0011101", "Resetting...|Update IDs|Ready"},
+        {"updating",
+         [&] {
+             scheduler.runUntilIdle();
+             model->updateIDsDatabases();
+         },
+         "0011101", "Reset Ports|Updating IDs...|Ready"},
+        {"running",
+         [&] {
+             scheduler.runUntilIdle();
+             model->startCollection();
+         },
+         "0000000", "Reset Ports|Update IDs|Running"},
+        {"completed", [&] { scheduler.runUntilIdle(); }, "1111111", "Reset Ports|Update IDs|Completed"},
+        {"failed",
+         [&] {
+             // A file where the Desktop should be: the work folder can't be made.
+             std::filesystem::remove_all(desktopFolder);
+             std::ofstream(desktopFolder) << "not a folder";
+             model->startCollection();
+             scheduler.runUntilIdle();
+         },
+         "1111101", "Reset Ports|Update IDs|Ready"},
+    };
+    for (const auto& [name, enter, enabled, labels] : states) {
+        enter();
+        const auto& p = parts();
+        std::string flags;
+        for (const QPushButton* button :
+             {p.resetPorts, p.updateIDs, p.selectAll, p.deselectAll, p.generate, p.openZip, p.donate}) {
+            flags += button->isEnabled() ? '1' : '0';
+        }
+        EXPECT_EQ(flags, enabled) << name;
+        EXPECT_EQ((p.resetPorts->text() + "|" + p.updateIDs->text() + "|" + p.badge->text()).toStdString(),
+                  labels)
+            << name;
+    }
 }
 
-const std::vector<USBControllerMap> twoControllers = {intelXHC(makePorts(4, 1)),
-                                                      makeController("XHC2", 0x1b73, 0x1100, makePorts(2))};
-
-INSTANTIATE_TEST_SUITE_P(
-    States, ContentViewControls,
-    testing::Values(
-        ControlStates{"NoControllers", [](ContentViewTest& f) { f.scanShowing({}); }, true, true, false,
-                      false, true, false, true, "Reset Ports", "Update IDs", "Ready"},
-        ControlStates{"Loaded", [](ContentViewTest& f) { f.scanShowing(twoControllers); }, true, true, true,
-                      true, true, false, true, "Reset Ports", "Update IDs", "Ready"},
-        ControlStates{"Scanning",
-                      [](ContentViewTest& f) {
-                          f.scanShowing(twoControllers);
-                          f.model->refreshActiveUSBDevices(); // silent, but the label still says so
-                      },
-                      false, false, true, true, true, false, true, "Resetting...", "Update IDs", "Ready"},
-        ControlStates{"UpdatingIDs",
-                      [](ContentViewTest& f) {
-                          f.scanShowing(twoControllers);
-                          f.model->updateIDsDatabases();
-                      },
-                      false, false, true, true, true, false, true, "Reset Ports", "Updating IDs...", "Ready"},
-        ControlStates{"Running",
-                      [](ContentViewTest& f) {
-                          f.scanShowing(twoControllers);
-                          f.model->startCollection();
-                      },
-                      false, false, false, false, false, false, false, "Reset Ports", "Update IDs",
-                      "Running"},
-        ControlStates{"Completed",
-                      [](ContentViewTest& f) {
-                          f.scanShowing(twoControllers);
-                          f.model->startCollection();
-                          f.scheduler.runUntilIdle();
-                      },
-                      true, true, true, true, true, true, true, "Reset Ports", "Update IDs", "Completed"},
-        ControlStates{"Failed",
-                      [](ContentViewTest& f) {
-                          f.scanShowing(twoControllers);
-                          // A file where the Desktop should be: the work folder can't be made.
-                          std::filesystem::remove_all(f.home.path() / "Desktop");
-                          std::ofstream(f.home.path() / "Desktop") << "not a folder";
-                          f.model->startCollection();
-                          f.scheduler.runUntilIdle();
-                      },
-                      true, true, true, true, true, false, true, "Reset Ports", "Update IDs", "Ready"}),
-    [](const testing::TestParamInfo<ControlStates>& row) { return std::string(row.param.name); });
-
-TEST_F(ContentViewTest, RowsAndSectionsStayLiveDuringARun) {
+TEST_F(ContentViewTest, RowsAndSectionsStayLiveDuringARunAndItsZipCanBeShown) {
     scanShowing(twoControllers);
     model->startCollection();
-    ASSERT_TRUE(model->isRunning());
     USBPortEditRow* row = sections()[0]->rows()[1];
-    EXPECT_TRUE(row->checkbox()->isEnabled());
-    EXPECT_TRUE(row->connectorMenu()->isEnabled());
     row->checkbox()->click();
     EXPECT_TRUE(model->isPortSelected(twoControllers[0], twoControllers[0].ports[1]));
+    EXPECT_TRUE(row->connectorMenu()->isEnabled());
     sections()[1]->header()->click();
     EXPECT_FALSE(sections()[1]->isOpen());
-}
 
-TEST_F(ContentViewTest, OpenZipAndDonateReachTheDesktop) {
-    scanShowing(twoControllers);
-    model->startCollection();
     scheduler.runUntilIdle();
-    ASSERT_TRUE(model->lastZipURL());
     parts().openZip->click();
     parts().donate->click();
     EXPECT_THAT(recordingDesktop.revealed, ElementsAre(*model->lastZipURL()));

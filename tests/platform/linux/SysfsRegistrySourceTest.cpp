@@ -1,6 +1,5 @@
 #include "platform/linux/SysfsRegistrySource.h"
 
-#include "linux/UmockdevRecording.h"
 #include "savedregistry/SavedRegistry.h"
 #include "savedregistry/SnapshotCodec.h"
 #include "scanner/NativeUSBTreeScanner.h"
@@ -16,8 +15,8 @@
 namespace korvane {
 namespace {
 
-// The QEMU captures (sysfs mirrors, unpacked by the build) and the umockdev
-// recordings of real machines (written out below as a sysfs tree).
+// The sysfs captures the build unpacks: QEMU machines, and real machines'
+// umockdev recordings as umockdev's own test bed lays them out.
 const char* const machines[] = {"qemu-basic",
                                 "qemu-empty",
                                 "qemu-dual",
@@ -31,13 +30,7 @@ const char* const machines[] = {"qemu-basic",
 class SysfsMachineTest : public ::testing::TestWithParam<const char*> {
   protected:
     void SetUp() override {
-        const std::string machine = GetParam();
-        if (machine.starts_with("qemu-")) {
-            sysfsRoot = std::filesystem::path(KORVANE_LINUX_FIXTURES_DIR) / machine / "sys";
-        } else {
-            sysfsRoot = ids.path() / "sys";
-            writeUmockdevRecording(testDataPath("linux/" + machine + "/device.umockdev"), sysfsRoot);
-        }
+        sysfsRoot = std::filesystem::path(KORVANE_LINUX_FIXTURES_DIR) / GetParam() / "sys";
         ASSERT_TRUE(std::filesystem::is_directory(sysfsRoot / "devices"))
             << "the build unpacks " << sysfsRoot;
     }
