@@ -2,8 +2,10 @@
 # clang (libFuzzer) when KORVANE_BUILD_FUZZERS is on; the fuzz preset does that.
 #
 # korvane_fuzz_target(NAME SOURCES ... LIBRARIES ... SEEDS dir...)
-# Registers a short ctest run over the seed folders so every test run also
-# replays the corpus through the target.
+# Registers a test that replays the checked-in seeds (crash seeds among them)
+# through the target exactly once each, so every test run checks the same
+# inputs. Mutation runs, which find new inputs, are scripts/fuzz.sh's job;
+# the seed folders it reads are listed in fuzz-seeds/NAME.seeds.
 function(korvane_fuzz_target name)
   if(NOT KORVANE_BUILD_FUZZERS)
     return()
@@ -13,10 +15,7 @@ function(korvane_fuzz_target name)
   target_compile_options(${name} PRIVATE -fsanitize=fuzzer)
   target_link_options(${name} PRIVATE -fsanitize=fuzzer)
   target_link_libraries(${name} PRIVATE ${ARG_LIBRARIES} korvane_warnings)
-  # libFuzzer writes what it finds into the first folder it is given: a
-  # scratch folder in the build tree, so the checked-in seeds stay as they are.
-  set(scratch "${CMAKE_CURRENT_BINARY_DIR}/${name}-corpus")
-  file(MAKE_DIRECTORY "${scratch}")
-  add_test(NAME ${name}.replay
-    COMMAND ${name} -runs=20000 -max_total_time=60 -rss_limit_mb=1024 -timeout=10 "${scratch}" ${ARG_SEEDS})
+  list(JOIN ARG_SEEDS "\n" seedLines)
+  file(WRITE "${CMAKE_BINARY_DIR}/fuzz-seeds/${name}.seeds" "${seedLines}\n")
+  add_test(NAME ${name}.replay COMMAND ${name} -runs=0 -rss_limit_mb=1024 -timeout=10 ${ARG_SEEDS})
 endfunction()
