@@ -2,7 +2,6 @@
 #include "ids/IDsNameResolver.h"
 #include "records/FileIO.h"
 #include "support/BuildTree.h"
-#include "support/LiteralIDsWalk.h"
 
 #include <algorithm>
 #include <benchmark/benchmark.h>
@@ -164,23 +163,6 @@ void BM_ResolverCachedLookup(benchmark::State& state) {
     }
 }
 BENCHMARK(BM_ResolverCachedLookup);
-
-// The unindexed walk from the top, for comparison.
-void BM_PlainWalkLookup(benchmark::State& state) {
-    const auto text = realDatabase("usb.ids");
-    if (!text) {
-        state.SkipWithError("no application copy of the database in the build tree");
-        return;
-    }
-    const auto pairs = listedPairs(*text);
-    const LiteralIDsWalk walk(*text);
-    std::size_t next = 0;
-    for (auto _ : state) {
-        benchmark::DoNotOptimize(walk.name(pairs[next].first, pairs[next].second));
-        next = (next + 1) % pairs.size();
-    }
-}
-BENCHMARK(BM_PlainWalkLookup)->Unit(benchmark::kMicrosecond);
 
 } // namespace
 } // namespace korvane

@@ -39,8 +39,10 @@ entries=$(unzip -Z1 "$home/Desktop/Korvane.zip" | grep -v '/$' | sort | tr '\n' 
   || fail "ZIP entries: $entries"
 [ ! -e "$home/Desktop/KorvaneGenerator_Work" ] || fail "work folder left behind"
 
-# This machine's live registry has no controller: the ZIP holds the report alone.
-"$korvane" generate > "$home/live.txt" || fail "live generate"
+# A registry without controllers: the ZIP holds the report alone. (The live
+# road is run in a real kernel, under QEMU, never on the machine under test.)
+"$korvane" generate --registry "$data/macos/hackintosh-CML/ioreg_IOUSB-plane.txt" > "$home/none.txt" \
+  || fail "generate without controllers"
 unzip -p "$home/Desktop/Korvane.zip" KorvaneGenerator_Work/Korvane-report.txt > "$home/report.txt"
 [ -s "$home/report.txt" ] || fail "empty report"
 ! unzip -Z1 "$home/Desktop/Korvane.zip" | grep -q 'Korvane.kext' || fail "a package without controllers"

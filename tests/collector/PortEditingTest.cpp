@@ -42,6 +42,7 @@ TEST_F(PortEditingTest, ASilentRefreshKeepsTheUsersWorkAndStaleKeys) {
     scanShowing({before});
     model->setPortSelected(before, before.ports[1], true);  // checked, empty
     model->setPortSelected(before, before.ports[0], false); // unchecked, has a device
+    model->setPortSelected(before, before.ports[2], true); // checked, about to vanish
     model->setConnector(before, before.ports[2], 10);
     const auto logSize = model->logText().size();
 
@@ -49,7 +50,8 @@ TEST_F(PortEditingTest, ASilentRefreshKeepsTheUsersWorkAndStaleKeys) {
     scans = {{{intel({makePort("HS01", 1, "Keyboard"), makePort("HS02", 2, "Stick")})}}, {{before}}};
     model->refreshActiveUSBDevices();
     scheduler.runUntilIdle();
-    EXPECT_THAT(model->selectedPortIDs(), ElementsAre(key(before, 0), key(before, 1)));
+    EXPECT_THAT(model->selectedPortIDs(), ElementsAre(key(before, 0), key(before, 1), key(before, 2)))
+        << "active ports are checked again; the vanished port's key stays";
     EXPECT_EQ(model->connectorOverrides().at(key(before, 2)), 10) << "a stale override stays";
     model->refreshActiveUSBDevices();
     scheduler.runUntilIdle();

@@ -65,20 +65,6 @@ class DumpParserTest : public ::testing::Test {
         }
         return result;
     }
-    // Ports of an XHC1 block at column 6 holding `ports`, as
-    // "name number connector device" lines.
-    std::string ports(const Dump& ports) {
-        std::string text;
-        for (const auto& controller :
-             parseControllers(Dump().xhci(6, "XHC1@14000000").text() + ports.text(), ids.names())) {
-            for (const auto& port : controller.ports) {
-                text += port.name + " " + std::to_string(portNumber(port.portData).value_or(-1)) + " " +
-                        std::to_string(port.connector) + " " + port.activeDevice + "\n";
-            }
-        }
-        return text;
-    }
-
     IDsHome ids;
 };
 
@@ -150,64 +136,14 @@ TEST_F(DumpParserTest, AnUpperCaseMarkerMatchesButCountsAsDeepest) {
     EXPECT_EQ(controllers("<key>vendor-id</key><data>hoAAAA==</data> AppleUSBXHCI IOPCIDevice"), "");
 }
 
-TEST_F(DumpParserTest, OnlyPortNodeLinesDeeperThanTheControllerMakePorts) {
-    const std::pair<std::string, const char*> rows[] = {
-        {"SSP1@14100000" + nodeTail("AppleUSBHostPort"), "SSP1"},
-        {"RHUB@14000000" + nodeTail("AppleUSBXHCIPort"), "RHUB"},
-        {"RHUB@14000000", ""}, // the loose expression has no RHUB
-        {"hs01@14100000" + nodeTail("AppleUSB20XHCIPort"), "hs01"},
-        {"HS123456@14100000" + nodeTail("AppleUSB20XHCIPort"), ""},
-        {"AppleUSB20XHCIPort@01500000" + nodeTail("AppleUSB20XHCIPort"), ""},
-        {"HS01" + nodeTail("AppleUSB20XHCIPort"), ""},
-    };
-    for (const auto& [line, name] : rows) {
-        const auto found = ports(Dump().line(8, line));
-        EXPECT_EQ(found.substr(0, found.find(' ')), name) << line;
-    }
-    EXPECT_EQ(ports(Dump().node(6, "HS01@14100000", "AppleUSB20XHCIPort")), "")
-        << "not deeper than the controller";
-}
-
-TEST_F(DumpParserTest, NumbersComeFromThePortPropertyThenTheLocationThenTheName) {
-    EXPECT_EQ(ports(Dump()
-                        .node(8, "HS01@15100000", "AppleUSB20XHCIPort")
-                        .property("\"port\" = <0a000000>")
-                        .node(8, "HS02@14200000", "AppleUSB20XHCIPort")
-                        .property("\"port\" = <0a>") // one byte is too short to count
-                        .node(8, "SS03@14000000", "AppleUSB30XHCIPort")
-                        .node(8, "HS04@15100000", "AppleUSB20XHCIPort")
-                        .node(10, "Device@14100000", "IOUSBHostDevice")
-                        .property("\"port\" = <09000000>") // a child's, not the port's own
-                        .property("\"UsbConnector\" = 10")),
-              "HS02 2 3 \n" // the base byte is the smallest first byte, 14
-              "HS01 10 3 \n"
-              "HS04 17 3 Device\n"
-              "SS03 19 3 \n"); // its location gives 0, so the name counts
-}
-
-TEST_F(DumpParserTest, TheFirstLineOfANameWinsAndNestingPastTheLimitMakesNoPorts) {
-    EXPECT_EQ(ports(Dump()
-                        .node(8, "SS01@14500000", "AppleUSB30XHCIPort")
-                        .node(10, "Hub@14500000", "AppleUSB30Hub")
-                        .node(12, "HS01@14510000", "AppleUSB20XHCIPort")
-                        .node(8, "HS01@14100000", "AppleUSB20XHCIPort")),
-              "HS01 5 3 \nSS01 5 3 Hub\n");
+TEST_F(DumpParserTest, NestingPastTheLimitMakesNoPorts) {
     Dump deep;
+    deep.xhci(6, "XHC1@14000000");
     for (int level = 0; level < 40; ++level) {
         deep.node(8 + 2 * level, "HS" + std::to_string(100 + level) + "@14100000", "AppleUSB20XHCIPort");
     }
-    const auto found = ports(deep);
-    EXPECT_EQ(std::count(found.begin(), found.end(), '\n'), 32);
-}
-
-TEST_F(DumpParserTest, WithoutAStatedConnectorTheBlocksWordsDecide) {
-    EXPECT_EQ(ports(Dump()
-                        .node(8, "HS06@14200000", "AppleUSB20XHCIPort")
-                        .property("\"Name\" = \"bluetooth module\"")
-                        .node(8, "HS07@14300000", "AppleUSB20XHCIPort")
-                        .property("\"Built-in\" = \"INTERNAL\"")),
-              "HS06 2 255 Bluetooth\n" // the block mentions it, no device below
-              "HS07 3 255 \n");
+    const auto found = controllers(deep.text());
+    EXPECT_EQ(std::count(found.begin(), found.end(), ' '), 1 + 32);
 }
 
 TEST_F(DumpParserTest, TheHandMadeDumpGoesThroughEveryPortBranch) {

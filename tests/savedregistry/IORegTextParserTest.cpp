@@ -2,21 +2,11 @@
 
 #include "scanner/PropertyReaders.h"
 #include "support/RegistryTrees.h"
-#include "support/TestData.h"
 
 #include <gtest/gtest.h>
 
 namespace korvane {
 namespace {
-
-const NativeUSBNode* findNode(const NativeUSBNode& root, std::string_view name, std::string_view className) {
-    for (const auto* node : flatten(root)) {
-        if (node->name == name && node->className == className) {
-            return node;
-        }
-    }
-    return nullptr;
-}
 
 TEST(IORegTextParser, BuildsTheTreeFromIndentCellsAndGathersSeveralRoots) {
     const auto root = parseIORegText(
@@ -115,16 +105,6 @@ TEST(IORegTextParser, TextWithoutNodeLinesGivesNoTree) {
     EXPECT_EQ(parseIORegText("hello\nworld\n  | {\n  |   \"a\" = 1\n"), nullptr);
     EXPECT_FALSE(looksLikeIORegText("a +-o b\n"));
     EXPECT_TRUE(looksLikeIORegText("header\n  | +-o b\n"));
-}
-
-TEST(IORegTextParser, TheStrayMacRomanByteOfTheIMac19_1LosesOnlyItsValue) {
-    const auto root = parseIORegText(testDataBytes("macos/iMac19-1/IOReg.txt"));
-    ASSERT_TRUE(root);
-    const auto* bluetooth = findNode(*root, "IOBluetoothHCIController", "IOBluetoothHCIController");
-    ASSERT_TRUE(bluetooth);
-    EXPECT_EQ(bluetooth->properties.count("BluetoothLocalName"), 0U);
-    EXPECT_EQ(bluetooth->properties.at("BluetoothDeviceAddress"), PropertyValue("38-F9-D3-84-E8-46"));
-    EXPECT_EQ(bluetooth->properties.at("HCIRevision"), PropertyValue(4392));
 }
 
 } // namespace

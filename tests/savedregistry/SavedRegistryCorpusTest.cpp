@@ -3,11 +3,9 @@
 // hand (see tests/data/expected/registry-scans) and must not drift.
 
 #include "savedregistry/SavedRegistry.h"
-#include "savedregistry/SnapshotCodec.h"
 #include "scanner/NativeUSBTreeScanner.h"
 #include "support/Golden.h"
 #include "support/IDsHome.h"
-#include "support/RegistryTrees.h"
 #include "support/ScanText.h"
 
 #include <gtest/gtest.h>
@@ -39,20 +37,6 @@ TEST_P(SavedRegistryCorpusTest, ScansToTheControllersAndPortsReadOffTheDump) {
     const std::string file = std::filesystem::path(GetParam()).stem().string();
     EXPECT_TRUE(matchesGolden(scanText(NativeUSBTreeScanner(*source, ids.names()).scan()),
                               "registry-scans/" + machine + "-" + file + ".txt"));
-}
-
-TEST_P(SavedRegistryCorpusTest, ASnapshotOfTheDumpReadsBackTheSameTreeAndScan) {
-    const auto source = openSavedRegistry(dump());
-    ASSERT_TRUE(source) << dump();
-    const auto tree = source->copyRoot();
-    ASSERT_TRUE(tree);
-    const auto snapshotPath = ids.path() / "registry.plist";
-    writeSnapshot(*tree, snapshotPath);
-    const auto snapshot = openSavedRegistry(snapshotPath);
-    ASSERT_TRUE(snapshot);
-    EXPECT_TRUE(sameTree(*tree, *snapshot->copyRoot()));
-    EXPECT_EQ(NativeUSBTreeScanner(*snapshot, ids.names()).scan(),
-              NativeUSBTreeScanner(*source, ids.names()).scan());
 }
 
 INSTANTIATE_TEST_SUITE_P(Dumps, SavedRegistryCorpusTest, testing::ValuesIn(dumps),

@@ -1,8 +1,6 @@
 #include "savedregistry/SavedRegistry.h"
 
 #include "records/FileIO.h"
-#include "savedregistry/SnapshotCodec.h"
-#include "support/RegistryTrees.h"
 #include "support/TempFolder.h"
 #include "support/TestData.h"
 
@@ -29,17 +27,6 @@ TEST(SavedRegistry, TheFormatIsToldByContentNotByTheFileName) {
     for (const auto& [bytes, format] : rows) {
         EXPECT_EQ(savedRegistryFormat(bytes), format) << bytes;
     }
-
-    TempFolder folder;
-    writeFileAtomically(folder.path() / "dump.plist", smallDump);
-    const auto text = openSavedRegistry(folder.path() / "dump.plist");
-    ASSERT_TRUE(text);
-    const auto tree = text->copyRoot();
-    ASSERT_TRUE(tree);
-    writeSnapshot(*tree, folder.path() / "snapshot.txt");
-    const auto snapshot = openSavedRegistry(folder.path() / "snapshot.txt");
-    ASSERT_TRUE(snapshot);
-    EXPECT_TRUE(sameTree(*tree, *snapshot->copyRoot()));
 }
 
 TEST(SavedRegistry, ASourceReadsItsFileAfreshAndWhatIsNoSavedRegistryOpensNothing) {

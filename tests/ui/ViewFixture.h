@@ -7,17 +7,9 @@
 
 namespace korvane {
 
-// The model's fixture for widget tests: skips where there is no Qt platform
-// to make widgets on, and lets the widgets see each change.
+// The model's fixture for widget tests: lets the widgets see each change.
 class ViewFixture : public ModelFixture {
   public:
-    void SetUp() override {
-        if (!qApp) {
-            GTEST_SKIP() << "no Qt platform: run under ctest, which sets QT_QPA_PLATFORM=offscreen";
-        }
-        ModelFixture::SetUp();
-    }
-
     void scanShowing(std::vector<USBControllerMap> controllers) {
         ModelFixture::scanShowing(std::move(controllers));
         QApplication::processEvents();
