@@ -42,7 +42,7 @@ TEST_F(PortEditingTest, ASilentRefreshKeepsTheUsersWorkAndStaleKeys) {
     scanShowing({before});
     model->setPortSelected(before, before.ports[1], true);  // checked, empty
     model->setPortSelected(before, before.ports[0], false); // unchecked, has a device
-    model->setPortSelected(before, before.ports[2], true); // checked, about to vanish
+    model->setPortSelected(before, before.ports[2], true);  // checked, about to vanish
     model->setConnector(before, before.ports[2], 10);
     const auto logSize = model->logText().size();
 
