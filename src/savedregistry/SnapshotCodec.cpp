@@ -1,7 +1,7 @@
 #include "savedregistry/SnapshotCodec.h"
 
 #include "records/FileIO.h"
-#include "savedregistry/BinaryPlistGuard.h"
+#include "savedregistry/GuardedPropertyList.h"
 #include "savedregistry/NodeIdentity.h"
 #include "savedregistry/RegistryText.h"
 #include "savedregistry/SavedRegistryLimits.h"
@@ -9,7 +9,6 @@
 #include "tools/PropertyList.h"
 
 #include <array>
-#include <cstdlib>
 #include <optional>
 #include <system_error>
 
@@ -29,55 +28,6 @@ constexpr std::array<std::string_view, 6> kBookkeepingKeys = {"IORegistryEntryID
 // An entry is a dictionary and a child array level each, so a tree at the
 // depth limit with values nested to theirs stays well inside this.
 constexpr int maximumPlistDepth = 2 * maximumSavedTreeDepth + maximumSavedValueDepth + 16;
-
-struct FreeWithFree {
-    void operator()(char* text) const { std::free(text); }
-};
-using MallocText = std::unique_ptr<char, FreeWithFree>;
-
-std::optional<std::string> plistText(plist_t node) {
-    if (plist_get_node_type(node) != PLIST_STRING) {
-        return std::nullopt;
-    }
-    // Not plist_get_string_val: libplist asserts there when the text holds a
-    // NUL, which its XML reader lets through.
-    std::uint64_t length = 0;
-    const char* text = plist_get_string_ptr(node, &length);
-    if (!text) {
-        return std::nullopt;
-    }
-    const std::string_view bytes(text, length);
-    if (!isRegistryText(bytes)) {
-        return std::nullopt;
-    }
-    return std::string(bytes);
-}
-
-std::optional<PropertyValue> valueFromPlist(plist_t node, int depth);
-
-template <typename Visit> bool forEachDictionaryItem(plist_t dictionary, Visit visit) {
-    plist_dict_iter iterator = nullptr;
-    plist_dict_new_iter(dictionary, &iterator);
-    if (!iterator) {
-        return false;
-    }
-    bool isComplete = true;
-    while (true) {
-        char* rawKey = nullptr;
-        plist_t item = nullptr;
-        plist_dict_next_item(dictionary, iterator, &rawKey, &item);
-        MallocText key(rawKey);
-        if (!item) {
-            break;
-        }
-        if (!key || !visit(std::string_view(key.get()), item)) {
-            isComplete = false;
-            break;
-        }
-    }
-    std::free(iterator);
-    return isComplete;
-}
 
 std::optional<PropertyValue> valueFromPlist(plist_t node, int depth) {
     if (depth > maximumSavedValueDepth) {
@@ -188,28 +138,6 @@ bool isRegistryEntry(plist_t node) {
             plist_dict_get_item(node, kChildrenKey));
 }
 
-// libplist's XML reader recurses once per level; counts the deepest nesting
-// of <array> and <dict> without parsing.
-bool isXMLNestingWithinLimit(std::string_view bytes) {
-    int depth = 0;
-    std::size_t position = 0;
-    while ((position = bytes.find('<', position)) != std::string_view::npos) {
-        const std::string_view tag = bytes.substr(position + 1, 7);
-        if (tag.starts_with("array") || tag.starts_with("dict")) {
-            const std::size_t close = bytes.find('>', position);
-            const bool isSelfClosing =
-                close != std::string_view::npos && close > 0 && bytes[close - 1] == '/';
-            if (!isSelfClosing && ++depth > maximumPlistDepth) {
-                return false;
-            }
-        } else if (tag.starts_with("/array") || tag.starts_with("/dict")) {
-            --depth;
-        }
-        ++position;
-    }
-    return true;
-}
-
 plist_t plistFromValue(const PropertyValue& value);
 
 plist_t plistFromDictionary(const PropertyDictionary& dictionary) {
@@ -280,19 +208,7 @@ bool looksLikePropertyList(std::string_view bytes) {
 }
 
 std::unique_ptr<NativeUSBNode> parseSnapshot(std::string_view bytes) {
-    if (bytes.empty() || bytes.size() > maximumSavedRegistryBytes) {
-        return nullptr;
-    }
-    if (bytes.starts_with("bplist00")) {
-        // A registry's binary list has about one object per reference byte;
-        // anything far beyond that is built to blow up.
-        if (!binaryPlistFitsBudget(bytes, 4 * std::uint64_t{bytes.size()} + 4096, maximumPlistDepth)) {
-            return nullptr;
-        }
-    } else if (!isXMLNestingWithinLimit(bytes)) {
-        return nullptr;
-    }
-    const PlistPtr plist = parsePropertyList(bytes);
+    const PlistPtr plist = parseGuardedPropertyList(bytes, maximumPlistDepth);
     if (!plist) {
         return nullptr;
     }
