@@ -1,0 +1,47 @@
+#pragma once
+
+#include "mapfile/PortMapPackage.h"
+#include "mapfile/USBMapFile.h"
+
+#include <cstddef>
+#include <map>
+#include <set>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace korvane {
+
+// How a saved map or an imported package meets the ports of this scan.
+
+struct MapScanMatch {
+    std::set<std::string> matchedKeys;
+    // The map's keys no scanned port has, in key order. They stay in the
+    // session (and in the next save), as stale keys do after a rescan.
+    std::vector<std::string> missingKeys;
+};
+
+MapScanMatch matchMapToScan(const USBMapFile& map, const std::vector<USBControllerMap>& scanned);
+
+struct PackageScanMatch {
+    // The scanned ports the package's ports land on, and the connectors it
+    // gives them.
+    std::set<std::string> selectedPortIDs;
+    std::map<std::string, std::int64_t> connectors;
+    std::size_t matchedPorts = 0;
+    // One line per package port that lands nowhere, saying why.
+    std::vector<std::string> unmatched;
+};
+
+// A package port lands on every scanned port whose controller's name is one
+// of its IONameMatch names and whose number is the port's number. Where
+// several controllers share the name, IOPCIPrimaryMatch (when given) picks
+// among them, as it would on the Mac.
+PackageScanMatch matchPackageToScan(const PortMapPackage& package,
+                                    const std::vector<USBControllerMap>& scanned);
+
+// "12 of 14 ports matched; 2 keys not on this machine", or "14 of 14 ports
+// matched". `missing` names what didn't match ("key", "port").
+std::string portMatchSummary(std::size_t matched, std::size_t total, std::string_view missing);
+
+} // namespace korvane

@@ -1,0 +1,100 @@
+#include "mapfile/MapFileCodec.h"
+
+#include "support/Golden.h"
+#include "support/TempFolder.h"
+
+#include <gtest/gtest.h>
+
+namespace korvane {
+namespace {
+
+using namespace std::chrono_literals;
+
+constexpr const char* hs01 = "8086:a36d|XHC1|14|HS01|01000000";
+constexpr const char* ss01 = "8086:a36d|XHC1|14|SS01|11000000";
+constexpr const char* hs14 = "8086:a36d|XHC1|14|HS14|0e000000";
+
+// Every field the format has, a key only overridden, one only seen, and a
+// nickname outside ASCII.
+USBMapFile everyField() {
+    USBMapFile map;
+    USBControllerMap controller{.name = "XHC1",
+                                .location = "14",
+                                .vendorID = 0x8086,
+                                .deviceID = 0xa36d,
+                                .ioNameMatch = "pci8086,a36d",
+                                .providerClass = "AppleIntelCNLUSBXHCI",
+                                .usbDeviceName = "Cannon Lake PCH USB 3.1 xHCI Host Controller",
+                                .ports = {}};
+    map.machineControllers = {controller};
+    map.targetModel = "iMac19,1";
+    map.selectedPortIDs = {hs01, ss01};
+    map.connectorOverrides = {{hs01, 10}, {hs14, 255}};
+    map.nicknames = {{hs01, "rear, blue, top"}, {ss01, "links – vorne ⚡"}};
+    map.discoveries = {
+        {hs01, {"SanDisk Ultra", std::chrono::sys_days(2026y / 11 / 22) + 13h + 3min + 9s}},
+        {"1b36:000d|S20|4|HS02|02000000", {"QEMU USB Tablet", std::chrono::sys_days(2025y / 1 / 1)}}};
+    return map;
+}
+
+TEST(MapFileCodec, WritesTheReviewedTextAndReadsItBackTheSame) {
+    const USBMapFile map = everyField();
+    const std::string text = mapFileText(map);
+    EXPECT_TRUE(matchesGolden(text, "mapfile/session.korvanemap"));
+    const MapFileParse parse = parseMapFile(text);
+    ASSERT_TRUE(parse.map) << parse.reason;
+    EXPECT_EQ(*parse.map, map);
+
+    TempFolder folder;
+    writeMapFile(folder.path() / "session.korvanemap", map);
+    EXPECT_EQ(readMapFile(folder.path() / "session.korvanemap").map, map);
+    EXPECT_EQ(folder.entries(), std::vector<std::string>{"session.korvanemap"}) << "no temporary left";
+}
+
+TEST(MapFileCodec, RefusesWhatIsNotAWholeMapOfThisVersionWithOneReason) {
+    const std::string valid = mapFileText(everyField());
+    auto replaced = [&valid](const std::string& from, const std::string& to) {
+        std::string text = valid;
+        text.replace(text.find(from), from.size(), to);
+        return text;
+    };
+    const std::tuple<const char*, std::string, MapFileProblem, const char*> rows[] = {
+        {"text", "rear, blue, top", MapFileProblem::notAMap, "is not a KorvaneGenerator port map"},
+        {"other JSON", R"({"format": "something-else", "ports": {}})", MapFileProblem::notAMap,
+         "is not a KorvaneGenerator port map"},
+        {"a list", "[1, 2]", MapFileProblem::notAMap, "is not a KorvaneGenerator port map"},
+        {"newer", replaced("\"formatVersion\": 1", "\"formatVersion\": 2"), MapFileProblem::newerFormat,
+         "was saved by a newer KorvaneGenerator (map format 2; this version reads format 1)"},
+        {"cut off", valid.substr(0, valid.size() / 2), MapFileProblem::damaged,
+         "is damaged (not complete, valid JSON)"},
+        {"connector as text", replaced("\"connector\": 10", "\"connector\": \"Type-C\""),
+         MapFileProblem::damaged, "connector is not a whole number)"},
+        {"bad time", replaced("2026-11-22T13:03:09Z", "2026-11-31T13:03:09Z"), MapFileProblem::damaged,
+         "lastSeen is not a UTC time like 2026-11-22T13:03:09Z)"},
+        {"no machine", replaced("\"machine\"", "\"machina\""), MapFileProblem::damaged,
+         "is damaged (the map has no \"machine\")"},
+        {"version 0", replaced("\"formatVersion\": 1", "\"formatVersion\": 0"), MapFileProblem::damaged,
+         "formatVersion 0 does not exist"},
+        {"bad UTF-8", replaced("rear, blue", "rear\xff blue"), MapFileProblem::damaged, "is damaged"},
+        {"deep", std::string(100, '[') + "\"korvane-port-map\"", MapFileProblem::damaged,
+         "nested far too deep"},
+        {"huge", std::string(maximumMapFileBytes + 1, ' '), MapFileProblem::unreadable, "is too large"},
+    };
+    for (const auto& [name, bytes, problem, reason] : rows) {
+        const MapFileParse parse = parseMapFile(bytes);
+        EXPECT_FALSE(parse.map) << name;
+        EXPECT_EQ(parse.problem, problem) << name;
+        EXPECT_NE(parse.reason.find(reason), std::string::npos) << name << ": " << parse.reason;
+    }
+}
+
+TEST(MapFileCodec, ReadingAndWritingFailOnPathsThatCantServe) {
+    TempFolder folder;
+    EXPECT_EQ(readMapFile(folder.path()).reason, "is not a file");
+    EXPECT_EQ(readMapFile(folder.path() / "missing").reason, "could not be read (No such file or directory)");
+    writeFileAtomically(folder.path() / "plain", "x");
+    EXPECT_THROW(writeMapFile(folder.path() / "plain" / "below.korvanemap", everyField()), std::system_error);
+}
+
+} // namespace
+} // namespace korvane

@@ -1,0 +1,138 @@
+#include "mapfile/PortMapPackage.h"
+
+#include "mapfile/MapMatching.h"
+#include "package/KextInfoPlist.h"
+#include "records/FileIO.h"
+#include "support/BuildTree.h"
+#include "support/TempFolder.h"
+#include "support/TestData.h"
+#include "tools/ProcessRunner.h"
+
+#include <algorithm>
+#include <gmock/gmock.h>
+
+namespace korvane {
+namespace {
+
+using testing::ElementsAre;
+using testing::UnorderedElementsAre;
+
+USBPortMap port(std::string name, std::uint32_t number, std::int64_t connector = 3) {
+    USBPortMap made;
+    made.name = std::move(name);
+    made.connector = connector;
+    made.portData = portData(number);
+    return made;
+}
+
+USBControllerMap controller(std::string name, std::int64_t device, std::vector<USBPortMap> ports) {
+    USBControllerMap made;
+    made.name = std::move(name);
+    made.location = "14";
+    made.vendorID = 0x8086;
+    made.deviceID = device;
+    made.ports = std::move(ports);
+    return made;
+}
+
+// The hand-made map's machine: XHC1, and two controllers named XHC (the
+// chipset's and a Thunderbolt one) that only IOPCIPrimaryMatch tells apart.
+const std::vector<USBControllerMap> scanned{
+    controller("XHC1", 0xa36d, {port("HS01", 1), port("HS02", 2), port("SS01", 17)}),
+    controller("XHC", 0x06ed, {port("HS01", 1)}), controller("XHC", 0x15e9, {port("HS01", 1)})};
+
+TEST(PortMapPackage, OurOwnPackageLandsOnTheVeryPortsItWasMadeFrom) {
+    std::vector<USBControllerMap> chosen = {
+        controller("XHC1", 0xa36d, {port("HS02", 2, 255), port("SS01", 17, 10)})};
+    TempFolder folder;
+    const auto contents = folder.path() / "Korvane.kext" / "Contents";
+    std::filesystem::create_directories(contents);
+    writeFileAtomically(contents / "Info.plist",
+                        propertyListXML(makeKextInfoPlist(chosen, "iMac19,1").get()));
+
+    for (const auto& path : {folder.path() / "Korvane.kext", folder.path(), contents / "Info.plist"}) {
+        const auto parse = readPortMapPackage(path);
+        ASSERT_TRUE(parse.package) << path << ": " << parse.reason;
+        EXPECT_EQ(parse.package->model, "iMac19,1");
+        const auto match = matchPackageToScan(*parse.package, scanned);
+        const auto& xhc1 = scanned[0];
+        EXPECT_THAT(match.selectedPortIDs,
+                    ElementsAre(usbPortStableID(xhc1, xhc1.ports[1]), usbPortStableID(xhc1, xhc1.ports[2])));
+        EXPECT_EQ(match.connectors.at(usbPortStableID(xhc1, xhc1.ports[1])), 255);
+        EXPECT_EQ(match.connectors.at(usbPortStableID(xhc1, xhc1.ports[2])), 10);
+        EXPECT_TRUE(match.unmatched.empty());
+    }
+}
+
+TEST(PortMapPackage, AHandMadeMapInEitherFormatMatchesByNameAndNumberAndListsTheRest) {
+    for (const char* file : {"mapfile/packages/handmade-other-tool-Info.plist",
+                             "mapfile/packages/handmade-other-tool-Info.bplist"}) {
+        SCOPED_TRACE(file);
+        const auto parse = parsePackageInfoPlist(testDataBytes(file));
+        ASSERT_TRUE(parse.package) << parse.reason;
+        EXPECT_EQ(parse.package->model, "iMac19,1");
+        EXPECT_EQ(parse.package->ports.size(), 6u) << "the support personality carries no ports";
+        const auto match = matchPackageToScan(*parse.package, scanned);
+        EXPECT_EQ(match.matchedPorts, 3u);
+        EXPECT_THAT(match.selectedPortIDs,
+                    UnorderedElementsAre(usbPortStableID(scanned[0], scanned[0].ports[0]),
+                                         usbPortStableID(scanned[0], scanned[0].ports[2]),
+                                         usbPortStableID(scanned[2], scanned[2].ports[0])))
+            << "the Thunderbolt XHC by its primary match, not the chipset's";
+        EXPECT_EQ(match.connectors.at(usbPortStableID(scanned[2], scanned[2].ports[0])), 9);
+        EXPECT_THAT(match.unmatched,
+                    UnorderedElementsAre("XHC1 HS14 (port 14): XHC1 has no port 14 on this machine",
+                                         "XHC1 USR1: the package gives no port number",
+                                         "EH01 PR11 (port 1): no controller named EH01 on this machine"));
+        EXPECT_EQ(portMatchSummary(match.matchedPorts, parse.package->ports.size(), "port"),
+                  "3 of 6 ports matched; 3 ports not on this machine");
+    }
+}
+
+TEST(PortMapPackage, RefusesWhatHoldsNoReadablePortMap) {
+    TempFolder temporary;
+    const auto& tmp = temporary.path();
+    const auto handmade = testDataBytes("mapfile/packages/handmade-other-tool-Info.plist");
+    auto file = [&tmp](const std::string& name, const std::string& bytes) {
+        writeFileAtomically(tmp / name, bytes);
+        return tmp / name;
+    };
+    auto zipOf = [&tmp](const std::string& name, const std::filesystem::path& folder) {
+        runProcess(buildTreeToolPaths().ditto,
+                   {"-c", "-k", "--sequesterRsrc", "--keepParent", folder.string(), (tmp / name).string()},
+                   std::nullopt, 60);
+        return tmp / name;
+    };
+    std::filesystem::create_directories(tmp / "two" / "A.kext" / "Contents");
+    std::filesystem::create_directories(tmp / "two" / "B.kext" / "Contents");
+    file("two/A.kext/Contents/Info.plist", handmade);
+    file("two/B.kext/Contents/Info.plist", handmade);
+    std::filesystem::create_directories(tmp / "empty");
+    file("empty/readme.txt", "no package here");
+
+    const std::pair<std::filesystem::path, const char*> rows[] = {
+        {testDataPath("mapfile/packages/hostile-shared-chain.bplist"), "is not a readable property list"},
+        {file("cut.plist", handmade.substr(0, handmade.size() / 2)), "is not a readable property list"},
+        {file("text.plist", "rear, blue, top"), "is not a readable property list"},
+        {file("bundle.plist", "<plist><dict><key>CFBundleName</key><string>X</string></dict></plist>"),
+         "(it has no IOKitPersonalities)"},
+        {file("support.plist",
+              "<plist><dict><key>IOKitPersonalities</key><dict><key>S</key><dict>"
+              "<key>IOClass</key><string>AppleUSBXHCISPT</string></dict></dict></dict></plist>"),
+         "holds no USB port map"},
+        {file("huge.plist", std::string(16 * 1024 * 1024 + 1, ' ')), "is too large"},
+        {zipOf("none.zip", tmp / "empty"), "holds no .kext package"},
+        {zipOf("two.zip", tmp / "two"), "holds 2 .kext packages"},
+        {tmp / "two", "holds several .kext packages"},
+        {tmp / "empty", "holds no Contents/Info.plist"},
+        {tmp / "missing.kext", "could not be read"},
+    };
+    for (const auto& [path, reason] : rows) {
+        const auto parse = readPortMapPackage(path);
+        EXPECT_FALSE(parse.package) << path;
+        EXPECT_NE(parse.reason.find(reason), std::string::npos) << path << ": " << parse.reason;
+    }
+}
+
+} // namespace
+} // namespace korvane
