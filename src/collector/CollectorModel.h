@@ -5,6 +5,7 @@
 #include "collector/USBDeviceHotplugMonitor.h"
 #include "ids/IDsDownload.h"
 #include "ids/IDsNameResolver.h"
+#include "mapfile/USBMapFile.h"
 #include "records/USBControllerMap.h"
 #include "tools/ToolPaths.h"
 
@@ -17,6 +18,7 @@
 #include <optional>
 #include <set>
 #include <string>
+#include <vector>
 
 namespace korvane {
 
@@ -37,6 +39,14 @@ struct CollectorEnvironment {
     double dittoTimeout = 60;
     IDsDownloadSources idsSources{};
     IDsDatabaseLocations idsLocations{};
+};
+
+// What opening, saving or importing a map gave: one line for the user and,
+// where something didn't match, one line per thing that didn't.
+struct MapOutcome {
+    bool succeeded = false;
+    std::string summary;
+    std::vector<std::string> details;
 };
 
 // The one object behind the window: the log, the port editor's state, the
@@ -69,6 +79,15 @@ class CollectorModel : public std::enable_shared_from_this<CollectorModel> {
     bool isScanningUSB() const { return isScanningUSB_; }
     bool isUpdatingIDs() const { return isUpdatingIDs_; }
     bool showPortLimitWarning() const { return showPortLimitWarning_; }
+    // The user's names for sockets, and the last device seen in each port
+    // (also after it left), by port key.
+    const std::map<std::string, std::string>& portNicknames() const { return portNicknames_; }
+    const std::map<std::string, PortDiscovery>& portDiscoveries() const { return portDiscoveries_; }
+    // The map file this session was last opened from or saved to.
+    const std::optional<std::filesystem::path>& mapFileURL() const { return mapFileURL_; }
+    // Whether closing now would lose work: anything that differs from the
+    // map file, or (with none) from what a Reset Ports would bring back.
+    bool hasUnsavedChanges() const;
 
     // Calls `observer` after each change of the properties above; the token
     // ends the subscription.
@@ -94,6 +113,23 @@ class CollectorModel : public std::enable_shared_from_this<CollectorModel> {
     std::int64_t totalPortCount() const;
     void dismissPortLimitWarning();
 
+    // Sockets' names and what was seen in them.
+    void setNickname(const USBControllerMap& controller, const USBPortMap& port, const std::string& nickname);
+    std::string nicknameFor(const USBControllerMap& controller, const USBPortMap& port) const;
+    // "seen: SanDisk Ultra, 14:03", or "" for a port nothing was seen in.
+    std::string seenTextFor(const USBControllerMap& controller, const USBPortMap& port) const;
+
+    // Map files. Each reads or writes the file at once and, when it succeeds,
+    // changes the session as one change; a refusal changes nothing, the log
+    // included.
+    MapOutcome openMap(const std::filesystem::path& file);
+    MapOutcome saveMap(const std::filesystem::path& file);
+    // Checks the ports an existing package maps and takes its connectors
+    // and model, starting the selection afresh from it.
+    MapOutcome importPackage(const std::filesystem::path& package);
+    // The session as a map file would hold it.
+    USBMapFile currentMap() const;
+
     // Hotplug.
     void startUSBHotplugMonitoring();
 
@@ -105,7 +141,20 @@ class CollectorModel : public std::enable_shared_from_this<CollectorModel> {
     std::vector<USBControllerMap> selectedControllers() const;
 
   private:
+    // What a session has that closing would lose; the device names only of
+    // the sightings, since a sighting's time moves with every scan.
+    struct SessionContent {
+        std::set<std::string> selectedPortIDs;
+        std::map<std::string, std::int64_t> connectorOverrides;
+        std::map<std::string, std::string> nicknames;
+        std::map<std::string, std::string> seenDevices;
+        std::optional<std::string> targetModel;
+
+        bool operator==(const SessionContent&) const = default;
+    };
+
     explicit CollectorModel(CollectorEnvironment environment);
+    SessionContent sessionContent() const;
 
     void append(const std::string& message);
     void changed();
@@ -137,6 +186,14 @@ class CollectorModel : public std::enable_shared_from_this<CollectorModel> {
     bool isScanningUSB_ = false;
     bool isUpdatingIDs_ = false;
     bool showPortLimitWarning_ = false;
+    std::map<std::string, std::string> portNicknames_;
+    std::map<std::string, PortDiscovery> portDiscoveries_;
+    std::optional<std::filesystem::path> mapFileURL_;
+    // What the session held when last opened or saved (or reset, with no
+    // file): hasUnsavedChanges() compares against it.
+    SessionContent savedContent_;
+    // Carried from an opened map to the next save.
+    std::optional<std::string> targetModel_;
 
     USBDeviceHotplugMonitor usbMonitor_;
     std::shared_ptr<CancellableWork> hotplugRefreshWorkItem_;

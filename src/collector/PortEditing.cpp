@@ -46,27 +46,40 @@ void CollectorModel::runUSBScanForEditing(bool preserveExistingSelection, bool r
             controller.ports = legacyUSBPortTemplatePorts(controller);
         }
     }
-    std::set<std::string> active;
+    // Port key to the device in it, for every active port.
+    std::map<std::string, std::string> activeDevices;
     for (const auto& controller : controllers) {
         for (const auto& port : controller.ports) {
-            if (!trimmed(port.activeDevice).empty()) {
-                active.insert(usbPortStableID(controller, port));
+            if (auto device = trimmed(port.activeDevice); !device.empty()) {
+                activeDevices.emplace(usbPortStableID(controller, port), std::move(device));
             }
         }
     }
 
     const std::size_t controllerCount = controllers.size();
-    const std::size_t activeCount = active.size();
+    const std::size_t activeCount = activeDevices.size();
     onMain([&] {
         // One stretch: no view may see the new controllers with the old selection.
         const auto counts = previousCounts();
         std::set<std::string> selection =
             preserveExistingSelection ? selectedPortIDs_ : std::set<std::string>{};
-        selection.insert(active.begin(), active.end());
+        const auto seenAt = environment_.now();
+        for (const auto& [key, device] : activeDevices) {
+            selection.insert(key);
+            portDiscoveries_[key] = {device, seenAt};
+        }
         scannedControllers_ = std::move(controllers);
         selectedPortIDs_ = std::move(selection);
         if (resetConnectorOverrides) {
             connectorOverrides_.clear();
+        }
+        if (!preserveExistingSelection && !mapFileURL_) {
+            // Without a map file, what a reset brings back is no work to lose.
+            savedContent_.selectedPortIDs = selectedPortIDs_;
+            savedContent_.connectorOverrides = connectorOverrides_;
+            for (const auto& [key, device] : activeDevices) {
+                savedContent_.seenDevices[key] = device;
+            }
         }
         warnIfAnyControllerReachedPortLimit(counts);
         isScanningUSB_ = false;

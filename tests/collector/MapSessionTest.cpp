@@ -1,0 +1,169 @@
+#include "mapfile/MapFileCodec.h"
+#include "records/FileIO.h"
+#include "support/ModelFixture.h"
+#include "support/TestData.h"
+
+#include <gmock/gmock.h>
+
+namespace korvane {
+namespace {
+
+namespace fs = std::filesystem;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+
+class MapSessionTest : public ModelFixture {
+  protected:
+    // XHC1 with a stick on HS01 and two empty ports.
+    const USBControllerMap xhc1 =
+        makeController("XHC1", 0x8086, 0xa36d,
+                       {makePort("HS01", 1, "SanDisk Ultra", 0), makePort("HS02", 2), makePort("SS01", 17)});
+    std::string key(std::size_t port, const USBControllerMap& controller) const {
+        return usbPortStableID(controller, controller.ports[port]);
+    }
+    std::string key(std::size_t port) const { return key(port, xhc1); }
+    fs::path file(const std::string& name) const { return home.path() / name; }
+
+    // The user's work on xhc1: HS02 checked and made Type-C, HS01 named.
+    void work() {
+        scanShowing({xhc1});
+        model->setPortSelected(xhc1, xhc1.ports[1], true);
+        model->setConnector(xhc1, xhc1.ports[1], 10);
+        model->setNickname(xhc1, xhc1.ports[0], "  rear, blue, top\n");
+    }
+};
+
+TEST_F(MapSessionTest, ASavedSessionOpensAgainAsItWasAndOnlyEditsMarkItUnsaved) {
+    scanShowing({xhc1});
+    EXPECT_FALSE(model->hasUnsavedChanges()) << "a reset's own result is nothing to lose";
+    work();
+    EXPECT_TRUE(model->hasUnsavedChanges());
+    const USBMapFile saved = model->currentMap();
+    EXPECT_EQ(model->saveMap(file("session.korvanemap")).summary, "Saved session.korvanemap.");
+    EXPECT_FALSE(model->hasUnsavedChanges());
+
+    // The next day: a reset, other edits, then the map again.
+    scanShowing({xhc1});
+    model->setNickname(xhc1, xhc1.ports[0], "");
+    model->setPortSelected(xhc1, xhc1.ports[2], true);
+    EXPECT_TRUE(model->hasUnsavedChanges()) << "the reset undid work the file holds";
+    const MapOutcome outcome = model->openMap(file("session.korvanemap"));
+    EXPECT_EQ(outcome.summary, "Opened session.korvanemap: 2 of 2 ports matched.");
+    EXPECT_EQ(model->currentMap(), saved);
+    EXPECT_EQ(model->nicknameFor(xhc1, xhc1.ports[0]), "rear, blue, top");
+    EXPECT_EQ(model->mapFileURL(), file("session.korvanemap"));
+    EXPECT_FALSE(model->hasUnsavedChanges());
+    EXPECT_THAT(logLines().back(),
+                HasSubstr("Map opened: " + file("session.korvanemap").string() + " (2 of 2 ports matched)"));
+}
+
+TEST_F(MapSessionTest, AMapFromAnotherMachineRestoresWhatMatchesAndKeepsTheRest) {
+    const auto other = makeController("XHC", 0x1022, 0x15e0, {makePort("HS01", 1), makePort("HS02", 2)});
+    USBMapFile map;
+    map.selectedPortIDs = {key(1), key(0, other), key(1, other)};
+    map.connectorOverrides = {{key(1, other), 255}};
+    map.nicknames = {{key(0, other), "front"}};
+    writeMapFile(file("other.korvanemap"), map);
+
+    scanShowing({xhc1});
+    const MapOutcome outcome = model->openMap(file("other.korvanemap"));
+    EXPECT_EQ(outcome.summary, "Opened other.korvanemap: 1 of 3 ports matched; 2 keys not on this machine.");
+    EXPECT_THAT(outcome.details, ElementsAre(key(0, other) + " \"front\"", key(1, other)));
+    EXPECT_TRUE(model->isPortSelected(xhc1, xhc1.ports[1]));
+    EXPECT_FALSE(model->isPortSelected(xhc1, xhc1.ports[0])) << "the map's selection, not the active ports";
+    EXPECT_EQ(model->portDiscoveries().size(), 1u) << "what this session saw stays";
+
+    ASSERT_TRUE(model->saveMap(file("again.korvanemap")).succeeded);
+    const auto again = readMapFile(file("again.korvanemap")).map;
+    ASSERT_TRUE(again);
+    EXPECT_EQ(again->connectorOverrides, map.connectorOverrides) << "kept in the file, not thrown away";
+    EXPECT_EQ(again->nicknames, map.nicknames);
+}
+
+TEST_F(MapSessionTest, EveryRefusalLeavesTheSessionAndTheLogAsTheyWere) {
+    work();
+    ASSERT_TRUE(model->saveMap(file("good.korvanemap")).succeeded);
+    model->setPortSelected(xhc1, xhc1.ports[2], true);
+    writeFileAtomically(file("text.korvanemap"), "rear, blue, top");
+    writeFileAtomically(file("newer.korvanemap"), testDataBytes("mapfile/maps/newer-format.korvanemap"));
+    writeFileAtomically(file("cut.korvanemap"), testDataBytes("mapfile/maps/cut-off.korvanemap"));
+    fs::create_directories(file("folder.korvanemap"));
+    const USBMapFile before = model->currentMap();
+    const std::string log = model->logText();
+
+    const std::pair<std::function<MapOutcome()>, std::string> attempts[] = {
+        {[&] { return model->openMap(file("text.korvanemap")); }, "is not a KorvaneGenerator port map"},
+        {[&] { return model->openMap(file("newer.korvanemap")); }, "was saved by a newer KorvaneGenerator"},
+        {[&] { return model->openMap(file("cut.korvanemap")); }, "is damaged"},
+        {[&] { return model->openMap(file("folder.korvanemap")); }, "is not a file"},
+        {[&] { return model->openMap(file("missing.korvanemap")); }, "could not be read"},
+        {[&] { return model->importPackage(testDataPath("mapfile/packages/hostile-shared-chain.bplist")); },
+         "is not a readable property list"},
+        {[&] { return model->importPackage(file("good.korvanemap")); }, "is not a readable property list"},
+        {[&] { return model->saveMap(file("good.korvanemap") / "below"); },
+         "Could not save the map to " + (file("good.korvanemap") / "below").string() + ": Not a directory."},
+    };
+    for (const auto& [attempt, reason] : attempts) {
+        const MapOutcome outcome = attempt();
+        EXPECT_FALSE(outcome.succeeded) << reason;
+        EXPECT_THAT(outcome.summary, HasSubstr(reason));
+        EXPECT_EQ(model->currentMap(), before) << reason;
+        EXPECT_EQ(model->logText(), log) << reason;
+        EXPECT_EQ(model->mapFileURL(), file("good.korvanemap")) << reason;
+        EXPECT_TRUE(model->hasUnsavedChanges()) << reason;
+    }
+
+    // A package none of whose ports is here would only uncheck everything.
+    scanShowing({makeController("XHC9", 0x1b73, 0x1100, makePorts(2))});
+    const USBMapFile scanned = model->currentMap();
+    const MapOutcome none =
+        model->importPackage(testDataPath("mapfile/packages/handmade-other-tool-Info.plist"));
+    EXPECT_THAT(none.summary, HasSubstr("None of the 6 ports of "));
+    EXPECT_EQ(none.details.size(), 6u);
+    EXPECT_EQ(model->currentMap(), scanned);
+}
+
+TEST_F(MapSessionTest, PluggingOneDeviceIntoEachSocketInTurnChecksAndNamesExactlyThoseSockets) {
+    const auto with = [&](std::size_t port) {
+        auto controller = makeController("XHC1", 0x8086, 0xa36d, makePorts(4));
+        controller.ports[port].activeDevice = "SanDisk Ultra";
+        return USBScanResult{{controller}};
+    };
+    const auto empty = makeController("XHC1", 0x8086, 0xa36d, makePorts(4));
+    scanShowing({empty});
+    model->startUSBHotplugMonitoring();
+    EXPECT_FALSE(model->hasUnsavedChanges());
+    scans = {with(0), {{empty}}, with(2), {{empty}}};
+    for (int event = 0; event < 4; ++event) {
+        hotplug->onChange();
+        scheduler.advance(CollectorModel::hotplugDebounce);
+    }
+    EXPECT_EQ(scanCount, 5);
+    EXPECT_THAT(model->selectedPortIDs(), ElementsAre(key(0, empty), key(2, empty)));
+    for (std::size_t port : {0u, 2u}) {
+        EXPECT_EQ(model->seenTextFor(empty, empty.ports[port]), "seen: SanDisk Ultra, 14:03");
+    }
+    EXPECT_EQ(model->seenTextFor(empty, empty.ports[1]), "");
+    EXPECT_TRUE(model->hasUnsavedChanges()) << "what plugging taught would be lost";
+    EXPECT_EQ(model->currentMap().discoveries.size(), 2u);
+}
+
+TEST_F(MapSessionTest, ImportingOurOwnZipChecksWhatItWasMadeFromWithItsConnectors) {
+    work();
+    model->startCollection();
+    scheduler.runUntilIdle();
+    ASSERT_TRUE(model->lastZipURL());
+    scanShowing({xhc1});
+    EXPECT_THAT(model->selectedPortIDs(), ElementsAre(key(0)));
+
+    const MapOutcome outcome = model->importPackage(*model->lastZipURL());
+    EXPECT_EQ(outcome.summary, "Imported Korvane.zip: 2 of 2 ports matched.");
+    EXPECT_THAT(model->selectedPortIDs(), ElementsAre(key(0), key(1)));
+    EXPECT_EQ(model->connectorFor(xhc1, xhc1.ports[1]), 10);
+    EXPECT_EQ(model->currentMap().targetModel, std::nullopt) << "a package's \"Mac\" names no model";
+    EXPECT_THAT(logLines().back(), HasSubstr("(2 of 2 ports matched)"));
+}
+
+} // namespace
+} // namespace korvane
