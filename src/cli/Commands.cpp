@@ -21,17 +21,6 @@ void printJSON(const nlohmann::json& value) {
     std::fflush(stdout);
 }
 
-// Port keys of the current scan, with their controller and port.
-std::map<std::string, std::pair<USBControllerMap, USBPortMap>> portsByKey(const CollectorModel& model) {
-    std::map<std::string, std::pair<USBControllerMap, USBPortMap>> ports;
-    for (const auto& controller : model.scannedControllers()) {
-        for (const auto& port : controller.ports) {
-            ports.emplace(usbPortStableID(controller, port), std::make_pair(controller, port));
-        }
-    }
-    return ports;
-}
-
 std::int64_t parseCode(const std::string& text, const std::string& argument) {
     std::int64_t code = 0;
     const auto* end = text.data() + text.size();
@@ -48,34 +37,37 @@ std::int64_t parseCode(const std::string& text, const std::string& argument) {
 int runScan(const ScanOptions& options) {
     CommandLineSession session(options.source, options.json ? nullptr : stderr);
     session.scanForEditing();
+    const auto notMatched = applyMapOptions(session.model(), options.session);
+    const bool isSaved = saveMapIfAsked(session.model(), options.session);
+    const bool isMatching = options.session.map || options.session.importKext;
     if (options.json) {
-        printJSON(portJSON(session.model()));
+        auto document = portJSON(session.model());
+        if (isMatching) {
+            document["notMatched"] = notMatched;
+        }
+        printJSON(document);
     } else {
         std::fputs(portTable(session.model()).c_str(), stdout);
+        if (isMatching) {
+            std::fputs(notMatchedText(notMatched).c_str(), stdout);
+        }
     }
-    return 0;
+    return isSaved ? 0 : 1;
 }
 
 int runGenerate(const GenerateOptions& options) {
     CommandLineSession session(options.source, stdout);
     auto& model = session.model();
     session.scanForEditing();
+    applyMapOptions(model, options.session);
 
     if (options.select == "all") {
         model.selectAllPorts();
     } else if (options.select == "none") {
         model.deselectAllPorts();
     }
-    const auto ports = portsByKey(model);
-    auto find = [&ports](const std::string& key, const std::string& option) {
-        const auto it = ports.find(key);
-        if (it == ports.end()) {
-            throw UsageError{option + " " + key + ": no port has this key (see korvane scan --json)"};
-        }
-        return it->second;
-    };
     for (const auto& key : options.ports) {
-        const auto& [controller, port] = find(key, "--port");
+        const auto [controller, port] = portWithKey(model, key, "--port");
         model.setPortSelected(controller, port, true);
     }
     for (const auto& assignment : options.connectors) {
@@ -83,7 +75,7 @@ int runGenerate(const GenerateOptions& options) {
         if (equals == std::string::npos) {
             throw UsageError{"--connector " + assignment + ": expected KEY=CODE"};
         }
-        const auto& [controller, port] = find(assignment.substr(0, equals), "--connector");
+        const auto [controller, port] = portWithKey(model, assignment.substr(0, equals), "--connector");
         model.setConnector(controller, port, parseCode(assignment.substr(equals + 1), assignment));
     }
     if (model.showPortLimitWarning()) {
@@ -92,6 +84,9 @@ int runGenerate(const GenerateOptions& options) {
             "ports unless a port limit patch is in place.\n",
             stdout);
         model.dismissPortLimitWarning();
+    }
+    if (!saveMapIfAsked(model, options.session)) {
+        return 1;
     }
 
     model.startCollection();
@@ -144,17 +139,22 @@ int runWatch(const ScanOptions& options) {
     };
 
     session.scanForEditing();
+    applyMapOptions(model, options.session);
+    // Saved after every refresh: a watch ends by a signal or a power cut,
+    // and what it learnt until then must be in the file.
+    bool isSaved = saveMapIfAsked(model, options.session);
     show();
     bool wasScanning = false;
     model.observe([&] {
         if (wasScanning && !model.isScanningUSB()) {
+            isSaved = saveMapIfAsked(model, options.session) && isSaved;
             show();
         }
         wasScanning = model.isScanningUSB();
     });
     model.startUSBHotplugMonitoring();
     session.runUntil([] { return false; });
-    return 0;
+    return isSaved ? 0 : 1;
 }
 
 int runSnapshot(const RegistryChoice& source, const std::filesystem::path& output) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "cli/CommandLineSession.h"
+#include "cli/MapSessionOptions.h"
 
 #include <cstdint>
 #include <filesystem>
@@ -16,6 +17,7 @@ namespace korvane {
 struct ScanOptions {
     RegistryChoice source;
     bool json = false;
+    MapOptions session;
 };
 
 struct GenerateOptions {
@@ -23,6 +25,7 @@ struct GenerateOptions {
     std::string select = "active"; // active, all or none
     std::vector<std::string> ports;
     std::vector<std::string> connectors; // KEY=CODE
+    MapOptions session;
 };
 
 int runScan(const ScanOptions& options);

@@ -1,5 +1,6 @@
 #include "cli/PortTable.h"
 
+#include "mapfile/PortDiscovery.h"
 #include "records/ASCIIText.h"
 #include "records/Connector.h"
 #include "records/PCIIdentityText.h"
@@ -32,14 +33,45 @@ std::string portTable(const CollectorModel& model, const std::set<std::string>& 
                             controller.ports.size());
         for (const auto& port : controller.ports) {
             const auto key = usbPortStableID(controller, port);
-            text += fmt::format("  {} [{}] {:<6} port {:<10} {:<9} {}\n", changed.contains(key) ? '*' : ' ',
+            // As on the window's row: the device, else the last one seen there.
+            std::string device = port.activeDevice;
+            if (device.empty()) {
+                device = model.seenTextFor(controller, port);
+            }
+            const std::string nickname = model.nicknameFor(controller, port);
+            text += fmt::format("  {} [{}] {:<6} port {:<10} {:<9} {}{}\n", changed.contains(key) ? '*' : ' ',
                                 model.isPortSelected(controller, port) ? 'x' : ' ', port.name,
                                 hexString(port.portData), connectorText(model.connectorFor(controller, port)),
-                                port.activeDevice.empty() ? "No active device" : port.activeDevice);
+                                device.empty() ? "No active device" : device,
+                                nickname.empty() ? "" : "  \"" + nickname + "\"");
         }
     }
     text +=
         fmt::format("{} of {} port(s) selected.\n", model.selectedPortIDs().size(), model.totalPortCount());
+    return text;
+}
+
+namespace {
+
+nlohmann::json seenJSON(const CollectorModel& model, const USBControllerMap& controller,
+                        const USBPortMap& port) {
+    const auto it = model.portDiscoveries().find(usbPortStableID(controller, port));
+    if (it == model.portDiscoveries().end()) {
+        return nullptr;
+    }
+    return {{"device", it->second.deviceName}, {"lastSeen", utcTimeText(it->second.lastSeen)}};
+}
+
+} // namespace
+
+std::string notMatchedText(const std::vector<std::string>& notMatched) {
+    if (notMatched.empty()) {
+        return "Every port of the map is on this machine.\n";
+    }
+    std::string text = fmt::format("Not on this machine ({}):\n", notMatched.size());
+    for (const auto& line : notMatched) {
+        text += "  " + line + "\n";
+    }
     return text;
 }
 
@@ -55,7 +87,9 @@ nlohmann::json portJSON(const CollectorModel& model) {
                              {"comment", port.comment},
                              {"activeDevice", port.activeDevice},
                              {"portKey", usbPortStableID(controller, port)},
-                             {"selected", model.isPortSelected(controller, port)}});
+                             {"selected", model.isPortSelected(controller, port)},
+                             {"nickname", model.nicknameFor(controller, port)},
+                             {"seen", seenJSON(model, controller, port)}});
         }
         controllers.push_back({{"name", controller.name},
                                {"location", controller.location},

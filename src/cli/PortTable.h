@@ -5,6 +5,7 @@
 #include <nlohmann/json.hpp>
 #include <set>
 #include <string>
+#include <vector>
 
 namespace korvane {
 
@@ -12,6 +13,10 @@ namespace korvane {
 // one JSON object for scripts. Ports whose key is in `changed` are marked.
 std::string portTable(const CollectorModel& model, const std::set<std::string>& changed = {});
 nlohmann::json portJSON(const CollectorModel& model);
+
+// The lines of a map's or package's ports that this machine doesn't have,
+// under a heading; a line that says all matched when there are none.
+std::string notMatchedText(const std::vector<std::string>& notMatched);
 
 // The label of a connector code in the editor's menu, or its number.
 std::string connectorText(std::int64_t code);

@@ -31,20 +31,45 @@ int main(int argc, char** argv) {
             ->excludes(registry);
     };
 
+    auto addMapOptions = [](CLI::App* command, MapOptions& session) {
+        auto* map = command
+                        ->add_option("--map", session.map,
+                                     "Start from this saved map: its checked ports, connectors, nicknames, "
+                                     "target model and the devices seen in each port")
+                        ->check(CLI::ExistingPath);
+        auto* kext = command
+                         ->add_option("--import-kext", session.importKext,
+                                      "Start from an existing port-map package: a .kext folder, its "
+                                      "Info.plist, or a Korvane.zip; its ports are checked and take its "
+                                      "connectors, its model becomes the target model")
+                         ->check(CLI::ExistingPath);
+        command->add_option("--nickname", session.nicknames,
+                            "Name a socket: KEY=TEXT (KEY is portKey in scan --json; an empty TEXT removes "
+                            "the name)");
+        command->add_option("--save-map", session.saveMap,
+                            "Save the session (checked ports, connectors, nicknames, devices seen) to this "
+                            "map file");
+        return std::make_pair(map, kext);
+    };
+
     ScanOptions scan;
     auto* scanCommand =
         app.add_subcommand("scan", "Scan the USB controllers and ports as Reset Ports does, and print "
                                    "them; the active ports are the ones checked");
     addSources(scanCommand, scan.source);
     scanCommand->add_flag("--json", scan.json, "Print one JSON object instead of a table");
+    addMapOptions(scanCommand, scan.session);
 
     GenerateOptions generate;
     auto* generateCommand = app.add_subcommand(
         "generate", "Scan, select ports and write Korvane.zip on the Desktop, as the Generate button does");
     addSources(generateCommand, generate.source);
+    const auto [generateMap, generateKext] = addMapOptions(generateCommand, generate.session);
     generateCommand
         ->add_option("--select", generate.select, "Ports to start from: active (default), all or none")
-        ->check(CLI::IsMember({"active", "all", "none"}));
+        ->check(CLI::IsMember({"active", "all", "none"}))
+        ->excludes(generateMap)
+        ->excludes(generateKext);
     generateCommand->add_option("--port", generate.ports,
                                 "Also check the port with this key (portKey in scan --json)");
     generateCommand->add_option(
@@ -57,6 +82,7 @@ int main(int argc, char** argv) {
                                                      "unplug, marking the ports that changed; Ctrl-C ends");
     watchCommand->add_option("--registry", watch.source.registryFile, registryHelp)->check(CLI::ExistingFile);
     watchCommand->add_flag("--json", watch.json, "Print one JSON object per refresh, one per line");
+    addMapOptions(watchCommand, watch.session);
 
     RegistryChoice snapshotSource;
     std::filesystem::path snapshotOutput = "korvane-registry.plist";

@@ -39,6 +39,30 @@ entries=$(unzip -Z1 "$home/Desktop/Korvane.zip" | grep -v '/$' | sort | tr '\n' 
   || fail "ZIP entries: $entries"
 [ ! -e "$home/Desktop/KorvaneGenerator_Work" ] || fail "work folder left behind"
 
+# A mapping session: a checked port, its connector and a socket's name saved
+# with the run, then the package made again from the map alone.
+cam='8086:a36d|XHC1|14|HS13|0d000000'
+"$korvane" generate --registry "$dump" --port "$key" --connector "$key=10" --nickname "$cam=camera, inside" \
+  --save-map "$home/s.korvanemap" >/dev/null || fail "generate --save-map"
+unzip -p "$home/Desktop/Korvane.zip" KorvaneGenerator_Work/Korvane.kext/Contents/Info.plist > "$home/first.plist"
+"$korvane" generate --registry "$dump" --map "$home/s.korvanemap" >/dev/null || fail "generate --map"
+unzip -p "$home/Desktop/Korvane.zip" KorvaneGenerator_Work/Korvane.kext/Contents/Info.plist \
+  | cmp -s - "$home/first.plist" || fail "the map's package differs"
+python3 - "$("$korvane" scan --registry "$dump" --map "$home/s.korvanemap" --json)" \
+  "$("$korvane" scan --registry "$dump" --import-kext "$home/Desktop/Korvane.zip" --json)" <<'PY' \
+  || fail "scan --map and --import-kext"
+import json, sys
+nicknames = []
+for doc in map(json.loads, sys.argv[1:]):
+    ports = {p["name"]: p for c in doc["controllers"] for p in c["ports"]}
+    assert [n for n, p in ports.items() if p["selected"]] == ["HS13", "SS02"], ports
+    assert ports["SS02"]["connector"] == 10 and doc["notMatched"] == [], doc["notMatched"]
+    nicknames.append(ports["HS13"]["nickname"])
+assert nicknames == ["camera, inside", ""], nicknames
+PY
+"$korvane" scan --registry "$data/macos/MacBookPro15-2/IOReg.txt" --map "$home/s.korvanemap" 2>/dev/null \
+  | grep -qx "Not on this machine (2):" || fail "mismatches of another machine"
+
 # A registry without controllers: the ZIP holds the report alone. (The live
 # road is run in a real kernel, under QEMU, never on the machine under test.)
 "$korvane" generate --registry "$data/macos/hackintosh-CML/ioreg_IOUSB-plane.txt" > "$home/none.txt" \
@@ -62,7 +86,18 @@ echo "not a registry" > "$home/junk.txt"
 "$korvane" frobnicate 2>/dev/null; [ $? -eq 2 ] || fail "unknown command"
 set -e
 
+# Maps and packages that can't serve: status 2, nothing written.
+set +e
+"$korvane" scan --registry "$dump" --map "$home/junk.txt" >/dev/null 2>&1; [ $? -eq 2 ] || fail "junk map"
+"$korvane" scan --registry "$dump" --import-kext "$home/junk.txt" >/dev/null 2>&1; [ $? -eq 2 ] || fail "junk kext"
+"$korvane" scan --registry "$dump" --nickname "$cam" >/dev/null 2>&1; [ $? -eq 2 ] || fail "--nickname KEY"
+"$korvane" generate --map "$home/s.korvanemap" --select all >/dev/null 2>&1; [ $? -eq 2 ] || fail "--select --map"
+"$korvane" scan --registry "$dump" --save-map "$home/junk.txt/below" >/dev/null 2>&1; [ $? -eq 1 ] || fail "save below a file"
+set -e
+
 # Snapshot round trip: the snapshot scans like the dump it came from.
 "$korvane" snapshot --registry "$dump" -o "$home/snap.plist" >/dev/null
-[ "$("$korvane" scan --registry "$home/snap.plist" --json)" = "$json" ] || fail "snapshot scans differently"
+untimed() { sed -E 's/"lastSeen":"[^"]*"//g'; }
+[ "$("$korvane" scan --registry "$home/snap.plist" --json | untimed)" = "$(untimed <<<"$json")" ] \
+  || fail "snapshot scans differently"
 echo "cli end to end: OK"

@@ -1,0 +1,61 @@
+#include "cli/MapSessionOptions.h"
+
+#include "cli/CommandLineSession.h"
+
+#include <cstdio>
+
+namespace korvane {
+
+std::pair<USBControllerMap, USBPortMap> portWithKey(const CollectorModel& model, const std::string& key,
+                                                    const std::string& option) {
+    for (const auto& controller : model.scannedControllers()) {
+        for (const auto& port : controller.ports) {
+            if (usbPortStableID(controller, port) == key) {
+                return {controller, port};
+            }
+        }
+    }
+    throw UsageError{option + " " + key + ": no port has this key (see korvane scan --json)"};
+}
+
+std::vector<std::string> applyMapOptions(CollectorModel& model, const MapOptions& options) {
+    std::vector<std::string> notMatched;
+    auto take = [&notMatched](const MapOutcome& outcome) {
+        if (!outcome.succeeded) {
+            std::string message = outcome.summary;
+            for (const auto& line : outcome.details) {
+                message += "\n  " + line;
+            }
+            throw UsageError{message};
+        }
+        notMatched.insert(notMatched.end(), outcome.details.begin(), outcome.details.end());
+    };
+    if (options.map) {
+        take(model.openMap(*options.map));
+    }
+    if (options.importKext) {
+        take(model.importPackage(*options.importKext));
+    }
+    for (const auto& assignment : options.nicknames) {
+        const auto equals = assignment.find('=');
+        if (equals == std::string::npos) {
+            throw UsageError{"--nickname " + assignment + ": expected KEY=TEXT"};
+        }
+        const auto [controller, port] = portWithKey(model, assignment.substr(0, equals), "--nickname");
+        model.setNickname(controller, port, assignment.substr(equals + 1));
+    }
+    return notMatched;
+}
+
+bool saveMapIfAsked(CollectorModel& model, const MapOptions& options) {
+    if (!options.saveMap) {
+        return true;
+    }
+    const MapOutcome outcome = model.saveMap(*options.saveMap);
+    if (!outcome.succeeded) {
+        std::fprintf(stderr, "korvane: %s\n", outcome.summary.c_str());
+    }
+    return outcome.succeeded;
+}
+
+} // namespace korvane
