@@ -97,8 +97,11 @@ std::chrono::system_clock::time_point parseTime(const std::string& value, const 
         const int hour = field(11, 2);
         const int minute = field(14, 2);
         const int second = field(17, 2);
-        if (field(0, 4) >= 0 && date.ok() && hour >= 0 && hour < 24 && minute >= 0 && minute < 60 &&
-            second >= 0 && second < 60) {
+        // The clock counts nanoseconds from 1970 in 64 bits: a year far from
+        // now doesn't fit, and no device was seen before this program was.
+        const int yearNumber = field(0, 4);
+        if (yearNumber >= 1970 && yearNumber <= 2200 && date.ok() && hour >= 0 && hour < 24 && minute >= 0 &&
+            minute < 60 && second >= 0 && second < 60) {
             return sys_days(date) + hours(hour) + minutes(minute) + seconds(second);
         }
     }

@@ -71,6 +71,8 @@ TEST(MapFileCodec, RefusesWhatIsNotAWholeMapOfThisVersionWithOneReason) {
          MapFileProblem::damaged, "connector is not a whole number)"},
         {"bad time", replaced("2026-11-22T13:03:09Z", "2026-11-31T13:03:09Z"), MapFileProblem::damaged,
          "lastSeen is not a UTC time like 2026-11-22T13:03:09Z)"},
+        {"year 1013", replaced("2026-11-22T13", "1013-11-22T13"), MapFileProblem::damaged,
+         "lastSeen is not a UTC time"},
         {"no machine", replaced("\"machine\"", "\"machina\""), MapFileProblem::damaged,
          "is damaged (the map has no \"machine\")"},
         {"version 0", replaced("\"formatVersion\": 1", "\"formatVersion\": 0"), MapFileProblem::damaged,
