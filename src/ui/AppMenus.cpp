@@ -104,13 +104,15 @@ void AppMenus::showHelp() {
     QTimer::singleShot(0, qApp, [] { makeHelpBox()->exec(); });
 }
 
-void AppMenus::install(QMainWindow& window) {
+QMenu& AppMenus::install(QMainWindow& window) {
     QMenuBar* bar = window.menuBar();
+    QMenu* file = bar->addMenu("&File");
 
     // A native menu bar (macOS) has its own Quit in the application menu.
     if (!bar->isNativeMenuBar()) {
-        QMenu* file = bar->addMenu("&File");
-        QAction* quit = file->addAction("&Quit", qApp, &QApplication::quit);
+        // Closing, not quitting outright: the window may still ask about
+        // unsaved work.
+        QAction* quit = file->addAction("&Quit", &window, &QMainWindow::close);
         quit->setShortcut(QKeySequence::Quit);
     }
 
@@ -121,6 +123,7 @@ void AppMenus::install(QMainWindow& window) {
     help->addSeparator();
     QAction* about = help->addAction(aboutTitle, [] { showAbout(); });
     about->setMenuRole(QAction::AboutRole);
+    return *file;
 }
 
 QVariantMap AppMenus::applicationInfo() {

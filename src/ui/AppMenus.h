@@ -8,6 +8,7 @@
 #include <memory>
 
 class QMainWindow;
+class QMenu;
 class QMessageBox;
 
 namespace korvane {
@@ -24,9 +25,9 @@ class AppMenus {
 
     // Puts the two entries into the window's menu bar: About in the Help menu
     // (Qt moves it into the application menu on macOS) and Help with
-    // Ctrl+Shift+? (Command-Shift-? on macOS); a menu bar of the window's own
-    // gets a File menu with Quit too.
-    static void install(QMainWindow& window);
+    // Ctrl+Shift+? (Command-Shift-? on macOS). Returns the File menu it makes
+    // first, which on a menu bar of the window's own ends with Quit.
+    static QMenu& install(QMainWindow& window);
 
     // The pieces of the boxes, apart so they can be checked without running
     // a modal loop. `info` holds the bundle's keys CFBundleShortVersionString

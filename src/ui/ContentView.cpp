@@ -76,6 +76,11 @@ ContentView::ContentView(std::shared_ptr<CollectorModel> model, QIcon appIcon, Q
     mainArea->setSpacing(16);
     mainArea->addWidget(makeEditorPanel(), 1);
     mainArea->addWidget(makeActionRow());
+    parts_.outcome = textLabel("", WindowStyle::font(TextStyle::caption));
+    parts_.outcome->setWordWrap(true);
+    parts_.outcome->setTextInteractionFlags(Qt::TextSelectableByMouse);
+    parts_.outcome->hide();
+    mainArea->addWidget(parts_.outcome);
 
     stack->addWidget(makeHeader(std::move(appIcon)));
     stack->addWidget(divider());
@@ -241,6 +246,7 @@ void ContentView::applyColours() {
         WindowStyle::setTextColor(*label, onPanel ? style.secondaryOnPanel() : style.secondary());
     }
     WindowStyle::setTextColor(*makerLine_, style.secondary(0.85));
+    WindowStyle::setTextColor(*parts_.outcome, isOutcomeProblem_ ? style.problem() : style.secondary());
     editorPanel_->setPalette(style.editorPalette());
     editorPanel_->setFill(style.panelBackground());
     emptyHintPanel_->setFill(style.listBackground());
@@ -282,6 +288,13 @@ void ContentView::showEvent(QShowEvent* event) {
     model_->prepareInitialChecks();
     model_->startUSBHotplugMonitoring();
     model_->scanUSBPorts();
+}
+
+void ContentView::showOutcome(const QString& text, bool isProblem) {
+    isOutcomeProblem_ = isProblem;
+    parts_.outcome->setText(text);
+    parts_.outcome->setVisible(!text.isEmpty());
+    applyColours();
 }
 
 void ContentView::toggleSection(const std::string& controllerKey) {

@@ -32,6 +32,7 @@ class ContentView : public QWidget {
     ~ContentView() override;
 
     CollectorModel& model() const { return *model_; }
+    const std::shared_ptr<CollectorModel>& sharedModel() const { return model_; }
     const std::set<std::string>& expandedControllerKeys() const { return expandedControllerKeys_; }
     // Opens or closes a controller's section, as a click on its header does.
     void toggleSection(const std::string& controllerKey);
@@ -49,8 +50,14 @@ class ContentView : public QWidget {
         QPushButton* generate;
         QPushButton* openZip;
         QPushButton* donate;
+        // One line under the action row: what the last map or package
+        // operation gave. Hidden until there is one.
+        QLabel* outcome;
     };
     const Parts& parts() const { return parts_; }
+    // Shows a line under the action row, in the problem colour for a refusal.
+    void showOutcome(const QString& text, bool isProblem);
+
     // The port limit alert while it stands over the window.
     QMessageBox* portLimitAlert() const { return portLimitAlert_; }
 
@@ -84,6 +91,7 @@ class ContentView : public QWidget {
     QPointer<QMessageBox> portLimitAlert_;
     bool isAlertQueued_ = false;
     bool isApplyingColours_ = false;
+    bool isOutcomeProblem_ = false;
 };
 
 } // namespace korvane

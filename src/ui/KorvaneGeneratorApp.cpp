@@ -4,18 +4,23 @@
 #include "ui/AnimatedHeaderIcon.h"
 #include "ui/AppMenus.h"
 #include "ui/ContentView.h"
+#include "ui/MapFileActions.h"
 #include "ui/SystemDesktopServices.h"
 
 #include <QApplication>
 #include <QMainWindow>
 #include <QMenuBar>
+#include <QSettings>
 #include <QTimer>
 
 namespace korvane {
 
 KorvaneGeneratorApp::KorvaneGeneratorApp(const AppOptions& options)
-    : desktop_(makeSystemDesktopServices()), window_(std::make_unique<QMainWindow>()),
-      screenshotFile_(options.screenshotFile) {
+    : desktop_(makeSystemDesktopServices()),
+      settings_(std::make_unique<QSettings>(QSettings::IniFormat, QSettings::UserScope, "KorvaneGenerator",
+                                            "KorvaneGenerator")),
+      window_(std::make_unique<QMainWindow>()), screenshotFile_(options.screenshotFile),
+      mapFile_(options.mapFile) {
     const QIcon icon = appIcon(applicationPaths().resources);
     QApplication::setWindowIcon(icon);
 
@@ -25,7 +30,9 @@ KorvaneGeneratorApp::KorvaneGeneratorApp(const AppOptions& options)
                                icon);
     window_->setCentralWidget(content_);
     window_->setWindowTitle("KorvaneGenerator");
-    AppMenus::install(*window_);
+    QMenu& fileMenu = AppMenus::install(*window_);
+    mapFiles_ = new MapFileActions(*window_, *content_, *settings_);
+    mapFiles_->install(fileMenu);
     // The limits are the content's; the menu bar, where the window has one,
     // comes on top.
     content_->setMinimumSize(minimumWidth, minimumHeight);
@@ -38,26 +45,33 @@ KorvaneGeneratorApp::~KorvaneGeneratorApp() = default;
 
 int KorvaneGeneratorApp::run() {
     window_->show();
+    if (mapFile_) {
+        whenFirstScanned(
+            [this, file = *mapFile_] { mapFiles_->openMap(QString::fromStdString(file.string())); });
+    }
     if (screenshotFile_) {
-        saveScreenshotWhenScanned(*screenshotFile_);
+        whenFirstScanned([this, file = *screenshotFile_] {
+            // Give layout and painting a turn after the scan's last change.
+            QTimer::singleShot(300, window_.get(), [this, file] {
+                const bool saved = content_->grab().save(QString::fromStdString(file.string()));
+                QApplication::exit(saved ? 0 : 1);
+            });
+        });
     }
     return QApplication::exec();
 }
 
-void KorvaneGeneratorApp::saveScreenshotWhenScanned(const std::filesystem::path& file) {
+void KorvaneGeneratorApp::whenFirstScanned(std::function<void()> work) {
     auto* poll = new QTimer(window_.get());
     poll->setInterval(100);
-    QObject::connect(poll, &QTimer::timeout, window_.get(), [this, poll, file] {
+    QObject::connect(poll, &QTimer::timeout, window_.get(), [this, poll, work = std::move(work)] {
         const CollectorModel& model = content_->model();
         if (model.isScanningUSB() || model.scannedControllers().empty()) {
             return;
         }
         poll->stop();
-        // Give layout and painting a turn after the scan's last change.
-        QTimer::singleShot(300, window_.get(), [this, file] {
-            const bool saved = content_->grab().save(QString::fromStdString(file.string()));
-            QApplication::exit(saved ? 0 : 1);
-        });
+        poll->deleteLater();
+        work();
     });
     poll->start();
 }

@@ -5,20 +5,25 @@
 
 #include <QIcon>
 #include <filesystem>
+#include <functional>
 #include <memory>
 #include <optional>
 
 class QMainWindow;
+class QSettings;
 
 namespace korvane {
 
 class ContentView;
+class MapFileActions;
 
 struct AppOptions {
     // A saved registry shown instead of the live one; no hotplug events then.
     std::optional<std::filesystem::path> registryFile;
     // Save a picture of the window once the first scan is shown, then quit.
     std::optional<std::filesystem::path> screenshotFile;
+    // A map file to open once the first scan is in.
+    std::optional<std::filesystem::path> mapFile;
 };
 
 // The application: one window of `ContentView` with its menus, and what the
@@ -38,6 +43,7 @@ class KorvaneGeneratorApp {
 
     QMainWindow& window() const { return *window_; }
     ContentView& content() const { return *content_; }
+    MapFileActions& mapFiles() const { return *mapFiles_; }
 
     static constexpr int minimumWidth = 760;
     static constexpr int minimumHeight = 520;
@@ -45,15 +51,20 @@ class KorvaneGeneratorApp {
     static constexpr int idealHeight = 680;
 
   private:
-    void saveScreenshotWhenScanned(const std::filesystem::path& file);
+    // Runs `work` once the first scan's results are in place.
+    void whenFirstScanned(std::function<void()> work);
 
     // Declared before the scheduler: background work still running when the
     // window closes uses it until the scheduler's end has waited for it.
     std::unique_ptr<DesktopServices> desktop_;
     QtScheduler scheduler_;
+    // The user's own settings (the recent maps); outlives the window.
+    std::unique_ptr<QSettings> settings_;
     std::unique_ptr<QMainWindow> window_;
     ContentView* content_ = nullptr;
+    MapFileActions* mapFiles_ = nullptr;
     std::optional<std::filesystem::path> screenshotFile_;
+    std::optional<std::filesystem::path> mapFile_;
 };
 
 } // namespace korvane

@@ -9,6 +9,7 @@
 #include <QEvent>
 #include <QHBoxLayout>
 #include <QLabel>
+#include <QLineEdit>
 
 namespace korvane {
 
@@ -22,7 +23,7 @@ USBPortEditRow::USBPortEditRow(std::shared_ptr<CollectorModel> model, USBControl
                                USBPortMap port, QWidget* parent)
     : QWidget(parent), model_(std::move(model)), controller_(std::move(controller)), port_(std::move(port)),
       checkbox_(new QCheckBox(this)), name_(new QLabel(this)), number_(new QLabel(this)),
-      connectorMenu_(new QComboBox(this)), device_(new ElidedLabel(this)) {
+      connectorMenu_(new QComboBox(this)), nickname_(new QLineEdit(this)), device_(new ElidedLabel(this)) {
     auto* layout = new QHBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
     layout->setSpacing(10);
@@ -49,6 +50,12 @@ USBPortEditRow::USBPortEditRow(std::shared_ptr<CollectorModel> model, USBControl
     }
     layout->addWidget(connectorMenu_);
 
+    nickname_->setAccessibleName("Nickname");
+    nickname_->setPlaceholderText("Name this socket");
+    nickname_->setFont(WindowStyle::font(TextStyle::caption2));
+    nickname_->setFixedWidth(150);
+    layout->addWidget(nickname_);
+
     device_->setFont(WindowStyle::font(TextStyle::caption2));
     layout->addWidget(device_);
     layout->addStretch(1);
@@ -63,6 +70,13 @@ USBPortEditRow::USBPortEditRow(std::shared_ptr<CollectorModel> model, USBControl
     connect(connectorMenu_, &QComboBox::activated, this, [this](int index) {
         if (index < knownConnectorCount) {
             model_->setConnector(controller_, port_, connectorMenu_->itemData(index).toLongLong());
+        }
+        refresh();
+    });
+
+    connect(nickname_, &QLineEdit::editingFinished, this, [this] {
+        if (QString::fromStdString(model_->nicknameFor(controller_, port_)) != nickname_->text()) {
+            model_->setNickname(controller_, port_, nickname_->text().toStdString());
         }
         refresh();
     });
@@ -87,8 +101,7 @@ void USBPortEditRow::styleCheckbox() {
 }
 
 void USBPortEditRow::setPort(const USBControllerMap& controller, const USBPortMap& port) {
-    const bool textsChanged =
-        port.name != port_.name || port.portData != port_.portData || port.activeDevice != port_.activeDevice;
+    const bool textsChanged = port.name != port_.name || port.portData != port_.portData;
     controller_ = controller;
     port_ = port;
     if (textsChanged) {
@@ -100,9 +113,19 @@ void USBPortEditRow::setPort(const USBControllerMap& controller, const USBPortMa
 void USBPortEditRow::showPortTexts() {
     name_->setText(QString::fromStdString(port_.name));
     number_->setText("port " + QString::fromStdString(hexString(port_.portData)));
+}
+
+void USBPortEditRow::showDevice() {
+    // A device that left is still named, dimmed, by when it was last seen.
     const bool hasDevice = !port_.activeDevice.empty();
-    device_->setText(hasDevice ? QString::fromStdString(port_.activeDevice) : QString("No active device"));
-    WindowStyle::setTextColor(*device_, WindowStyle::white(hasDevice ? 1.0 : 0.55));
+    const std::string seen = hasDevice ? std::string() : model_->seenTextFor(controller_, port_);
+    const QString text = hasDevice       ? QString::fromStdString(port_.activeDevice)
+                         : !seen.empty() ? QString::fromStdString(seen)
+                                         : QString("No active device");
+    if (device_->text() != text) {
+        device_->setText(text);
+        WindowStyle::setTextColor(*device_, WindowStyle::white(hasDevice ? 1.0 : 0.55));
+    }
 }
 
 void USBPortEditRow::refresh() {
@@ -111,6 +134,12 @@ void USBPortEditRow::refresh() {
         checkbox_->setChecked(selected);
     }
     showConnector(model_->connectorFor(controller_, port_));
+    // Not while the user types: a refresh from elsewhere would undo the keys.
+    const QString nickname = QString::fromStdString(model_->nicknameFor(controller_, port_));
+    if (!nickname_->hasFocus() && nickname_->text() != nickname) {
+        nickname_->setText(nickname);
+    }
+    showDevice();
 }
 
 void USBPortEditRow::showConnector(std::int64_t code) {

@@ -9,13 +9,14 @@
 class QCheckBox;
 class QComboBox;
 class QLabel;
+class QLineEdit;
 
 namespace korvane {
 
-// One line of the port editor: checkbox, name, port number, connector menu
-// and the attached device. The check mark and the connector are read from the
-// model at every refresh, never kept, so two rows of the same port key always
-// agree and a rescan carries the user's choices by key.
+// One line of the port editor: checkbox, name, port number, connector menu,
+// the socket's nickname and the attached device (or the last one seen). The check mark and the connector are
+// read from the model at every refresh, never kept, so two rows of the same port key always agree and a
+// rescan carries the user's choices by key.
 class USBPortEditRow : public QWidget {
   public:
     USBPortEditRow(std::shared_ptr<CollectorModel> model, USBControllerMap controller, USBPortMap port,
@@ -29,6 +30,7 @@ class USBPortEditRow : public QWidget {
     const USBPortMap& port() const { return port_; }
     QCheckBox* checkbox() const { return checkbox_; }
     QComboBox* connectorMenu() const { return connectorMenu_; }
+    QLineEdit* nicknameField() const { return nickname_; }
     QLabel* deviceLabel() const { return device_; }
 
   protected:
@@ -37,6 +39,7 @@ class USBPortEditRow : public QWidget {
   private:
     void styleCheckbox();
     void showPortTexts();
+    void showDevice();
     void showConnector(std::int64_t code);
 
     std::shared_ptr<CollectorModel> model_;
@@ -46,6 +49,7 @@ class USBPortEditRow : public QWidget {
     QLabel* name_;
     QLabel* number_;
     QComboBox* connectorMenu_;
+    QLineEdit* nickname_;
     QLabel* device_;
 };
 

@@ -99,6 +99,10 @@ QColor WindowStyle::green() const {
     return isDark_ ? QColor(0x30, 0xd1, 0x58) : QColor(0x28, 0xb4, 0x46);
 }
 
+QColor WindowStyle::problem() const {
+    return isDark_ ? QColor(0xff, 0x6b, 0x61) : QColor(0xc0, 0x1c, 0x28);
+}
+
 QColor WindowStyle::white(double opacity) {
     return withAlpha(QColor(Qt::white), opacity);
 }

@@ -42,6 +42,8 @@ class WindowStyle {
     QColor accent() const;
     QColor orange() const;
     QColor green() const;
+    // Text that reports a refusal; dark enough to read on the window.
+    QColor problem() const;
     static QColor white(double opacity = 1.0);
 
     // The palette of the port editor's controls: on a light desktop a dark

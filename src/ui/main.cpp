@@ -51,16 +51,20 @@ int main(int argc, char** argv) {
                                       "Show this saved registry (an ioreg -a snapshot or an ioreg -l text "
                                       "dump) instead of the live one.",
                                       "FILE");
+    const QCommandLineOption map("map", "Open this map file once the first scan is in.", "FILE");
     QCommandLineOption screenshot("screenshot",
                                   "Save a picture of the window after the first scan, then quit.", "PNG");
     screenshot.setFlags(QCommandLineOption::HiddenFromHelp);
     const QCommandLineOption dark("dark", "Use a dark palette.");
-    parser.addOptions({registry, screenshot, dark});
+    parser.addOptions({registry, map, screenshot, dark});
     parser.process(application);
 
     korvane::AppOptions options;
     if (parser.isSet(registry)) {
         options.registryFile = parser.value(registry).toStdString();
+    }
+    if (parser.isSet(map)) {
+        options.mapFile = parser.value(map).toStdString();
     }
     if (parser.isSet(screenshot)) {
         options.screenshotFile = parser.value(screenshot).toStdString();

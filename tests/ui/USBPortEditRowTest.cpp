@@ -5,6 +5,7 @@
 #include <QCheckBox>
 #include <QComboBox>
 #include <QLabel>
+#include <QLineEdit>
 
 namespace korvane {
 namespace {
@@ -52,6 +53,24 @@ TEST_F(USBPortEditRowTest, TheCheckboxAndAPickReachTheModelAndAPickOfTheScannedV
     const auto key = usbPortStableID(controller, controller.ports[0]);
     ASSERT_TRUE(model->connectorOverrides().contains(key));
     EXPECT_EQ(model->connectorOverrides().at(key), 3);
+}
+
+TEST_F(USBPortEditRowTest, TheNicknameReachesTheModelAndTheLastDeviceStaysNamedAfterItLeft) {
+    rowFor(makePort("HS01", 1, "SanDisk Ultra"));
+    row->nicknameField()->setText("rear, blue, top");
+    emit row->nicknameField()->editingFinished();
+    EXPECT_EQ(model->nicknameFor(controller, controller.ports[0]), "rear, blue, top");
+
+    controller.ports[0].activeDevice.clear();
+    scans.push_back({{controller}});
+    model->refreshActiveUSBDevices();
+    scheduler.runUntilIdle();
+    row->setPort(controller, controller.ports[0]);
+    EXPECT_EQ(row->deviceLabel()->text(), "seen: SanDisk Ultra, 14:03");
+    EXPECT_EQ(row->deviceLabel()->palette().color(QPalette::WindowText).alpha(), 140) << "dimmed";
+    model->setNickname(controller, controller.ports[0], "");
+    row->refresh();
+    EXPECT_EQ(row->nicknameField()->text(), "");
 }
 
 TEST_F(USBPortEditRowTest, UnnamedConnectorShowsUntilTheUserPicks) {
