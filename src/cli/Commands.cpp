@@ -146,11 +146,13 @@ int runWatch(const ScanOptions& options) {
     show();
     bool wasScanning = false;
     model.observe([&] {
-        if (wasScanning && !model.isScanningUSB()) {
+        // Noted first: saving the map is a change of its own that calls back.
+        const bool hasRefreshed = wasScanning && !model.isScanningUSB();
+        wasScanning = model.isScanningUSB();
+        if (hasRefreshed) {
             isSaved = saveMapIfAsked(model, options.session) && isSaved;
             show();
         }
-        wasScanning = model.isScanningUSB();
     });
     model.startUSBHotplugMonitoring();
     session.runUntil([] { return false; });

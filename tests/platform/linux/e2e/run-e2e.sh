@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # The live Linux sources in a real kernel: `korvane scan --json` on three
 # QEMU machines (and again from a `korvane snapshot` of the same tree), and
-# `korvane watch --json` across a plug and an unplug.
+# `korvane watch --json --save-map` across a plug and an unplug.
 # Usage: run-e2e.sh KORVANE HARNESS_DIR CACHE_DIR
 # Exits 77 (skipped) when QEMU or the harness isn't installed.
 set -uo pipefail
@@ -28,9 +28,11 @@ for preset in basic dual acpi; do
     python3 "$here/check-scan.py" "$preset" "$work/$preset.json" || failed=1
 done
 
-# SIGTERM ends the watch cleanly, so everything it printed arrives.
+# SIGTERM ends the watch cleanly, so everything it printed arrives. The map
+# it saves after each refresh comes back through /out.
 "$harness/run-in-vm.sh" --devices empty --hotplug "$here/plug-keyboard.steps" \
-    --file "$korvane:/payload/bin/korvane" -- timeout -s TERM 14 korvane watch --json \
+    --file "$korvane:/payload/bin/korvane" --out "$work/out" -- \
+    timeout -s TERM 14 korvane watch --json --save-map /out/session.korvanemap \
     >"$work/watch.json" 2>"$work/watch.err"
 status=$?
 # 124 and 143 are timeout's own ways of saying it ended the watch.
@@ -38,4 +40,5 @@ if [ "$status" -ne 0 ] && [ "$status" -ne 143 ] && [ "$status" -ne 124 ]; then
     echo "watch: the VM run failed ($status)"; cat "$work/watch.err"; failed=1
 fi
 python3 "$here/check-scan.py" watch "$work/watch.json" || { cat "$work/watch.err"; failed=1; }
+python3 "$here/check-scan.py" map "$work/out/session.korvanemap" || { cat "$work/watch.err"; failed=1; }
 exit $failed
