@@ -3,7 +3,8 @@
 # window on a virtual X display with a saved machine's registry and saves what
 # it shows once the first scan is in.
 #   scripts/screenshot.sh [REGISTRY_FILE]
-# Writes docs/korvane-generator.png (light) and docs/korvane-generator-dark.png.
+# Writes docs/korvane-generator.png (light), docs/korvane-generator-dark.png,
+# and docs/korvane-generator-map.png with the example map opened.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
@@ -34,3 +35,4 @@ shoot() {
 }
 shoot docs/korvane-generator.png
 shoot docs/korvane-generator-dark.png --dark
+shoot docs/korvane-generator-map.png --map docs/example-MacBookPro15-2.korvanemap

@@ -19,6 +19,15 @@ std::pair<USBControllerMap, USBPortMap> portWithKey(const CollectorModel& model,
 }
 
 std::vector<std::string> applyMapOptions(CollectorModel& model, const MapOptions& options) {
+    // Nobody is there to confirm an overwrite: only the map being continued
+    // may be written over.
+    std::error_code error;
+    if (options.saveMap && std::filesystem::exists(*options.saveMap, error) &&
+        !(options.map && std::filesystem::equivalent(*options.map, *options.saveMap, error))) {
+        throw UsageError{"--save-map " + options.saveMap->string() +
+                         ": the file exists; continue it with --map " + options.saveMap->string() +
+                         ", or save to another name"};
+    }
     std::vector<std::string> notMatched;
     auto take = [&notMatched](const MapOutcome& outcome) {
         if (!outcome.succeeded) {

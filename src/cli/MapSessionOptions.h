@@ -26,8 +26,8 @@ std::pair<USBControllerMap, USBPortMap> portWithKey(const CollectorModel& model,
 
 // Opens the map, imports the package and sets the nicknames, in that order,
 // on a scanned model. Returns one line per thing that didn't match this
-// machine. Throws UsageError for a file the model refused or a bad
-// --nickname.
+// machine. Throws UsageError for a file the model refused, a bad
+// --nickname, or a --save-map file that exists and isn't the --map file.
 std::vector<std::string> applyMapOptions(CollectorModel& model, const MapOptions& options);
 
 // Saves the session when --save-map asked for it; false, after saying why

@@ -29,7 +29,6 @@ USBPortEditRow::USBPortEditRow(std::shared_ptr<CollectorModel> model, USBControl
     layout->setSpacing(10);
 
     checkbox_->setAccessibleName("Selected");
-    styleCheckbox();
     layout->addWidget(checkbox_);
 
     name_->setFont(WindowStyle::font(TextStyle::caption, QFont::DemiBold, FontDesign::monospaced));
@@ -55,6 +54,7 @@ USBPortEditRow::USBPortEditRow(std::shared_ptr<CollectorModel> model, USBControl
     nickname_->setFont(WindowStyle::font(TextStyle::caption2));
     nickname_->setFixedWidth(150);
     layout->addWidget(nickname_);
+    styleFields();
 
     device_->setFont(WindowStyle::font(TextStyle::caption2));
     layout->addWidget(device_);
@@ -88,16 +88,18 @@ USBPortEditRow::USBPortEditRow(std::shared_ptr<CollectorModel> model, USBControl
 void USBPortEditRow::changeEvent(QEvent* event) {
     QWidget::changeEvent(event);
     if (event->type() == QEvent::PaletteChange) {
-        styleCheckbox();
+        styleFields();
     }
 }
 
-void USBPortEditRow::styleCheckbox() {
-    // The box's own fill is the list's colour; a button's shade keeps it
-    // visible on the list when it is unchecked.
-    QPalette palette = checkbox_->palette();
-    palette.setColor(QPalette::Base, this->palette().color(QPalette::Button));
-    checkbox_->setPalette(palette);
+void USBPortEditRow::styleFields() {
+    // A field's own fill is the list's colour; a button's shade keeps the
+    // checkbox and the nickname field visible on the list when empty.
+    for (QWidget* field : {static_cast<QWidget*>(checkbox_), static_cast<QWidget*>(nickname_)}) {
+        QPalette palette = field->palette();
+        palette.setColor(QPalette::Base, this->palette().color(QPalette::Button));
+        field->setPalette(palette);
+    }
 }
 
 void USBPortEditRow::setPort(const USBControllerMap& controller, const USBPortMap& port) {

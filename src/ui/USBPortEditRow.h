@@ -37,7 +37,7 @@ class USBPortEditRow : public QWidget {
     void changeEvent(QEvent* event) override;
 
   private:
-    void styleCheckbox();
+    void styleFields();
     void showPortTexts();
     void showDevice();
     void showConnector(std::int64_t code);

@@ -93,6 +93,8 @@ set +e
 "$korvane" scan --registry "$dump" --nickname "$cam" >/dev/null 2>&1; [ $? -eq 2 ] || fail "--nickname KEY"
 "$korvane" generate --map "$home/s.korvanemap" --select all >/dev/null 2>&1; [ $? -eq 2 ] || fail "--select --map"
 "$korvane" scan --registry "$dump" --save-map "$home/junk.txt/below" >/dev/null 2>&1; [ $? -eq 1 ] || fail "save below a file"
+"$korvane" scan --registry "$dump" --save-map "$home/junk.txt" >/dev/null 2>&1; [ $? -eq 2 ] || fail "save over a file"
+[ "$(cat "$home/junk.txt")" = "not a registry" ] || fail "a file written over"
 set -e
 
 # Snapshot round trip: the snapshot scans like the dump it came from.
