@@ -90,13 +90,5 @@ TEST(MapFileCodec, RefusesWhatIsNotAWholeMapOfThisVersionWithOneReason) {
     }
 }
 
-TEST(MapFileCodec, ReadingAndWritingFailOnPathsThatCantServe) {
-    TempFolder folder;
-    EXPECT_EQ(readMapFile(folder.path()).reason, "is not a file");
-    EXPECT_EQ(readMapFile(folder.path() / "missing").reason, "could not be read (No such file or directory)");
-    writeFileAtomically(folder.path() / "plain", "x");
-    EXPECT_THROW(writeMapFile(folder.path() / "plain" / "below.korvanemap", everyField()), std::system_error);
-}
-
 } // namespace
 } // namespace korvane

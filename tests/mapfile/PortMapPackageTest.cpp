@@ -4,6 +4,7 @@
 #include "package/KextInfoPlist.h"
 #include "records/FileIO.h"
 #include "support/BuildTree.h"
+#include "support/ModelFixture.h"
 #include "support/TempFolder.h"
 #include "support/TestData.h"
 #include "tools/ProcessRunner.h"
@@ -18,21 +19,11 @@ using testing::ElementsAre;
 using testing::UnorderedElementsAre;
 
 USBPortMap port(std::string name, std::uint32_t number, std::int64_t connector = 3) {
-    USBPortMap made;
-    made.name = std::move(name);
-    made.connector = connector;
-    made.portData = portData(number);
-    return made;
+    return makePort(std::move(name), number, "", connector);
 }
 
 USBControllerMap controller(std::string name, std::int64_t device, std::vector<USBPortMap> ports) {
-    USBControllerMap made;
-    made.name = std::move(name);
-    made.location = "14";
-    made.vendorID = 0x8086;
-    made.deviceID = device;
-    made.ports = std::move(ports);
-    return made;
+    return makeController(std::move(name), 0x8086, device, std::move(ports));
 }
 
 // The hand-made map's machine: XHC1, and two controllers named XHC (the
