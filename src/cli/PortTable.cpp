@@ -1,5 +1,6 @@
 #include "cli/PortTable.h"
 
+#include "mapfile/MapFileCodec.h"
 #include "mapfile/PortDiscovery.h"
 #include "records/ASCIIText.h"
 #include "records/Connector.h"
@@ -91,15 +92,10 @@ nlohmann::json portJSON(const CollectorModel& model) {
                              {"nickname", model.nicknameFor(controller, port)},
                              {"seen", seenJSON(model, controller, port)}});
         }
-        controllers.push_back({{"name", controller.name},
-                               {"location", controller.location},
-                               {"vendorID", controller.vendorID},
-                               {"deviceID", controller.deviceID},
-                               {"ioNameMatch", controller.ioNameMatch},
-                               {"providerClass", controller.providerClass},
-                               {"usbDeviceName", controller.usbDeviceName},
-                               {"stableID", controller.stableID()},
-                               {"ports", std::move(ports)}});
+        auto identity = controllerIdentityJSON(controller);
+        identity["stableID"] = controller.stableID();
+        identity["ports"] = std::move(ports);
+        controllers.push_back(std::move(identity));
     }
     return {{"controllers", std::move(controllers)}};
 }

@@ -6,14 +6,12 @@
 #include <charconv>
 #include <cstring>
 #include <limits>
-#include <nlohmann/json.hpp>
 
 namespace korvane {
 
 namespace {
 
 using json = nlohmann::json;
-using ordered_json = nlohmann::ordered_json;
 
 constexpr const char* formatMarker = "korvane-port-map";
 // A map nests four levels; far deeper input is built to exhaust the parser.
@@ -237,27 +235,31 @@ MapFileParse parseMapFile(std::string_view bytes) {
     }
 }
 
+nlohmann::json controllerIdentityJSON(const USBControllerMap& controller) {
+    return {{"name", controller.name},
+            {"location", controller.location},
+            {"vendorID", controller.vendorID},
+            {"deviceID", controller.deviceID},
+            {"ioNameMatch", controller.ioNameMatch},
+            {"providerClass", controller.providerClass},
+            {"usbDeviceName", controller.usbDeviceName}};
+}
+
 std::string mapFileText(const USBMapFile& map) {
-    ordered_json document;
+    json document;
     document["format"] = formatMarker;
     document["formatVersion"] = USBMapFile::currentFormatVersion;
-    auto controllers = ordered_json::array();
+    auto controllers = json::array();
     for (const auto& controller : map.machineControllers) {
-        controllers.push_back({{"name", controller.name},
-                               {"location", controller.location},
-                               {"vendorID", controller.vendorID},
-                               {"deviceID", controller.deviceID},
-                               {"ioNameMatch", controller.ioNameMatch},
-                               {"providerClass", controller.providerClass},
-                               {"usbDeviceName", controller.usbDeviceName}});
+        controllers.push_back(controllerIdentityJSON(controller));
     }
     document["machine"] = {{"controllers", std::move(controllers)}};
     if (map.targetModel) {
         document["targetModel"] = *map.targetModel;
     }
-    auto ports = ordered_json::object();
+    auto ports = json::object();
     for (const auto& key : map.portKeys()) {
-        ordered_json port;
+        json port;
         port["selected"] = map.selectedPortIDs.contains(key);
         if (const auto it = map.connectorOverrides.find(key); it != map.connectorOverrides.end()) {
             port["connector"] = it->second;
@@ -272,7 +274,7 @@ std::string mapFileText(const USBMapFile& map) {
         ports[key] = std::move(port);
     }
     document["ports"] = std::move(ports);
-    return document.dump(2, ' ', false, ordered_json::error_handler_t::replace) + "\n";
+    return document.dump(2, ' ', false, json::error_handler_t::replace) + "\n";
 }
 
 MapFileParse readMapFile(const std::filesystem::path& path) {

@@ -3,6 +3,7 @@
 #include "mapfile/USBMapFile.h"
 
 #include <filesystem>
+#include <nlohmann/json.hpp>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -32,6 +33,10 @@ MapFileParse parseMapFile(std::string_view bytes);
 
 // The map as the text of a map file, in the current format.
 std::string mapFileText(const USBMapFile& map);
+
+// A controller's identity as map files and `--json` write it: name,
+// location, vendorID, deviceID, ioNameMatch, providerClass, usbDeviceName.
+nlohmann::json controllerIdentityJSON(const USBControllerMap& controller);
 
 // Reads and parses the file; a file that can't be read, isn't a regular file
 // or is far too large is refused as unreadable. Never throws.
