@@ -65,8 +65,8 @@ void KorvaneGeneratorApp::whenFirstScanned(std::function<void()> work) {
     auto* poll = new QTimer(window_.get());
     poll->setInterval(100);
     QObject::connect(poll, &QTimer::timeout, window_.get(), [this, poll, work = std::move(work)] {
-        const CollectorModel& model = content_->model();
-        if (model.isScanningUSB() || model.scannedControllers().empty()) {
+        // The window's first appearance started the scan before this poll.
+        if (content_->model().isScanningUSB()) {
             return;
         }
         poll->stop();
