@@ -4,6 +4,7 @@
 #include "cli/CommandLineSession.h"
 #include "cli/PortTable.h"
 #include "records/CollectorError.h"
+#include "records/MacModel.h"
 #include "savedregistry/SnapshotCodec.h"
 
 #include <charconv>
@@ -56,9 +57,33 @@ int runScan(const ScanOptions& options) {
     return 0;
 }
 
+namespace {
+
+void warn(const std::string& text) {
+    std::fprintf(stderr, "korvane: %s\n", text.c_str());
+}
+
+// What a check of one half leaves open: the other half unchecked.
+void offerCompanion(const CollectorModel& model, const USBControllerMap& controller, const USBPortMap& port) {
+    const auto companion = model.companionOf(port);
+    if (companion && !model.isPortSelected(*companion->controller, *companion->port)) {
+        warn(port.name + " is checked and its companion " + model.companionName(controller, port) +
+             " is not; add --with-companion to keep both halves of the connector (companion key " +
+             port.companionKey + ").");
+    }
+}
+
+} // namespace
+
 int runGenerate(const GenerateOptions& options) {
     CommandLineSession session(options.source, stdout);
     auto& model = session.model();
+    model.setTargetModelChoice(options.model);
+    if (!options.model.empty() && !hasMacModelShape(model.targetModelChoice())) {
+        warn("--model " + model.targetModelChoice() +
+             " doesn't look like a Mac model (letters, digits, a comma, digits, e.g. iMac19,1); macOS "
+             "applies the map only on a Mac whose model is exactly this text.");
+    }
     session.scanForEditing();
 
     if (options.select == "all") {
@@ -74,9 +99,21 @@ int runGenerate(const GenerateOptions& options) {
         }
         return it->second;
     };
+    auto noCompanion = [](const USBPortMap& port, const std::string& option) {
+        warn(option + " " + port.name +
+             ": the port has no companion; --with-companion changes nothing for it.");
+    };
     for (const auto& key : options.ports) {
         const auto& [controller, port] = find(key, "--port");
         model.setPortSelected(controller, port, true);
+        if (!options.withCompanion) {
+            continue;
+        }
+        if (const auto companion = model.companionOf(port)) {
+            model.setPortSelected(*companion->controller, *companion->port, true);
+        } else {
+            noCompanion(port, "--port");
+        }
     }
     for (const auto& assignment : options.connectors) {
         const auto equals = assignment.rfind('=');
@@ -84,7 +121,21 @@ int runGenerate(const GenerateOptions& options) {
             throw UsageError{"--connector " + assignment + ": expected KEY=CODE"};
         }
         const auto& [controller, port] = find(assignment.substr(0, equals), "--connector");
-        model.setConnector(controller, port, parseCode(assignment.substr(equals + 1), assignment));
+        const std::int64_t code = parseCode(assignment.substr(equals + 1), assignment);
+        if (options.withCompanion) {
+            if (!model.companionOf(port)) {
+                noCompanion(port, "--connector");
+            }
+            model.setConnectorWithCompanion(controller, port, code);
+        } else {
+            model.setConnector(controller, port, code);
+        }
+    }
+    if (!options.withCompanion) {
+        for (const auto& key : options.ports) {
+            const auto& [controller, port] = ports.at(key);
+            offerCompanion(model, controller, port);
+        }
     }
     if (model.showPortLimitWarning()) {
         std::fputs(
@@ -100,6 +151,14 @@ int runGenerate(const GenerateOptions& options) {
         return 1;
     }
     std::printf("%s\n", model.lastZipURL()->c_str());
+    std::fflush(stdout);
+    for (const auto& note : model.mergePersonalityNotes()) {
+        warn(note);
+    }
+    if (model.targetMacModel().source == TargetMacModel::Source::fallback) {
+        warn("the package names no Mac model (\"Mac\"), so macOS applies it on no Mac; name the Mac it is "
+             "for with --model MODEL, e.g. --model iMac19,1.");
+    }
     return 0;
 }
 

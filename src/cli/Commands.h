@@ -23,6 +23,8 @@ struct GenerateOptions {
     std::string select = "active"; // active, all or none
     std::vector<std::string> ports;
     std::vector<std::string> connectors; // KEY=CODE
+    bool withCompanion = false;          // --port and --connector take the companion along
+    std::string model;                   // the target Mac model; empty: this machine's
 };
 
 int runScan(const ScanOptions& options);

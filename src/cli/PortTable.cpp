@@ -32,10 +32,11 @@ std::string portTable(const CollectorModel& model, const std::set<std::string>& 
                             controller.ports.size());
         for (const auto& port : controller.ports) {
             const auto key = usbPortStableID(controller, port);
-            text += fmt::format("  {} [{}] {:<6} port {:<10} {:<9} {}\n", changed.contains(key) ? '*' : ' ',
-                                model.isPortSelected(controller, port) ? 'x' : ' ', port.name,
-                                hexString(port.portData), connectorText(model.connectorFor(controller, port)),
-                                port.activeDevice.empty() ? "No active device" : port.activeDevice);
+            text += fmt::format(
+                "  {} [{}] {:<6} port {:<10} {:<15} {:<9} {}\n", changed.contains(key) ? '*' : ' ',
+                model.isPortSelected(controller, port) ? 'x' : ' ', port.name, hexString(port.portData),
+                model.companionText(controller, port), connectorText(model.connectorFor(controller, port)),
+                port.activeDevice.empty() ? "No active device" : port.activeDevice);
         }
     }
     text +=
@@ -55,6 +56,8 @@ nlohmann::json portJSON(const CollectorModel& model) {
                              {"comment", port.comment},
                              {"activeDevice", port.activeDevice},
                              {"portKey", usbPortStableID(controller, port)},
+                             {"companion", port.companionKey.empty() ? nlohmann::json(nullptr)
+                                                                     : nlohmann::json(port.companionKey)},
                              {"selected", model.isPortSelected(controller, port)}});
         }
         controllers.push_back({{"name", controller.name},

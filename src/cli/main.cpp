@@ -51,6 +51,13 @@ int main(int argc, char** argv) {
         "--connector", generate.connectors,
         "Set a port's connector: KEY=CODE, CODE one of 0 (USB2), 3 (USB3), 9 (Type-C+Sw), "
         "10 (Type-C), 255 (Internal)");
+    generateCommand->add_flag("--with-companion", generate.withCompanion,
+                              "Give each --port's check and each --connector's type to the port's companion "
+                              "too: the other half (USB 2 or SuperSpeed) of the same connector");
+    generateCommand->add_option("--model", generate.model,
+                                "The Mac model the map is for, as its SMBIOS names it (iMac19,1, "
+                                "MacBookPro15,2): macOS applies the map only on that model. Default: this "
+                                "machine's model, else \"Mac\"");
 
     ScanOptions watch;
     auto* watchCommand = app.add_subcommand("watch", "Print the ports, then again after every plug or "

@@ -6,6 +6,7 @@
 #include "ui/RoundedPanel.h"
 #include "ui/StatusBadge.h"
 #include "ui/SymbolIcons.h"
+#include "ui/TargetModelField.h"
 #include "ui/WindowStyle.h"
 
 #include <QEvent>
@@ -53,6 +54,14 @@ void setText(QPushButton& button, const QString& text) {
     if (button.text() != text) {
         button.setText(text);
     }
+}
+
+// A label that stands only while it has something to say.
+void setShownText(QLabel& label, const QString& text) {
+    if (label.text() != text) {
+        label.setText(text);
+    }
+    label.setVisible(!text.isEmpty());
 }
 
 } // namespace
@@ -184,7 +193,11 @@ QWidget* ContentView::makeEditorPanel() {
 }
 
 QWidget* ContentView::makeActionRow() {
+    auto* area = new QVBoxLayout;
+    area->setContentsMargins(0, 0, 0, 0);
+    area->setSpacing(6);
     auto* row = rowLayout(12);
+    area->addLayout(row);
     parts_.generate = new QPushButton("Generate Korvane.kext");
     parts_.generate->setFont(WindowStyle::font(TextStyle::generate, QFont::DemiBold));
     parts_.generate->setMinimumWidth(245);
@@ -197,6 +210,9 @@ QWidget* ContentView::makeActionRow() {
     parts_.openZip->setMinimumHeight(34);
     parts_.openZip->setAutoDefault(false);
     row->addWidget(parts_.openZip);
+    row->addSpacing(4);
+    parts_.targetModel = new TargetModelField(model_);
+    row->addWidget(parts_.targetModel);
     row->addStretch(1);
 
     auto* output = textLabel("Output: ~/Desktop/Korvane.zip",
@@ -204,11 +220,19 @@ QWidget* ContentView::makeActionRow() {
     secondaryTexts_.push_back(output);
     row->addWidget(output);
 
+    for (QLabel** label : {&parts_.targetModelWarning, &parts_.personalityNotes}) {
+        *label = textLabel("", WindowStyle::font(TextStyle::caption));
+        (*label)->setWordWrap(true);
+        (*label)->hide();
+        area->addWidget(*label);
+    }
+    secondaryTexts_.push_back(parts_.personalityNotes);
+
     connect(parts_.generate, &QPushButton::clicked, this, [this] { model_->startCollection(); });
     connect(parts_.openZip, &QPushButton::clicked, this, [this] { model_->openDesktopZip(); });
 
     auto* widget = new QWidget;
-    widget->setLayout(row);
+    widget->setLayout(area);
     return widget;
 }
 
@@ -241,6 +265,8 @@ void ContentView::applyColours() {
         WindowStyle::setTextColor(*label, onPanel ? style.secondaryOnPanel() : style.secondary());
     }
     WindowStyle::setTextColor(*makerLine_, style.secondary(0.85));
+    WindowStyle::setTextColor(*parts_.targetModelWarning, style.warning());
+    WindowStyle::setTextColor(*parts_.targetModel->sourceLabel(), style.secondary());
     editorPanel_->setPalette(style.editorPalette());
     editorPanel_->setFill(style.panelBackground());
     emptyHintPanel_->setFill(style.listBackground());
@@ -280,6 +306,7 @@ void ContentView::showEvent(QShowEvent* event) {
     }
     hasAppeared_ = true;
     model_->prepareInitialChecks();
+    model_->lookUpMachineModel();
     model_->startUSBHotplugMonitoring();
     model_->scanUSBPorts();
 }
@@ -311,6 +338,18 @@ void ContentView::refresh() {
     parts_.openZip->setEnabled(model.lastZipURL().has_value() && !model.isRunning());
     parts_.donate->setEnabled(!model.isRunning());
 
+    parts_.targetModel->refresh();
+    QString warning = targetModelWarning(model.targetMacModel());
+    if (!settingsProblem_.isEmpty()) {
+        warning += (warning.isEmpty() ? "" : "\n") + settingsProblem_;
+    }
+    setShownText(*parts_.targetModelWarning, warning);
+    QStringList notes;
+    for (const auto& note : model.mergePersonalityNotes()) {
+        notes << QString::fromStdString(note);
+    }
+    setShownText(*parts_.personalityNotes, notes.join("\n"));
+
     // Every change of the controller keys opens every section of the new
     // list; a rescan with the same keys leaves the user's choice alone.
     std::vector<std::string> keys;
@@ -335,6 +374,11 @@ void ContentView::refresh() {
         QMetaObject::invokeMethod(
             this, [this] { openPortLimitAlert(); }, Qt::QueuedConnection);
     }
+}
+
+void ContentView::setSettingsProblem(const QString& text) {
+    settingsProblem_ = text;
+    refresh();
 }
 
 void ContentView::showControllers() {

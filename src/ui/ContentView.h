@@ -21,6 +21,7 @@ class AnimatedHeaderIcon;
 class ControllerList;
 class RoundedPanel;
 class StatusBadge;
+class TargetModelField;
 
 // The window's content: header with the run status, the port editor, the
 // action row and the footer. Every control calls the model and every text
@@ -48,11 +49,17 @@ class ContentView : public QWidget {
         ControllerList* list;
         QPushButton* generate;
         QPushButton* openZip;
+        TargetModelField* targetModel;
+        QLabel* targetModelWarning; // hidden while there is nothing to warn of
+        QLabel* personalityNotes;   // hidden while there is nothing to note
         QPushButton* donate;
     };
     const Parts& parts() const { return parts_; }
     // The port limit alert while it stands over the window.
     QMessageBox* portLimitAlert() const { return portLimitAlert_; }
+    // A problem with remembering the window's settings, shown with the target
+    // model's warning; empty clears it.
+    void setSettingsProblem(const QString& text);
 
   protected:
     void showEvent(QShowEvent* event) override;
@@ -82,6 +89,7 @@ class ContentView : public QWidget {
     RoundedPanel* emptyHintPanel_ = nullptr;
     QStackedWidget* listStack_ = nullptr;
     QPointer<QMessageBox> portLimitAlert_;
+    QString settingsProblem_;
     bool isAlertQueued_ = false;
     bool isApplyingColours_ = false;
 };

@@ -7,6 +7,7 @@
 #include <filesystem>
 #include <memory>
 #include <optional>
+#include <string>
 
 class QMainWindow;
 
@@ -19,6 +20,9 @@ struct AppOptions {
     std::optional<std::filesystem::path> registryFile;
     // Save a picture of the window once the first scan is shown, then quit.
     std::optional<std::filesystem::path> screenshotFile;
+    // Where the window remembers its settings; the user's configuration
+    // folder when absent.
+    std::optional<std::filesystem::path> settingsFile;
 };
 
 // The application: one window of `ContentView` with its menus, and what the
@@ -46,6 +50,7 @@ class KorvaneGeneratorApp {
 
   private:
     void saveScreenshotWhenScanned(const std::filesystem::path& file);
+    void rememberTargetModel();
 
     // Declared before the scheduler: background work still running when the
     // window closes uses it until the scheduler's end has waited for it.
@@ -54,6 +59,9 @@ class KorvaneGeneratorApp {
     std::unique_ptr<QMainWindow> window_;
     ContentView* content_ = nullptr;
     std::optional<std::filesystem::path> screenshotFile_;
+    std::filesystem::path settingsFile_;
+    std::string rememberedModel_;
+    std::size_t settingsObserver_ = 0;
 };
 
 } // namespace korvane

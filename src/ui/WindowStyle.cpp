@@ -95,6 +95,10 @@ QColor WindowStyle::orange() const {
     return isDark_ ? QColor(0xff, 0x9f, 0x0a) : QColor(0xff, 0x95, 0x00);
 }
 
+QColor WindowStyle::warning() const {
+    return isDark_ ? QColor(0xff, 0xb3, 0x40) : QColor(0xa8, 0x52, 0x00);
+}
+
 QColor WindowStyle::green() const {
     return isDark_ ? QColor(0x30, 0xd1, 0x58) : QColor(0x28, 0xb4, 0x46);
 }

@@ -41,6 +41,9 @@ class WindowStyle {
     QColor materialEdge() const;
     QColor accent() const;
     QColor orange() const;
+    // Warning text on the window background: an orange dark enough to read on
+    // a light desktop.
+    QColor warning() const;
     QColor green() const;
     static QColor white(double opacity = 1.0);
 

@@ -13,7 +13,17 @@ fail() { echo "FAIL: $*"; exit 1; }
 
 dump=$data/macos/iMac19-1/IOReg.txt
 
-# Scan: the FaceTime camera on HS13 is the one active port.
+# The merge personalities of the ZIP's package as "name model port:connector ...".
+merges() {
+  unzip -p "$home/Desktop/Korvane.zip" KorvaneGenerator_Work/Korvane.kext/Contents/Info.plist | python3 -c '
+import plistlib, sys
+for name, p in sorted(plistlib.loads(sys.stdin.buffer.read())["IOKitPersonalities"].items()):
+    if "IOProviderMergeProperties" in p:
+        ports = p["IOProviderMergeProperties"]["ports"]
+        print(name, p["model"], *sorted(k + ":" + str(v["UsbConnector"]) for k, v in ports.items()))'
+}
+
+# Scan: the FaceTime camera on HS13 is the one active port; HS03 pairs with SS03.
 json=$("$korvane" scan --registry "$dump" --json)
 python3 - "$json" <<'PY' || fail "scan --json"
 import json, sys
@@ -25,19 +35,40 @@ assert (xhc1["vendorID"], xhc1["deviceID"]) == (0x8086, 0xa36d)
 active = [p for p in xhc1["ports"] if p["selected"]]
 assert [p["name"] for p in active] == ["HS13"], active
 assert active[0]["activeDevice"] == "FaceTime HD Camera (Built-in)"
-assert active[0]["portKey"] == "8086:a36d|XHC1|14|HS13|0d000000"
+assert active[0]["portKey"] == "8086:a36d|XHC1|14000000|HS13|0d000000"
+assert active[0]["companion"] is None
+ports = {p["name"]: p for p in xhc1["ports"]}
+assert ports["HS03"]["companion"] == ports["SS03"]["portKey"], ports["HS03"]
+assert ports["HS05"]["companion"] == ctrls[0]["ports"][0]["portKey"], ports["HS05"]
 PY
+"$korvane" scan --registry "$dump" | grep -Eq "HS05 +port 05000000 +with XHC2 SSP1 " || fail "companion column"
 
-# Generate with one more port checked and its connector changed.
-key='8086:a36d|XHC1|14|SS02|12000000'
-"$korvane" generate --registry "$dump" --port "$key" --connector "$key=10" > "$home/out.txt" \
-  || fail "generate: $(cat "$home/out.txt")"
-grep -q "Generating Korvane.kext with 2 enabled port(s)..." "$home/out.txt" || fail "port count line"
+# Generate for an iMac19,1 with both halves of HS03 checked and typed at once.
+key='8086:a36d|XHC1|14000000|HS03|03000000'
+"$korvane" generate --registry "$dump" --model iMac19,1 --port "$key" --connector "$key=10" --with-companion \
+  > "$home/out.txt" 2> "$home/err.txt" || fail "generate: $(cat "$home/out.txt" "$home/err.txt")"
+grep -q "Generating Korvane.kext with 3 enabled port(s)..." "$home/out.txt" || fail "port count line"
 tail -n 1 "$home/out.txt" | grep -qx "$home/Desktop/Korvane.zip" || fail "ZIP path"
+[ ! -s "$home/err.txt" ] || fail "warnings for a named model: $(cat "$home/err.txt")"
+[ "$(merges)" = "iMac19,1-XHC1 iMac19,1 HS03:10 HS13:255 SS03:10" ] || fail "merge personalities: $(merges)"
 entries=$(unzip -Z1 "$home/Desktop/Korvane.zip" | grep -v '/$' | sort | tr '\n' ' ')
 [ "$entries" = "KorvaneGenerator_Work/Korvane-report.txt KorvaneGenerator_Work/Korvane.kext/Contents/Info.plist KorvaneGenerator_Work/KorvaneGenerator-log.txt " ] \
   || fail "ZIP entries: $entries"
 [ ! -e "$home/Desktop/KorvaneGenerator_Work" ] || fail "work folder left behind"
+
+# Without --model this machine names no Mac: the package says "Mac" and the
+# command says so; one half checked alone is offered its companion.
+"$korvane" generate --registry "$dump" --port "$key" > "$home/out.txt" 2> "$home/err.txt" || fail "generate"
+[ "$(merges)" = "Mac-XHC1 Mac HS03:3 HS13:255" ] || fail "fallback model: $(merges)"
+grep -q -- "--model MODEL" "$home/err.txt" || fail "no fallback warning: $(cat "$home/err.txt")"
+grep -q "HS03 is checked and its companion SS03 is not" "$home/err.txt" || fail "no companion offer"
+
+# Two controllers named XHC with different PCI IDs: both merge personalities stay.
+"$korvane" generate --registry "$data/macos/hackintosh-CML/ioreg_ioservice.txt" --model Macmini8,1 \
+  > "$home/out.txt" 2> "$home/err.txt" || fail "generate hackintosh"
+merges | cut -d' ' -f1-2 | tr '\n' ' ' | grep -qx "Macmini8,1-XHC Macmini8,1 Macmini8,1-XHC 8086_15E9 " \
+  || fail "hackintosh merges: $(merges)"
+grep -q "merge personality is named Macmini8,1-XHC 8086_15E9" "$home/err.txt" || fail "no rename note"
 
 # A registry without controllers: the ZIP holds the report alone. (The live
 # road is run in a real kernel, under QEMU, never on the machine under test.)

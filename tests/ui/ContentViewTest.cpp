@@ -4,6 +4,7 @@
 #include "ui/ControllerList.h"
 #include "ui/ControllerSection.h"
 #include "ui/StatusBadge.h"
+#include "ui/TargetModelField.h"
 #include "ui/USBPortEditRow.h"
 
 #include <QCheckBox>
@@ -219,6 +220,34 @@ TEST_F(ContentViewTest, PortLimitAlertStandsOnceAndOKOnlyDismisses) {
     QApplication::processEvents();
     EXPECT_FALSE(model->showPortLimitWarning());
     EXPECT_EQ(model->selectedPortIDs().size(), 16u) << "the selection stays";
+}
+
+// What is typed is the choice; the warning stands while the model is "Mac"
+// or not shaped like a Mac model, and like-named controllers are noted.
+TEST_F(ContentViewTest, TheTargetModelFieldSetsTheChoiceAndWarnsWhereMacOSWouldIgnoreTheMap) {
+    scanShowing({intelXHC(makePorts(1, 1)), makeController("XHC", 0x8086, 0x15e9, makePorts(1, 1))});
+    QComboBox& field = *parts().targetModel->menu();
+    const std::tuple<QString, QString, QString> rows[] = {
+        {"", "no model found", "macOS applies this map only on a Mac of the model it names."},
+        {"iMac19,1", "your choice", ""},
+        {"Mac", "your choice", "macOS applies this map only on a Mac of the model it names."},
+        {"My Mac", "your choice",
+         "\u201CMy Mac\u201D isn't shaped like a Mac model (iMac19,1, MacBookPro15,2): macOS applies this "
+         "map "
+         "only on a Mac whose model is exactly this text."},
+    };
+    for (const auto& [typed, source, warning] : rows) {
+        field.setEditText(typed);
+        QApplication::processEvents();
+        EXPECT_EQ(model->targetModelChoice(), typed.toStdString());
+        EXPECT_EQ(parts().targetModel->sourceLabel()->text(), source) << typed.toStdString();
+        EXPECT_EQ(parts().targetModelWarning->text(), warning) << typed.toStdString();
+        EXPECT_EQ(parts().targetModelWarning->isVisibleTo(view.get()), !warning.isEmpty());
+    }
+    EXPECT_THAT(parts().personalityNotes->text().toStdString(),
+                testing::HasSubstr("merge personality is named My Mac-XHC 8086_15E9"));
+    view->setSettingsProblem("The target model can't be remembered for the next start: Not a directory");
+    EXPECT_THAT(parts().targetModelWarning->text().toStdString(), testing::EndsWith("Not a directory"));
 }
 
 } // namespace
