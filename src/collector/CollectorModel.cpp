@@ -258,7 +258,14 @@ std::string CollectorModel::resolveTargetModel() {
 }
 
 std::vector<std::string> CollectorModel::mergePersonalityNotes() const {
-    return korvane::mergePersonalityNotes(selectedControllers(), targetMacModel().value);
+    // The window asks after every click; only a shared name can give a note.
+    std::set<std::string> names;
+    for (const auto& controller : scannedControllers_) {
+        if (!names.insert(controller.name).second) {
+            return korvane::mergePersonalityNotes(selectedControllers(), targetMacModel().value);
+        }
+    }
+    return {};
 }
 
 void CollectorModel::openDesktopZip() {

@@ -17,6 +17,7 @@
 #include <optional>
 #include <set>
 #include <string>
+#include <unordered_map>
 
 namespace korvane {
 
@@ -171,6 +172,8 @@ class CollectorModel : public std::enable_shared_from_this<CollectorModel> {
     std::map<std::string, std::int64_t> previousCounts() const;
     void warnIfAnyControllerReachedPortLimit(const std::map<std::string, std::int64_t>& previousCounts);
 
+    // Points into scannedControllers_: made again whenever that is replaced.
+    void indexCompanions();
     std::string resolveTargetModel();
     void storeMachineModel(std::optional<std::string> model);
 
@@ -196,6 +199,7 @@ class CollectorModel : public std::enable_shared_from_this<CollectorModel> {
     bool isMachineModelKnown_ = false;
     bool isLookingUpMachineModel_ = false;
     std::set<std::string> sameTypeForCompanionPortIDs_;
+    std::unordered_map<std::string, ScannedPort> companionsByKey_;
 
     USBDeviceHotplugMonitor usbMonitor_;
     std::shared_ptr<CancellableWork> hotplugRefreshWorkItem_;

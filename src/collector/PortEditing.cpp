@@ -64,6 +64,7 @@ void CollectorModel::runUSBScanForEditing(bool preserveExistingSelection, bool r
             preserveExistingSelection ? selectedPortIDs_ : std::set<std::string>{};
         selection.insert(active.begin(), active.end());
         scannedControllers_ = std::move(controllers);
+        indexCompanions();
         selectedPortIDs_ = std::move(selection);
         if (resetConnectorOverrides) {
             connectorOverrides_.clear();
@@ -158,14 +159,27 @@ std::optional<ScannedPort> CollectorModel::companionOf(const USBPortMap& port) c
     if (port.companionKey.empty()) {
         return std::nullopt;
     }
+    const auto found = companionsByKey_.find(port.companionKey);
+    return found == companionsByKey_.end() ? std::nullopt : std::optional(found->second);
+}
+
+void CollectorModel::indexCompanions() {
+    companionsByKey_.clear();
+    std::set<std::string> named;
     for (const auto& controller : scannedControllers_) {
-        for (const auto& candidate : controller.ports) {
-            if (usbPortStableID(controller, candidate) == port.companionKey) {
-                return ScannedPort{&controller, &candidate};
+        for (const auto& port : controller.ports) {
+            if (!port.companionKey.empty()) {
+                named.insert(port.companionKey);
             }
         }
     }
-    return std::nullopt;
+    for (const auto& controller : scannedControllers_) {
+        for (const auto& port : controller.ports) {
+            if (auto key = usbPortStableID(controller, port); named.contains(key)) {
+                companionsByKey_.emplace(std::move(key), ScannedPort{&controller, &port});
+            }
+        }
+    }
 }
 
 std::string CollectorModel::companionName(const USBControllerMap& controller, const USBPortMap& port) const {

@@ -71,6 +71,9 @@ TargetModelField::TargetModelField(std::shared_ptr<CollectorModel> model, QWidge
     source_->setTextFormat(Qt::PlainText);
     layout->addWidget(source_);
 
+    setToolTip("The SMBIOS model of the Mac this map is for. macOS applies the map only on a Mac of "
+               "this model. Empty: this machine's own model, or \"Mac\" when it names none.");
+
     // Typing and picking both count; refreshing from the model doesn't come
     // back here, for setEditText only follows what the model already holds.
     connect(menu_, &QComboBox::editTextChanged, this, [this](const QString& text) {
@@ -92,8 +95,6 @@ void TargetModelField::refresh() {
     menu_->lineEdit()->setPlaceholderText(
         QString::fromStdString(found.value_or(std::string(fallbackMacModel))));
     source_->setText(sourceText(target.source));
-    setToolTip("The SMBIOS model of the Mac this map is for. macOS applies the map only on a Mac of "
-               "this model. Empty: this machine's own model, or \"Mac\" when it names none.");
 }
 
 } // namespace korvane

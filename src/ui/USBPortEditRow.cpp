@@ -164,21 +164,26 @@ void USBPortEditRow::refresh() {
 
 void USBPortEditRow::showCompanion() {
     const auto companion = model_->companionOf(port_);
+    if (!companion) {
+        // Most rows: nothing to show, nothing to look up.
+        companion_->setVisible(false);
+        offer_->setVisible(false);
+        isOfferingCompanion_ = false;
+        return;
+    }
     const QString text = QString::fromStdString(model_->companionText(controller_, port_));
     if (companion_->text() != text) {
         companion_->setText(text);
-        companion_->setToolTip(text.isEmpty() ? QString()
-                                              : "The other half of this port's connector. Its menu gives a "
-                                                "type picked here to both halves.");
+        companion_->setToolTip("The other half of this port's connector. Its menu gives a type picked here "
+                               "to both halves.");
         companion_->setAccessibleName("Companion " +
                                       QString::fromStdString(model_->companionName(controller_, port_)));
     }
-    companion_->setVisible(companion.has_value());
+    companion_->setVisible(true);
     sameType_->setChecked(model_->isSameTypeForCompanion(controller_, port_));
 
-    const bool companionChecked =
-        companion && model_->isPortSelected(*companion->controller, *companion->port);
-    if (!companion || companionChecked || !model_->isPortSelected(controller_, port_)) {
+    if (model_->isPortSelected(*companion->controller, *companion->port) ||
+        !model_->isPortSelected(controller_, port_)) {
         isOfferingCompanion_ = false;
     }
     if (isOfferingCompanion_) {
