@@ -11,7 +11,7 @@ namespace {
 class QuietDesktop final : public DesktopServices {
   public:
     void playSound(const std::string&) override {}
-    void revealInFileManager(const std::filesystem::path&) override {}
+    bool revealInFileManager(const std::filesystem::path&) override { return false; }
     void openURL(const std::string&) override {}
 };
 

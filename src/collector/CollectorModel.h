@@ -70,6 +70,15 @@ class CollectorModel : public std::enable_shared_from_this<CollectorModel> {
     bool isUpdatingIDs() const { return isUpdatingIDs_; }
     bool showPortLimitWarning() const { return showPortLimitWarning_; }
 
+    // The outcomes of what the user pressed that the log alone would hide; the
+    // window shows them beside the badge and the log panel.
+    // The "ERROR: ..." line of the last run, from its failure until the next run starts.
+    const std::optional<std::string>& lastRunError() const { return lastRunError_; }
+    // The ids update's result line, from its end until the next update starts.
+    const std::optional<std::string>& lastIDsUpdateResult() const { return lastIDsUpdateResult_; }
+    // Why Open ZIP could show nothing, until the next run or Open ZIP.
+    const std::optional<std::string>& openZipProblem() const { return openZipProblem_; }
+
     // Calls `observer` after each change of the properties above; the token
     // ends the subscription.
     std::size_t observe(std::function<void()> observer);
@@ -137,6 +146,9 @@ class CollectorModel : public std::enable_shared_from_this<CollectorModel> {
     bool isScanningUSB_ = false;
     bool isUpdatingIDs_ = false;
     bool showPortLimitWarning_ = false;
+    std::optional<std::string> lastRunError_;
+    std::optional<std::string> lastIDsUpdateResult_;
+    std::optional<std::string> openZipProblem_;
 
     USBDeviceHotplugMonitor usbMonitor_;
     std::shared_ptr<CancellableWork> hotplugRefreshWorkItem_;

@@ -10,6 +10,7 @@ void CollectorModel::updateIDsDatabases() {
         return;
     }
     isUpdatingIDs_ = true;
+    lastIDsUpdateResult_.reset();
     changed();
     std::weak_ptr<CollectorModel> weak = weak_from_this();
     environment_.scheduler.runInBackground(Scheduler::Priority::utility, [weak] {
@@ -32,7 +33,11 @@ void CollectorModel::performIDsDatabaseUpdate() {
     const std::string pciNote = attempt("pci.ids", environment_.idsSources.pciAddress);
     const std::string usbNote = attempt("usb.ids", environment_.idsSources.usbAddress);
     environment_.names.reload();
-    onMain([&] { append(pciNote + " | " + usbNote); });
+    onMain([&] {
+        const std::string result = pciNote + " | " + usbNote;
+        append(result);
+        lastIDsUpdateResult_ = result;
+    });
     runUSBScanForEditing(true, false, true);
     onMain([this] {
         isUpdatingIDs_ = false;
