@@ -19,6 +19,7 @@ namespace korvane {
 
 class AnimatedHeaderIcon;
 class ControllerList;
+class OutcomePanel;
 class RoundedPanel;
 class StatusBadge;
 
@@ -48,6 +49,7 @@ class ContentView : public QWidget {
         ControllerList* list;
         QPushButton* generate;
         QPushButton* openZip;
+        OutcomePanel* outcome;
         QPushButton* donate;
     };
     const Parts& parts() const { return parts_; }
@@ -67,12 +69,19 @@ class ContentView : public QWidget {
     void refresh();
     void showControllers();
     void openPortLimitAlert();
+    // Tab follows the reading order; made again when controls come or go.
+    void applyReadingOrder();
+    // Where the keyboard starts once the first scan is in: the first control,
+    // not the Generate button the focus fell to while the others were busy.
+    void focusFirstControl();
 
     std::shared_ptr<CollectorModel> model_;
     std::set<std::string> expandedControllerKeys_;
     std::vector<std::string> lastControllerKeys_;
     std::size_t observer_ = 0;
     bool hasAppeared_ = false;
+    bool isFirstScanPending_ = false;
+    std::vector<QWidget*> tabOrder_;
 
     Parts parts_{};
     std::vector<QWidget*> dividers_;
