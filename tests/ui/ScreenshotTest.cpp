@@ -1,7 +1,7 @@
 // The window as a user at a scale-2 screen sees it, once per palette, measured
 // on the rendered pixels: what the style really paints, not what the palette
-// says. Runs with QT_SCALE_FACTOR=2 (tests/ui/CMakeLists.txt) and leaves the
-// pictures in the working folder for a look.
+// says. Its main sets QT_SCALE_FACTOR=2 (tests/ui/CMakeLists.txt); the
+// pictures are left in the working folder for a look.
 
 #include "ViewFixture.h"
 #include "ui/ContentView.h"
@@ -96,7 +96,7 @@ class ScreenshotTest : public ViewFixture, public testing::WithParamInterface<bo
 TEST_P(ScreenshotTest, IconsTextAndBordersHoldAtScaleTwo) {
     const auto& parts = view->parts();
     const QImage window = picture(*view);
-    ASSERT_EQ(window.devicePixelRatio(), 2.0) << "run with QT_SCALE_FACTOR=2";
+    ASSERT_EQ(window.devicePixelRatio(), 2.0);
     window.save(QString("korvane-generator-%1@2x.png").arg(isDark() ? "dark" : "light"));
     const WindowStyle style(QApplication::palette());
 
