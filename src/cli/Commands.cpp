@@ -201,7 +201,7 @@ int runUpdateIDs() {
     session.runUntil([&model] { return !model.isUpdatingIDs(); });
     const std::string result = model.lastIDsUpdateResult().value_or("");
     std::printf("%s\n", result.c_str());
-    return result.find(" update failed: ") == std::string::npos ? 0 : 1;
+    return hasFailedDownload(result) ? 1 : 0;
 }
 
 int runPaths() {

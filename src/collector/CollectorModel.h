@@ -17,6 +17,7 @@
 #include <optional>
 #include <set>
 #include <string>
+#include <string_view>
 
 namespace korvane {
 
@@ -161,5 +162,9 @@ class CollectorModel : public std::enable_shared_from_this<CollectorModel> {
 // Intel, and "XHC" or "XHCI" as a whole word of its name, match name or
 // location.
 bool shouldWarnAboutSystemPortLimit(const USBControllerMap& controller);
+
+// Whether an ids update's result line ("pci.ids updated | usb.ids update
+// failed: ...") tells of a failed download.
+bool hasFailedDownload(std::string_view idsUpdateResult);
 
 } // namespace korvane

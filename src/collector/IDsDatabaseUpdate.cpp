@@ -5,6 +5,16 @@
 
 namespace korvane {
 
+namespace {
+
+constexpr std::string_view failedNote = " update failed: ";
+
+} // namespace
+
+bool hasFailedDownload(std::string_view idsUpdateResult) {
+    return idsUpdateResult.find(failedNote) != std::string_view::npos;
+}
+
 void CollectorModel::updateIDsDatabases() {
     if (isRunning_ || isScanningUSB_ || isUpdatingIDs_) {
         return;
@@ -27,7 +37,7 @@ void CollectorModel::performIDsDatabaseUpdate() {
             updateDatabase(name, address, environment_.idsSources.fetch, environment_.idsLocations);
             return name + " updated";
         } catch (...) {
-            return name + " update failed: " + errorDescription(std::current_exception());
+            return name + std::string(failedNote) + errorDescription(std::current_exception());
         }
     };
     const std::string pciNote = attempt("pci.ids", environment_.idsSources.pciAddress);

@@ -99,8 +99,8 @@ void OutcomePanel::showModel(const CollectorModel& model) {
     showLine(*idsUpdateResult_, model.lastIDsUpdateResult());
     showLine(*openZipProblem_, model.openZipProblem());
     // The result line reads as a failure only when a download failed.
-    const bool hasFailedUpdate = model.lastIDsUpdateResult() &&
-                                 model.lastIDsUpdateResult()->find(" update failed: ") != std::string::npos;
+    const bool hasFailedUpdate =
+        model.lastIDsUpdateResult() && hasFailedDownload(*model.lastIDsUpdateResult());
     if (hasFailedUpdate != showsFailedUpdate_) {
         showsFailedUpdate_ = hasFailedUpdate;
         applyColours();

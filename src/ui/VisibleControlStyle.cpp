@@ -6,6 +6,7 @@
 #include <QCheckBox>
 #include <QComboBox>
 #include <QPainter>
+#include <QPlainTextEdit>
 #include <QPushButton>
 #include <QStyleFactory>
 #include <QStyleOption>
@@ -87,6 +88,13 @@ void VisibleControlStyle::drawPrimitive(PrimitiveElement element, const QStyleOp
     case PE_FrameLineEdit:
         QProxyStyle::drawPrimitive(element, option, painter, widget);
         drawControlEdge(*painter, *option);
+        return;
+    case PE_Frame:
+        // A text view's frame is its border: the log panel's.
+        QProxyStyle::drawPrimitive(element, option, painter, widget);
+        if (qobject_cast<const QPlainTextEdit*>(widget)) {
+            drawControlEdge(*painter, *option);
+        }
         return;
     case PE_FrameFocusRect:
         if (!drawsItsOwnFocus(widget)) {

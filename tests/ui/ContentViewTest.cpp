@@ -55,11 +55,6 @@ class ContentViewTest : public ViewFixture {
 TEST_F(ContentViewTest, ControlsAndOutcomesFollowTheModelsState) {
     const std::string noNetwork =
         "pci.ids update failed: Could not resolve host | usb.ids update failed: Could not resolve host";
-    auto breakDesktop = [&] {
-        // A file where the Desktop should be: the work folder can't be made.
-        std::filesystem::remove_all(desktopFolder);
-        std::ofstream(desktopFolder) << "not a folder";
-    };
     const std::tuple<const char*, std::function<void()>, const char*, const char*, std::string> states[] = {
         {"no controllers", [&] { scanShowing({}); }, "1100101", "Reset Ports|Update IDs|Ready", ""},
         {"loaded", [&] { scanShowing(twoControllers); }, "1111101", "Reset Ports|Update IDs|Ready", ""},
@@ -90,7 +85,9 @@ TEST_F(ContentViewTest, ControlsAndOutcomesFollowTheModelsState) {
              " was moved or deleted."},
         {"failed",
          [&] {
-             breakDesktop();
+             // A file where the Desktop should be: the work folder can't be made.
+             std::filesystem::remove_all(desktopFolder);
+             std::ofstream(desktopFolder) << "not a folder";
              model->startCollection();
              scheduler.runUntilIdle();
          },
@@ -282,17 +279,10 @@ TEST_F(ContentViewTest, TheKeyboardFollowsTheReadingOrder) {
     QApplication::processEvents();
 
     std::vector<std::string> visited;
-    for (int step = 0; step < 20; ++step) {
+    for (int step = 0; step < 13; ++step) {
         QWidget* focused = QApplication::focusWidget();
-        ASSERT_NE(focused, nullptr);
-        const auto* button = qobject_cast<const QAbstractButton*>(focused);
-        const QString name = focused->accessibleName().isEmpty() && button
-                                 ? QString(button->text()).remove('&')
-                                 : focused->accessibleName();
-        if (!visited.empty() && visited.front() == name.toStdString()) {
-            break;
-        }
-        visited.push_back(name.toStdString());
+        const auto* button = qobject_cast<const QPushButton*>(focused);
+        visited.push_back((button ? shown(*button) : focused->accessibleName()).toStdString());
         QKeyEvent tab(QEvent::KeyPress, Qt::Key_Tab, Qt::NoModifier);
         QApplication::sendEvent(focused, &tab);
     }
@@ -329,7 +319,6 @@ TEST_F(LogPanelTest, TheLogShowsAsItGrowsAndIsCopiedMasked) {
     EXPECT_EQ(outcome.log()->toPlainText().toStdString(), model->logText());
     scanShowing(twoControllers);
     EXPECT_EQ(outcome.log()->toPlainText().toStdString(), model->logText()) << "new lines follow";
-    EXPECT_TRUE(outcome.log()->isReadOnly());
 
     outcome.copyLog()->click();
     const std::string copied = QApplication::clipboard()->text().toStdString();
