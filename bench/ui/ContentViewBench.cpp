@@ -41,7 +41,7 @@ constexpr const char* childFlag = "--first-paint-child";
 
 struct QuietDesktop final : DesktopServices {
     void playSound(const std::string&) override {}
-    void revealInFileManager(const std::filesystem::path&) override {}
+    bool revealInFileManager(const std::filesystem::path&) override { return true; }
     void openURL(const std::string&) override {}
 };
 

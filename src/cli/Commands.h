@@ -27,10 +27,18 @@ struct GenerateOptions {
     std::string model;                   // the target Mac model; empty: this machine's
 };
 
+struct SnapshotOptions {
+    RegistryChoice source;
+    std::filesystem::path output = "korvane-registry.plist";
+    bool raw = false; // identifiers left unmasked
+};
+
+// Each prints its results, and only those, on standard output; the log and
+// every note go to standard error.
 int runScan(const ScanOptions& options);
 int runWatch(const ScanOptions& options);
 int runGenerate(const GenerateOptions& options);
-int runSnapshot(const RegistryChoice& source, const std::filesystem::path& output);
+int runSnapshot(const SnapshotOptions& options);
 int runUpdateIDs();
 int runPaths();
 

@@ -1,5 +1,6 @@
 #include "cli/PortTable.h"
 
+#include "package/ControllerContribution.h"
 #include "records/ASCIIText.h"
 #include "records/Connector.h"
 #include "records/PCIIdentityText.h"
@@ -15,6 +16,39 @@ std::string connectorText(std::int64_t code) {
     return std::to_string(code);
 }
 
+namespace {
+
+std::string controllerName(const USBControllerMap& controller) {
+    return controller.name.empty() ? "USB Controller" : controller.name;
+}
+
+std::string identity(const USBControllerMap& controller) {
+    return asciiUppercased(vendorDeviceText(controller.vendorID, controller.deviceID));
+}
+
+const char* kindName(ControllerContribution::Kind kind) {
+    switch (kind) {
+    case ControllerContribution::Kind::checkedPorts:
+        return "checkedPorts";
+    case ControllerContribution::Kind::templatePorts:
+        return "templatePorts";
+    case ControllerContribution::Kind::supportPersonalityOnly:
+        break;
+    }
+    return "supportPersonalityOnly";
+}
+
+} // namespace
+
+std::string contributionLines(const CollectorModel& model) {
+    std::string text;
+    for (const auto& controller : model.scannedControllers()) {
+        text += fmt::format("  {} {}: {}\n", controllerName(controller), identity(controller),
+                            contributionText(controllerContribution(controller, model.selectedPortIDs())));
+    }
+    return text;
+}
+
 std::string portTable(const CollectorModel& model, const std::set<std::string>& changed) {
     const auto& controllers = model.scannedControllers();
     if (controllers.empty()) {
@@ -23,13 +57,14 @@ std::string portTable(const CollectorModel& model, const std::set<std::string>& 
     std::string text;
     for (const auto& controller : controllers) {
         text +=
-            fmt::format("{}  {}  {}\n", controller.name.empty() ? "USB Controller" : controller.name,
-                        asciiUppercased(vendorDeviceText(controller.vendorID, controller.deviceID)),
+            fmt::format("{}  {}  {}\n", controllerName(controller), identity(controller),
                         controller.usbDeviceName.empty() ? "(unknown controller)" : controller.usbDeviceName);
         text += fmt::format("  location {}, {}, {} port(s)\n",
                             controller.location.empty() ? "-" : controller.location,
                             controller.providerClass.empty() ? "no host service" : controller.providerClass,
                             controller.ports.size());
+        text += fmt::format("  Generate writes: {}\n",
+                            contributionText(controllerContribution(controller, model.selectedPortIDs())));
         for (const auto& port : controller.ports) {
             const auto key = usbPortStableID(controller, port);
             text += fmt::format(
@@ -60,6 +95,7 @@ nlohmann::json portJSON(const CollectorModel& model) {
                                                                      : nlohmann::json(port.companionKey)},
                              {"selected", model.isPortSelected(controller, port)}});
         }
+        const auto contribution = controllerContribution(controller, model.selectedPortIDs());
         controllers.push_back({{"name", controller.name},
                                {"location", controller.location},
                                {"vendorID", controller.vendorID},
@@ -68,6 +104,10 @@ nlohmann::json portJSON(const CollectorModel& model) {
                                {"providerClass", controller.providerClass},
                                {"usbDeviceName", controller.usbDeviceName},
                                {"stableID", controller.stableID()},
+                               {"willWrite",
+                                {{"kind", kindName(contribution.kind)},
+                                 {"ports", contribution.portCount},
+                                 {"text", contributionText(contribution)}}},
                                {"ports", std::move(ports)}});
     }
     return {{"controllers", std::move(controllers)}};

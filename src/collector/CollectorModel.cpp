@@ -84,6 +84,8 @@ void CollectorModel::startCollection() {
     }
     isRunning_ = true;
     lastZipURL_.reset();
+    lastRunError_.reset();
+    openZipProblem_.reset();
     changed();
     std::weak_ptr<CollectorModel> weak = weak_from_this();
     environment_.scheduler.runInBackground(Scheduler::Priority::userInitiated, [weak] {
@@ -156,6 +158,7 @@ void CollectorModel::runCollection() {
         const std::string line = "ERROR: " + errorDescription(std::current_exception());
         onMain([&] {
             append(line);
+            lastRunError_ = line;
             isRunning_ = false;
             changed();
             environment_.desktop.playSound("Basso");
@@ -269,9 +272,22 @@ std::vector<std::string> CollectorModel::mergePersonalityNotes() const {
 }
 
 void CollectorModel::openDesktopZip() {
-    if (lastZipURL_) {
-        environment_.desktop.revealInFileManager(*lastZipURL_);
+    if (!lastZipURL_) {
+        return;
     }
+    // The file manager is asked whatever the check finds; the check only
+    // tells the user why it may show nothing.
+    std::error_code error;
+    const bool isThere = fs::exists(*lastZipURL_, error);
+    const bool isShown = environment_.desktop.revealInFileManager(*lastZipURL_);
+    if (!isThere) {
+        openZipProblem_ = "Open ZIP found nothing: " + lastZipURL_->string() + " was moved or deleted.";
+    } else if (!isShown) {
+        openZipProblem_ = "Open ZIP: no file manager could show " + lastZipURL_->string() + ".";
+    } else {
+        openZipProblem_.reset();
+    }
+    changed();
 }
 
 void CollectorModel::openPayPalDonate() {

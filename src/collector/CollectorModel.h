@@ -18,6 +18,7 @@
 #include <set>
 #include <string>
 #include <unordered_map>
+#include <string_view>
 
 namespace korvane {
 
@@ -97,6 +98,15 @@ class CollectorModel : public std::enable_shared_from_this<CollectorModel> {
     bool isMachineModelKnown() const { return isMachineModelKnown_; }
     // Ports whose connector pick goes to their companion too (both halves' keys).
     const std::set<std::string>& sameTypeForCompanionPortIDs() const { return sameTypeForCompanionPortIDs_; }
+
+    // The outcomes of what the user pressed that the log alone would hide; the
+    // window shows them beside the badge and the log panel.
+    // The "ERROR: ..." line of the last run, from its failure until the next run starts.
+    const std::optional<std::string>& lastRunError() const { return lastRunError_; }
+    // The ids update's result line, from its end until the next update starts.
+    const std::optional<std::string>& lastIDsUpdateResult() const { return lastIDsUpdateResult_; }
+    // Why Open ZIP could show nothing, until the next run or Open ZIP.
+    const std::optional<std::string>& openZipProblem() const { return openZipProblem_; }
 
     // Calls `observer` after each change of the properties above; the token
     // ends the subscription.
@@ -200,6 +210,9 @@ class CollectorModel : public std::enable_shared_from_this<CollectorModel> {
     bool isLookingUpMachineModel_ = false;
     std::set<std::string> sameTypeForCompanionPortIDs_;
     std::unordered_map<std::string, ScannedPort> companionsByKey_;
+    std::optional<std::string> lastRunError_;
+    std::optional<std::string> lastIDsUpdateResult_;
+    std::optional<std::string> openZipProblem_;
 
     USBDeviceHotplugMonitor usbMonitor_;
     std::shared_ptr<CancellableWork> hotplugRefreshWorkItem_;
@@ -212,5 +225,9 @@ class CollectorModel : public std::enable_shared_from_this<CollectorModel> {
 // Intel, and "XHC" or "XHCI" as a whole word of its name, match name or
 // location.
 bool shouldWarnAboutSystemPortLimit(const USBControllerMap& controller);
+
+// Whether an ids update's result line ("pci.ids updated | usb.ids update
+// failed: ...") tells of a failed download.
+bool hasFailedDownload(std::string_view idsUpdateResult);
 
 } // namespace korvane

@@ -19,6 +19,7 @@ namespace korvane {
 
 class AnimatedHeaderIcon;
 class ControllerList;
+class OutcomePanel;
 class RoundedPanel;
 class StatusBadge;
 class TargetModelField;
@@ -52,6 +53,7 @@ class ContentView : public QWidget {
         TargetModelField* targetModel;
         QLabel* targetModelWarning; // hidden while there is nothing to warn of
         QLabel* personalityNotes;   // hidden while there is nothing to note
+        OutcomePanel* outcome;
         QPushButton* donate;
     };
     const Parts& parts() const { return parts_; }
@@ -74,12 +76,19 @@ class ContentView : public QWidget {
     void refresh();
     void showControllers();
     void openPortLimitAlert();
+    // Tab follows the reading order; made again when controls come or go.
+    void applyReadingOrder();
+    // Where the keyboard starts once the first scan is in: the first control,
+    // not the Generate button the focus fell to while the others were busy.
+    void focusFirstControl();
 
     std::shared_ptr<CollectorModel> model_;
     std::set<std::string> expandedControllerKeys_;
     std::vector<std::string> lastControllerKeys_;
     std::size_t observer_ = 0;
     bool hasAppeared_ = false;
+    bool isFirstScanPending_ = false;
+    std::vector<QWidget*> tabOrder_;
 
     Parts parts_{};
     std::vector<QWidget*> dividers_;

@@ -23,7 +23,7 @@ KorvaneGeneratorApp::KorvaneGeneratorApp(const AppOptions& options)
     QApplication::setWindowIcon(icon);
 
     const RegistryChoice choice{.registryFile = options.registryFile, .ioregFile = std::nullopt};
-    content_ = new ContentView(assembleCollectorModel(choice, openRegistry(choice), scheduler_, *desktop_,
+    content_ = new ContentView(assembleCollectorModel(choice, options.registry, scheduler_, *desktop_,
                                                       /*listenForHotplug=*/true),
                                icon);
     window_->setCentralWidget(content_);

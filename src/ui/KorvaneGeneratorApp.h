@@ -1,6 +1,7 @@
 #pragma once
 
 #include "collector/DesktopServices.h"
+#include "scanner/RegistrySource.h"
 #include "ui/QtScheduler.h"
 
 #include <QIcon>
@@ -18,6 +19,8 @@ class ContentView;
 struct AppOptions {
     // A saved registry shown instead of the live one; no hotplug events then.
     std::optional<std::filesystem::path> registryFile;
+    // What the scans read, opened from the choice above (openRegistry).
+    std::shared_ptr<const RegistrySource> registry;
     // Save a picture of the window once the first scan is shown, then quit.
     std::optional<std::filesystem::path> screenshotFile;
     // Where the window remembers its settings; the user's configuration
@@ -29,8 +32,6 @@ struct AppOptions {
 // window's model needs of the world.
 class KorvaneGeneratorApp {
   public:
-    // Throws RegistryChoiceError (a std::runtime_error) with a one-line reason
-    // when the registry file can't be read.
     explicit KorvaneGeneratorApp(const AppOptions& options);
     ~KorvaneGeneratorApp();
 

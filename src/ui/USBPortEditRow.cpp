@@ -39,12 +39,17 @@ USBPortEditRow::USBPortEditRow(std::shared_ptr<CollectorModel> model, USBControl
 
     name_->setFont(WindowStyle::font(TextStyle::caption, QFont::DemiBold, FontDesign::monospaced));
     WindowStyle::setTextColor(*name_, WindowStyle::white());
-    name_->setFixedWidth(52);
+    // The design's widths, or what the text needs where the 9-point floor
+    // makes it larger than the design's small type.
+    auto widthFor = [](const QLabel& label, int designWidth, const char* sample) {
+        return std::max(designWidth, QFontMetrics(label.font()).horizontalAdvance(sample) + 4);
+    };
+    name_->setFixedWidth(widthFor(*name_, 52, "HSS01"));
     layout->addWidget(name_);
 
     number_->setFont(WindowStyle::font(TextStyle::caption2, QFont::Normal, FontDesign::monospaced));
-    WindowStyle::setTextColor(*number_, WindowStyle::white(0.65));
-    number_->setFixedWidth(92);
+    WindowStyle::setTextColor(*number_, WindowStyle::white(WindowStyle::portNumberOpacity));
+    number_->setFixedWidth(widthFor(*number_, 92, "port 00000000"));
     layout->addWidget(number_);
 
     companion_->setFont(WindowStyle::font(TextStyle::caption2, QFont::Normal, FontDesign::monospaced));
@@ -150,7 +155,7 @@ void USBPortEditRow::showPortTexts() {
     number_->setText("port " + QString::fromStdString(hexString(port_.portData)));
     const bool hasDevice = !port_.activeDevice.empty();
     device_->setText(hasDevice ? QString::fromStdString(port_.activeDevice) : QString("No active device"));
-    WindowStyle::setTextColor(*device_, WindowStyle::white(hasDevice ? 1.0 : 0.55));
+    WindowStyle::setTextColor(*device_, WindowStyle::white(hasDevice ? 1.0 : WindowStyle::noDeviceOpacity));
 }
 
 void USBPortEditRow::refresh() {
@@ -187,7 +192,7 @@ void USBPortEditRow::showCompanion() {
         isOfferingCompanion_ = false;
     }
     if (isOfferingCompanion_) {
-        offer_->setText("Check " + QString::fromStdString(model_->companionName(controller_, port_)) +
+        offer_->setText("Chec&k " + QString::fromStdString(model_->companionName(controller_, port_)) +
                         " too");
     }
     offer_->setVisible(isOfferingCompanion_);

@@ -78,7 +78,7 @@ TEST_F(USBPortEditRowTest, ACompanionShowsBesideThePortIsOfferedOnCheckingAndCan
 
     row->checkbox()->click();
     EXPECT_FALSE(row->companionOffer()->isHidden());
-    EXPECT_EQ(row->companionOffer()->text(), "Check SS01 too");
+    EXPECT_EQ(row->companionOffer()->text(), "Chec&k SS01 too");
     row->companionOffer()->click();
     EXPECT_TRUE(model->isPortSelected(controller, controller.ports[1]));
     EXPECT_TRUE(row->companionOffer()->isHidden());
