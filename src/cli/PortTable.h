@@ -17,6 +17,9 @@ nlohmann::json portJSON(const CollectorModel& model);
 // The lines of a map's or package's ports that this machine doesn't have,
 // under a heading; a line that says all matched when there are none.
 std::string notMatchedText(const std::vector<std::string>& notMatched);
+// What a run would write for each controller, one line each:
+// "  XHC1 8086:A36D: 3 ports checked".
+std::string contributionLines(const CollectorModel& model);
 
 // The label of a connector code in the editor's menu, or its number.
 std::string connectorText(std::int64_t code);

@@ -14,7 +14,7 @@ namespace fs = std::filesystem;
 
 namespace {
 
-MapOutcome refusal(const fs::path& file, const std::string& reason) {
+MapOutcome refused(const fs::path& file, const std::string& reason) {
     return {false, file.string() + " " + reason + ". Nothing was changed.", {}};
 }
 
@@ -37,7 +37,7 @@ std::string shownName(const fs::path& file) {
 } // namespace
 
 CollectorModel::SessionContent CollectorModel::sessionContent() const {
-    SessionContent content{selectedPortIDs_, connectorOverrides_, portNicknames_, {}, targetModel_};
+    SessionContent content{selectedPortIDs_, connectorOverrides_, portNicknames_, {}, chosenTargetModel()};
     for (const auto& [key, discovery] : portDiscoveries_) {
         content.seenDevices[key] = discovery.deviceName;
     }
@@ -45,7 +45,22 @@ CollectorModel::SessionContent CollectorModel::sessionContent() const {
 }
 
 bool CollectorModel::hasUnsavedChanges() const {
-    return sessionContent() != savedContent_;
+    SessionContent content = sessionContent();
+    if (!mapFileURL_) {
+        // Without a map file the choice is the user's setting, kept anyway.
+        content.targetModel = savedContent_.targetModel;
+    }
+    return content != savedContent_;
+}
+
+MapOutcome CollectorModel::tell(MapOutcome outcome) {
+    lastMapOutcome_ = outcome;
+    changed();
+    return outcome;
+}
+
+std::optional<std::string> CollectorModel::chosenTargetModel() const {
+    return targetModelChoice_.empty() ? std::nullopt : std::optional<std::string>(targetModelChoice_);
 }
 
 void CollectorModel::setNickname(const USBControllerMap& controller, const USBPortMap& port,
@@ -77,7 +92,7 @@ USBMapFile CollectorModel::currentMap() const {
         identity.ports.clear();
         map.machineControllers.push_back(std::move(identity));
     }
-    map.targetModel = targetModel_;
+    map.targetModel = chosenTargetModel();
     map.selectedPortIDs = selectedPortIDs_;
     map.connectorOverrides = connectorOverrides_;
     map.nicknames = portNicknames_;
@@ -88,7 +103,7 @@ USBMapFile CollectorModel::currentMap() const {
 MapOutcome CollectorModel::openMap(const fs::path& file) {
     const MapFileParse parse = readMapFile(file);
     if (!parse.map) {
-        return refusal(file, parse.reason);
+        return tell(refused(file, parse.reason));
     }
     const USBMapFile& map = *parse.map;
     const MapScanMatch match = matchMapToScan(map, scannedControllers_);
@@ -104,9 +119,12 @@ MapOutcome CollectorModel::openMap(const fs::path& file) {
             it->second = discovery;
         }
     }
-    targetModel_ = map.targetModel;
+    // A map saved without a model leaves the user's choice as it is.
+    if (map.targetModel) {
+        targetModelChoice_ = trimmed(*map.targetModel);
+    }
     mapFileURL_ = file;
-    savedContent_ = {map.selectedPortIDs, map.connectorOverrides, map.nicknames, {}, map.targetModel};
+    savedContent_ = {map.selectedPortIDs, map.connectorOverrides, map.nicknames, {}, chosenTargetModel()};
     for (const auto& [key, discovery] : map.discoveries) {
         savedContent_.seenDevices[key] = discovery.deviceName;
     }
@@ -126,40 +144,38 @@ MapOutcome CollectorModel::openMap(const fs::path& file) {
         append("Not on this machine, kept in the map: " + line);
         outcome.details.push_back(std::move(line));
     }
-    changed();
-    return outcome;
+    return tell(std::move(outcome));
 }
 
 MapOutcome CollectorModel::saveMap(const fs::path& file) {
     try {
         writeMapFile(file, currentMap());
     } catch (...) {
-        return {false,
-                "Could not save the map to " + file.string() + ": " +
-                    errorDescription(std::current_exception()) + ".",
-                {}};
+        return tell({false,
+                     "Could not save the map to " + file.string() + ": " +
+                         errorDescription(std::current_exception()) + ".",
+                     {}});
     }
     mapFileURL_ = file;
     savedContent_ = sessionContent();
     append("Map saved: " + file.string());
-    changed();
-    return {true, "Saved " + shownName(file) + ".", {}};
+    return tell({true, "Saved " + shownName(file) + ".", {}});
 }
 
 MapOutcome CollectorModel::importPackage(const fs::path& package) {
     const PortMapPackageParse parse = readPortMapPackage(package);
     if (!parse.package) {
-        return refusal(package, parse.reason);
+        return tell(refused(package, parse.reason));
     }
     const PackageScanMatch match = matchPackageToScan(*parse.package, scannedControllers_);
     const std::size_t total = parse.package->ports.size();
     const std::string summary = portMatchSummary(match.matchedPorts, total, "port");
     if (match.matchedPorts == 0) {
         // Taking it would only uncheck everything.
-        return {false,
-                "None of the " + std::to_string(total) + " ports of " + package.string() +
-                    " is on this machine. Nothing was changed.",
-                match.unmatched};
+        return tell({false,
+                     "None of the " + std::to_string(total) + " ports of " + package.string() +
+                         " is on this machine. Nothing was changed.",
+                     match.unmatched});
     }
 
     const auto counts = previousCounts();
@@ -169,15 +185,14 @@ MapOutcome CollectorModel::importPackage(const fs::path& package) {
     }
     // "Mac" is what a package made without a model says; it applies nowhere.
     if (parse.package->model && *parse.package->model != "Mac") {
-        targetModel_ = parse.package->model;
+        targetModelChoice_ = trimmed(*parse.package->model);
     }
     warnIfAnyControllerReachedPortLimit(counts);
     append("Package imported: " + package.string() + " (" + summary + ")");
     for (const auto& line : match.unmatched) {
         append("Not matched: " + line);
     }
-    changed();
-    return {true, "Imported " + shownName(package) + ": " + summary + ".", match.unmatched};
+    return tell({true, "Imported " + shownName(package) + ": " + summary + ".", match.unmatched});
 }
 
 } // namespace korvane

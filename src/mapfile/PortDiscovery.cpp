@@ -14,9 +14,12 @@ std::string seenText(const PortDiscovery& discovery, std::chrono::system_clock::
     };
     const std::tm seen = local(discovery.lastSeen);
     const std::tm today = local(now);
-    const bool isToday = seen.tm_year == today.tm_year && seen.tm_yday == today.tm_yday;
-    char when[32];
-    std::strftime(when, sizeof when, isToday ? "%H:%M" : "%Y-%m-%d %H:%M", &seen);
+    // Short where it can be: the row has little room left for it.
+    const char* format = seen.tm_year != today.tm_year   ? "%Y-%m-%d %H:%M"
+                         : seen.tm_yday != today.tm_yday ? "%d %b %H:%M"
+                                                         : "%H:%M";
+    char when[64];
+    std::strftime(when, sizeof when, format, &seen);
     return "seen: " + discovery.deviceName + ", " + when;
 }
 

@@ -16,7 +16,8 @@ struct PortDiscovery {
 };
 
 // "seen: SanDisk Ultra, 14:03" in local time; a sighting of another day
-// carries its date ("seen: SanDisk Ultra, 2026-11-21 14:03").
+// carries its day ("21 Nov 14:03"), of another year its date
+// ("2025-11-21 14:03").
 std::string seenText(const PortDiscovery& discovery, std::chrono::system_clock::time_point now);
 
 // "2026-11-22T13:03:09Z": a sighting's time in UTC to the second, as map

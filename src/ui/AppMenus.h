@@ -25,8 +25,8 @@ class AppMenus {
 
     // Puts the two entries into the window's menu bar: About in the Help menu
     // (Qt moves it into the application menu on macOS) and Help with
-    // Ctrl+Shift+? (Command-Shift-? on macOS). Returns the File menu it makes
-    // first, which on a menu bar of the window's own ends with Quit.
+    // Ctrl+Shift+? (Command-Shift-? on macOS) and F1. Returns the File menu
+    // it makes first, which on a menu bar of the window's own ends with Quit.
     static QMenu& install(QMainWindow& window);
 
     // The pieces of the boxes, apart so they can be checked without running

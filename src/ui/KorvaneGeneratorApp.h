@@ -1,6 +1,7 @@
 #pragma once
 
 #include "collector/DesktopServices.h"
+#include "scanner/RegistrySource.h"
 #include "ui/QtScheduler.h"
 
 #include <QIcon>
@@ -8,9 +9,9 @@
 #include <functional>
 #include <memory>
 #include <optional>
+#include <string>
 
 class QMainWindow;
-class QSettings;
 
 namespace korvane {
 
@@ -20,18 +21,21 @@ class MapFileActions;
 struct AppOptions {
     // A saved registry shown instead of the live one; no hotplug events then.
     std::optional<std::filesystem::path> registryFile;
+    // What the scans read, opened from the choice above (openRegistry).
+    std::shared_ptr<const RegistrySource> registry;
     // Save a picture of the window once the first scan is shown, then quit.
     std::optional<std::filesystem::path> screenshotFile;
     // A map file to open once the first scan is in.
     std::optional<std::filesystem::path> mapFile;
+    // Where the window remembers its settings; the user's configuration
+    // folder when absent.
+    std::optional<std::filesystem::path> settingsFile;
 };
 
 // The application: one window of `ContentView` with its menus, and what the
 // window's model needs of the world.
 class KorvaneGeneratorApp {
   public:
-    // Throws RegistryChoiceError (a std::runtime_error) with a one-line reason
-    // when the registry file can't be read.
     explicit KorvaneGeneratorApp(const AppOptions& options);
     ~KorvaneGeneratorApp();
 
@@ -53,18 +57,20 @@ class KorvaneGeneratorApp {
   private:
     // Runs `work` once the first scan's results are in place.
     void whenFirstScanned(std::function<void()> work);
+    void rememberTargetModel();
 
     // Declared before the scheduler: background work still running when the
     // window closes uses it until the scheduler's end has waited for it.
     std::unique_ptr<DesktopServices> desktop_;
     QtScheduler scheduler_;
-    // The user's own settings (the recent maps); outlives the window.
-    std::unique_ptr<QSettings> settings_;
     std::unique_ptr<QMainWindow> window_;
     ContentView* content_ = nullptr;
     MapFileActions* mapFiles_ = nullptr;
     std::optional<std::filesystem::path> screenshotFile_;
     std::optional<std::filesystem::path> mapFile_;
+    std::filesystem::path settingsFile_;
+    std::string rememberedModel_;
+    std::size_t settingsObserver_ = 0;
 };
 
 } // namespace korvane

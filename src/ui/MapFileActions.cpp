@@ -1,5 +1,8 @@
 #include "ui/MapFileActions.h"
 
+#include "app/UserSettings.h"
+#include "records/CollectorError.h"
+
 #include <QAction>
 #include <QCloseEvent>
 #include <QDir>
@@ -8,13 +11,11 @@
 #include <QMainWindow>
 #include <QMenu>
 #include <QMessageBox>
-#include <QSettings>
 
 namespace korvane {
 
 namespace {
 
-constexpr const char* recentKey = "recentMaps";
 constexpr const char* mapFilter = "Korvane maps (*.korvanemap *.json);;All files (*)";
 constexpr const char* packageFilter = "Port-map packages (Info.plist *.plist *.zip);;All files (*)";
 constexpr const char* defaultMapName = "Korvane.korvanemap";
@@ -40,9 +41,9 @@ MapFileActions::Answer askWithBox(QWidget* parent, const QString& question) {
 
 } // namespace
 
-MapFileActions::MapFileActions(QMainWindow& window, ContentView& content, QSettings& settings)
+MapFileActions::MapFileActions(QMainWindow& window, ContentView& content, std::filesystem::path settingsFile)
     : QObject(&window), window_(window), content_(&content), model_(content.sharedModel()),
-      settings_(settings) {
+      settingsFile_(std::move(settingsFile)) {
     askToSave = [this](const QString& question) { return askWithBox(&window_, question); };
     chooseFile = [this](const QString& caption, const QString& filter, bool isForSaving) {
         if (isForSaving) {
@@ -125,9 +126,6 @@ void MapFileActions::install(QMenu& fileMenu) {
 }
 
 bool MapFileActions::report(const MapOutcome& outcome) {
-    if (content_) {
-        content_->showOutcome(QString::fromStdString(outcome.summary), !outcome.succeeded);
-    }
     if (!outcome.succeeded || !outcome.details.empty()) {
         showAlert(outcome);
     }
@@ -183,7 +181,27 @@ bool MapFileActions::mayLeaveSession() {
 }
 
 QStringList MapFileActions::recentMaps() const {
-    return settings_.value(recentKey).toStringList();
+    QStringList recent;
+    for (const auto& path : readUserSettings(settingsFile_).recentMaps) {
+        recent << QString::fromStdString(path);
+    }
+    return recent;
+}
+
+void MapFileActions::setRecentMaps(const QStringList& recent) {
+    UserSettings settings = readUserSettings(settingsFile_);
+    settings.recentMaps.clear();
+    for (const QString& path : recent) {
+        settings.recentMaps.push_back(path.toStdString());
+    }
+    try {
+        writeUserSettings(settingsFile_, settings);
+    } catch (...) {
+        if (content_) {
+            content_->setSettingsProblem(QString::fromStdString("The recent maps can't be remembered: " +
+                                                                errorDescription(std::current_exception())));
+        }
+    }
 }
 
 void MapFileActions::rememberRecent(const QString& path) {
@@ -194,7 +212,7 @@ void MapFileActions::rememberRecent(const QString& path) {
     while (recent.size() > maximumRecentMaps) {
         recent.removeLast();
     }
-    settings_.setValue(recentKey, recent);
+    setRecentMaps(recent);
 }
 
 void MapFileActions::showRecentMenu() {
@@ -214,8 +232,7 @@ void MapFileActions::showRecentMenu() {
         menu.addAction("No Recent Maps")->setEnabled(false);
     } else {
         menu.addSeparator();
-        connect(menu.addAction("Clear Menu"), &QAction::triggered, this,
-                [this] { settings_.setValue(recentKey, QStringList()); });
+        connect(menu.addAction("Clear Menu"), &QAction::triggered, this, [this] { setRecentMaps({}); });
     }
 }
 

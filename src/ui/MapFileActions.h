@@ -7,13 +7,13 @@
 #include <QPointer>
 #include <QString>
 #include <QStringList>
+#include <filesystem>
 #include <functional>
 #include <memory>
 
 class QAction;
 class QMainWindow;
 class QMenu;
-class QSettings;
 
 namespace korvane {
 
@@ -24,10 +24,10 @@ class MapFileActions : public QObject {
   public:
     enum class Answer { save, discard, cancel };
 
-    // Watches the window's closing and shares the content's model; `settings`
-    // keeps the recent maps and must outlive this. The content may go first
-    // (a window deletes its children in order).
-    MapFileActions(QMainWindow& window, ContentView& content, QSettings& settings);
+    // Watches the window's closing and shares the content's model (the
+    // content may go first: a window deletes its children in order). The
+    // recent maps are kept in the user settings file `settingsFile`.
+    MapFileActions(QMainWindow& window, ContentView& content, std::filesystem::path settingsFile);
     ~MapFileActions() override;
 
     // Puts Open Map..., Open Recent, Save Map, Save Map As... and Import
@@ -72,12 +72,13 @@ class MapFileActions : public QObject {
     void refresh();
     bool report(const MapOutcome& outcome);
     void rememberRecent(const QString& path);
+    void setRecentMaps(const QStringList& recent);
     void showRecentMenu();
 
     QMainWindow& window_;
     QPointer<ContentView> content_;
     std::shared_ptr<CollectorModel> model_;
-    QSettings& settings_;
+    std::filesystem::path settingsFile_;
     Actions actions_{};
     std::size_t observer_ = 0;
 };

@@ -6,16 +6,22 @@
 #include <QWidget>
 #include <memory>
 
+class QAction;
 class QCheckBox;
 class QComboBox;
 class QLabel;
 class QLineEdit;
+class QMenu;
+class QPushButton;
+class QToolButton;
 
 namespace korvane {
 
-// One line of the port editor: checkbox, name, port number, connector menu,
-// the socket's nickname and the attached device (or the last one seen). The check mark and the connector are
-// read from the model at every refresh, never kept, so two rows of the same port key always agree and a
+// One line of the port editor: checkbox, name, port number, its companion
+// (the other half of the connector), connector menu, the socket's nickname
+// and the attached device (or the last one seen). The check mark and the
+// connector are read from the model at every refresh, never kept, so two
+// rows of the same port key always agree and a
 // rescan carries the user's choices by key.
 class USBPortEditRow : public QWidget {
   public:
@@ -32,15 +38,24 @@ class USBPortEditRow : public QWidget {
     QComboBox* connectorMenu() const { return connectorMenu_; }
     QLineEdit* nicknameField() const { return nickname_; }
     QLabel* deviceLabel() const { return device_; }
+    // "with SS01"; its menu (also the row's context menu) holds the checkable
+    // "Same type for its companion". Hidden for a port without a companion.
+    QToolButton* companionButton() const { return companion_; }
+    QAction* sameTypeAction() const { return sameType_; }
+    // "Check SS01 too": offered after the user checks this port while its
+    // companion stays unchecked.
+    QPushButton* companionOffer() const { return offer_; }
 
   protected:
     void changeEvent(QEvent* event) override;
+    void contextMenuEvent(QContextMenuEvent* event) override;
 
   private:
     void styleFields();
     void showPortTexts();
     void showDevice();
     void showConnector(std::int64_t code);
+    void showCompanion();
 
     std::shared_ptr<CollectorModel> model_;
     USBControllerMap controller_;
@@ -49,8 +64,13 @@ class USBPortEditRow : public QWidget {
     QLabel* name_;
     QLabel* number_;
     QComboBox* connectorMenu_;
+    QToolButton* companion_;
+    QMenu* companionMenu_;
+    QAction* sameType_;
+    QPushButton* offer_;
     QLineEdit* nickname_;
     QLabel* device_;
+    bool isOfferingCompanion_ = false;
 };
 
 } // namespace korvane

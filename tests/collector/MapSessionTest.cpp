@@ -31,12 +31,14 @@ class MapSessionTest : public ModelFixture {
         model->setPortSelected(xhc1, xhc1.ports[1], true);
         model->setConnector(xhc1, xhc1.ports[1], 10);
         model->setNickname(xhc1, xhc1.ports[0], "  rear, blue, top\n");
+        model->setTargetModelChoice("iMac19,1");
     }
 };
 
 TEST_F(MapSessionTest, ASavedSessionOpensAgainAsItWasAndOnlyEditsMarkItUnsaved) {
     scanShowing({xhc1});
-    EXPECT_FALSE(model->hasUnsavedChanges()) << "a reset's own result is nothing to lose";
+    model->setTargetModelChoice("Macmini8,1");
+    EXPECT_FALSE(model->hasUnsavedChanges()) << "a reset's result, and a model the settings keep anyway";
     work();
     EXPECT_TRUE(model->hasUnsavedChanges());
     const USBMapFile saved = model->currentMap();
@@ -47,6 +49,7 @@ TEST_F(MapSessionTest, ASavedSessionOpensAgainAsItWasAndOnlyEditsMarkItUnsaved) 
     scanShowing({xhc1});
     model->setNickname(xhc1, xhc1.ports[0], "");
     model->setPortSelected(xhc1, xhc1.ports[2], true);
+    model->setTargetModelChoice("");
     EXPECT_TRUE(model->hasUnsavedChanges()) << "the reset undid work the file holds";
     const MapOutcome outcome = model->openMap(file("session.korvanemap"));
     EXPECT_EQ(outcome.summary, "Opened session.korvanemap: 2 of 2 ports matched.");
@@ -151,13 +154,14 @@ TEST_F(MapSessionTest, ImportingOurOwnZipChecksWhatItWasMadeFromWithItsConnector
     scheduler.runUntilIdle();
     ASSERT_TRUE(model->lastZipURL());
     scanShowing({xhc1});
+    model->setTargetModelChoice("");
     EXPECT_THAT(model->selectedPortIDs(), ElementsAre(key(0)));
 
     const MapOutcome outcome = model->importPackage(*model->lastZipURL());
     EXPECT_EQ(outcome.summary, "Imported Korvane.zip: 2 of 2 ports matched.");
     EXPECT_THAT(model->selectedPortIDs(), ElementsAre(key(0), key(1)));
     EXPECT_EQ(model->connectorFor(xhc1, xhc1.ports[1]), 10);
-    EXPECT_EQ(model->currentMap().targetModel, std::nullopt) << "a package's \"Mac\" names no model";
+    EXPECT_EQ(model->targetModelChoice(), "iMac19,1") << "the package's model";
     EXPECT_THAT(logLines().back(), HasSubstr("(2 of 2 ports matched)"));
 }
 

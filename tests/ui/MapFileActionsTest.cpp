@@ -3,12 +3,12 @@
 #include "ViewFixture.h"
 #include "records/FileIO.h"
 #include "ui/ContentView.h"
+#include "ui/OutcomePanel.h"
 
 #include <QAction>
 #include <QLabel>
 #include <QMainWindow>
 #include <QMenu>
-#include <QSettings>
 #include <gmock/gmock.h>
 
 namespace korvane {
@@ -23,7 +23,7 @@ class MapFileActionsTest : public ViewFixture {
         window = std::make_unique<QMainWindow>();
         content = new ContentView(model, QIcon());
         window->setCentralWidget(content);
-        actions = new MapFileActions(*window, *content, settings);
+        actions = new MapFileActions(*window, *content, home.path() / "settings.json");
         actions->install(fileMenu);
         actions->askToSave = [this](const QString& question) {
             questions << question;
@@ -40,7 +40,6 @@ class MapFileActionsTest : public ViewFixture {
     void check(std::size_t port) { model->setPortSelected(controller, controller.ports[port], true); }
 
     const USBControllerMap controller = makeController("XHC1", 0x8086, 0xa36d, makePorts(3, 1));
-    QSettings settings{QString::fromStdString((home.path() / "settings.ini").string()), QSettings::IniFormat};
     QMenu fileMenu;
     std::unique_ptr<QMainWindow> window;
     ContentView* content = nullptr;
@@ -60,7 +59,7 @@ TEST_F(MapFileActionsTest, TheTitleNamesTheMapAndMarksUnsavedWork) {
     ASSERT_TRUE(actions->saveMapAs(path("first.korvanemap")));
     EXPECT_EQ(window->windowTitle(), "first.korvanemap[*] — KorvaneGenerator");
     EXPECT_FALSE(window->isWindowModified());
-    EXPECT_EQ(content->parts().outcome->text(), "Saved first.korvanemap.");
+    EXPECT_EQ(content->parts().outcome->mapOutcome()->text(), "Saved first.korvanemap.");
     ASSERT_TRUE(actions->saveMapAs(path("second.korvanemap")));
     EXPECT_EQ(actions->recentMaps(), QStringList({path("second.korvanemap"), path("first.korvanemap")}));
     EXPECT_TRUE(alerts.empty()) << "nothing to tell beyond the line";
@@ -105,7 +104,7 @@ TEST_F(MapFileActionsTest, ARefusedMapSaysWhyAndChangesNothing) {
     EXPECT_FALSE(actions->openMap(path("junk.korvanemap")));
     ASSERT_EQ(alerts.size(), 1u);
     EXPECT_FALSE(alerts[0].succeeded);
-    EXPECT_EQ(content->parts().outcome->text().toStdString(), alerts[0].summary);
+    EXPECT_EQ(content->parts().outcome->mapOutcome()->text().toStdString(), alerts[0].summary);
     EXPECT_EQ(model->currentMap(), before);
     EXPECT_EQ(window->windowTitle(), "KorvaneGenerator[*]");
     EXPECT_TRUE(actions->recentMaps().isEmpty());
