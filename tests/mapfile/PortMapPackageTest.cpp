@@ -104,7 +104,6 @@ TEST(PortMapPackage, RefusesWhatHoldsNoReadablePortMap) {
     const std::pair<std::filesystem::path, const char*> rows[] = {
         {testDataPath("mapfile/packages/hostile-shared-chain.bplist"), "is not a readable property list"},
         {file("cut.plist", handmade.substr(0, handmade.size() / 2)), "is not a readable property list"},
-        {file("text.plist", "rear, blue, top"), "is not a readable property list"},
         {file("bundle.plist", "<plist><dict><key>CFBundleName</key><string>X</string></dict></plist>"),
          "(it has no IOKitPersonalities)"},
         {file("support.plist",
