@@ -1,8 +1,11 @@
 #pragma once
 
+#include "records/Connector.h"
 #include "records/PortNumber.h"
+#include "records/PortPlace.h"
 
 #include <cstdint>
+#include <optional>
 #include <string>
 
 namespace korvane {
@@ -15,6 +18,8 @@ struct USBPortMap {
     ByteBuffer portData;
     std::string comment;
     std::string activeDevice; // non-empty makes the port count as active
+    ConnectorSource connectorSource = ConnectorSource::inferred;
+    std::optional<PortPlace> place{}; // where the socket is, when the firmware says
 
     // Identity of a row within one controller's list: name|location|hex(portData).
     std::string stableID() const;

@@ -12,7 +12,9 @@ namespace korvane {
 // each controller and one for each of its ports:
 //   8086:a36d XHC1@14  AppleIntelCNLUSBXHCI  pci8086,a36d  "Intel Corporation Cannon Lake ..."
 //     HS13  13  255  @14d00000  "FaceTime HD Camera (Built-in)"  // the comment, when there is one
-inline std::string scanText(const std::vector<USBControllerMap>& controllers) {
+// With `withSources`, each connector code is followed by its source and the
+// line ends with the port's place when it has one: "3 firmware ... (back panel, left)".
+inline std::string scanText(const std::vector<USBControllerMap>& controllers, bool withSources = false) {
     std::string text;
     for (const auto& controller : controllers) {
         text += vendorDeviceText(controller.vendorID, controller.deviceID) + " " + controller.name + "@" +
@@ -21,16 +23,20 @@ inline std::string scanText(const std::vector<USBControllerMap>& controllers) {
         for (const auto& port : controller.ports) {
             const auto number = portNumber(port.portData);
             text += "  " + port.name + "  " + (number ? std::to_string(*number) : "-") + "  " +
-                    std::to_string(port.connector) + "  @" + port.location + "  \"" + port.activeDevice +
-                    "\"";
+                    std::to_string(port.connector) +
+                    (withSources ? " " + std::string(connectorSourceName(port.connectorSource)) : "") +
+                    "  @" + port.location + "  \"" + port.activeDevice + "\"";
+            if (withSources && port.place) {
+                text += "  (" + portPlaceText(*port.place) + ")";
+            }
             text += port.comment.empty() ? "\n" : "  // " + port.comment + "\n";
         }
     }
     return text;
 }
 
-inline std::string scanText(const USBScanResult& result) {
-    return scanText(result.controllers);
+inline std::string scanText(const USBScanResult& result, bool withSources = false) {
+    return scanText(result.controllers, withSources);
 }
 
 } // namespace korvane

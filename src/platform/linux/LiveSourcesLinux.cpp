@@ -4,8 +4,8 @@
 
 namespace korvane {
 
-std::unique_ptr<RegistrySource> makeLiveRegistrySource() {
-    return std::make_unique<SysfsRegistrySource>("/sys");
+std::unique_ptr<RegistrySource> makeLiveRegistrySource(const ToolPaths& tools) {
+    return std::make_unique<SysfsRegistrySource>("/sys", tools.acpiexec);
 }
 
 std::unique_ptr<HotplugSource> makeHotplugSource(Scheduler& scheduler) {

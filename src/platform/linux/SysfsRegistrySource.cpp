@@ -7,7 +7,10 @@
 
 namespace korvane {
 
-SysfsRegistrySource::SysfsRegistrySource(std::filesystem::path sysfsRoot) : root_(std::move(sysfsRoot)) {}
+SysfsRegistrySource::SysfsRegistrySource(std::filesystem::path sysfsRoot, std::string acpiexec,
+                                         double acpiexecTimeout)
+    : root_(std::move(sysfsRoot)),
+      firmware_(root_ / "firmware" / "acpi" / "tables", std::move(acpiexec), acpiexecTimeout) {}
 
 std::unique_ptr<NativeUSBNode> SysfsRegistrySource::copyRoot() const {
     const auto devices = root_ / "devices";
@@ -17,6 +20,7 @@ std::unique_ptr<NativeUSBNode> SysfsRegistrySource::copyRoot() const {
     }
     auto root = std::make_unique<NativeUSBNode>("Root", "", "IORegistryEntry", PropertyDictionary{}, nullptr);
     SysfsTreeBuilder builder;
+    FirmwarePortTypes firmwareTypes(firmware_);
     // pci0000:00, pci0000:40, ...: one per host bridge (PCI segment and root bus).
     for (const auto& name : sysfs::subdirectories(devices)) {
         if (!name.starts_with("pci")) {
@@ -26,14 +30,18 @@ std::unique_ptr<NativeUSBNode> SysfsRegistrySource::copyRoot() const {
         properties["IOName"] = firmwareNodeName(devices / name).value_or(name);
         properties["sysfs-name"] = name;
         if (NativeUSBNode* host = builder.add(*root, "pci_host_bridge", std::move(properties))) {
-            addPCIChildren(*host, devices / name, builder, 1);
+            addPCIChildren(*host, devices / name, builder, firmwareTypes, 1);
         }
+    }
+    if (auto notices = firmwareTypes.notices(); !notices.empty()) {
+        root->properties["scan-notices"] = PropertyArray(notices.begin(), notices.end());
     }
     return root;
 }
 
 void SysfsRegistrySource::addPCIChildren(NativeUSBNode& parent, const std::filesystem::path& directory,
-                                         SysfsTreeBuilder& builder, int depth) const {
+                                         SysfsTreeBuilder& builder, FirmwarePortTypes& firmwareTypes,
+                                         int depth) const {
     if (depth > SysfsTreeBuilder::maxDepth) {
         return;
     }
@@ -48,10 +56,10 @@ void SysfsRegistrySource::addPCIChildren(NativeUSBNode& parent, const std::files
             return;
         }
         if (device.isXHCI()) {
-            SysfsXHCIService(device, root_ / "kernel" / "debug").addTo(*node, builder);
+            SysfsXHCIService(device, root_ / "kernel" / "debug", &firmwareTypes).addTo(*node, builder);
         }
         // Functions behind a bridge sit in the bridge's folder.
-        addPCIChildren(*node, device.directory(), builder, depth + 1);
+        addPCIChildren(*node, device.directory(), builder, firmwareTypes, depth + 1);
     }
 }
 

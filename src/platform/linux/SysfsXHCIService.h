@@ -1,7 +1,9 @@
 #pragma once
 
+#include "platform/linux/FirmwarePortTypes.h"
 #include "platform/linux/SysfsPCIDevice.h"
 #include "platform/linux/SysfsTreeBuilder.h"
+#include "records/Connector.h"
 
 #include <cstdint>
 #include <filesystem>
@@ -29,11 +31,14 @@ class SysfsXHCIService {
         std::uint32_t number = 0;
         NumberSource numberSource = NumberSource::rootHubPosition;
         std::optional<std::int64_t> connector;
+        ConnectorSource connectorSource = ConnectorSource::kernel; // of `connector`, when there is one
         std::string peerName;
     };
 
-    SysfsXHCIService(const SysfsPCIDevice& pci, std::filesystem::path debugfsRoot)
-        : pci_(pci), debugfsRoot_(std::move(debugfsRoot)) {}
+    // `firmwareTypes`, when given, types the ports that the firmware types.
+    SysfsXHCIService(const SysfsPCIDevice& pci, std::filesystem::path debugfsRoot,
+                     FirmwarePortTypes* firmwareTypes = nullptr)
+        : pci_(pci), debugfsRoot_(std::move(debugfsRoot)), firmwareTypes_(firmwareTypes) {}
 
     void addTo(NativeUSBNode& pciNode, SysfsTreeBuilder& builder) const;
 
@@ -43,6 +48,7 @@ class SysfsXHCIService {
   private:
     const SysfsPCIDevice& pci_;
     std::filesystem::path debugfsRoot_; // <sysfs root>/kernel/debug
+    FirmwarePortTypes* firmwareTypes_;
 };
 
 } // namespace korvane
