@@ -6,6 +6,8 @@
 
 #include <cstdio>
 #include <memory>
+#include <set>
+#include <string>
 
 namespace korvane {
 
@@ -17,7 +19,8 @@ struct UsageError {
 
 // The model as the command line drives it: the calling thread is the main
 // thread, the registry is the one the user chose, the desktop services stay
-// quiet, and the log goes to `logOutput` as it grows.
+// quiet, and the log goes to `logOutput` as it grows. What a scan could not
+// learn (its notices) goes to standard error, each sentence once.
 class CommandLineSession {
   public:
     // Throws UsageError when the chosen registry file can't serve.
@@ -41,6 +44,8 @@ class CommandLineSession {
     std::shared_ptr<CollectorModel> model_;
     std::size_t logObserver_ = 0;
     std::size_t printedLog_ = 0;
+    std::size_t noticeObserver_ = 0;
+    std::set<std::string> toldNotices_;
 };
 
 } // namespace korvane

@@ -15,6 +15,19 @@ std::string connectorText(std::int64_t code) {
     return std::to_string(code);
 }
 
+namespace {
+
+nlohmann::json placeJSON(const PortPlace& place) {
+    return {{"panel", place.panel},
+            {"verticalPosition", place.verticalPosition},
+            {"horizontalPosition", place.horizontalPosition},
+            {"dock", place.isOnDock},
+            {"lid", place.isInLid},
+            {"text", portPlaceText(place)}};
+}
+
+} // namespace
+
 std::string portTable(const CollectorModel& model, const std::set<std::string>& changed) {
     const auto& controllers = model.scannedControllers();
     if (controllers.empty()) {
@@ -32,10 +45,14 @@ std::string portTable(const CollectorModel& model, const std::set<std::string>& 
                             controller.ports.size());
         for (const auto& port : controller.ports) {
             const auto key = usbPortStableID(controller, port);
-            text += fmt::format("  {} [{}] {:<6} port {:<10} {:<9} {}\n", changed.contains(key) ? '*' : ' ',
+            const std::string place = port.place ? portPlaceText(*port.place) : std::string();
+            text += fmt::format("  {} [{}] {:<6} port {:<10} {:<9} {:<8} {}{}\n",
+                                changed.contains(key) ? '*' : ' ',
                                 model.isPortSelected(controller, port) ? 'x' : ' ', port.name,
                                 hexString(port.portData), connectorText(model.connectorFor(controller, port)),
-                                port.activeDevice.empty() ? "No active device" : port.activeDevice);
+                                connectorSourceName(model.connectorSourceFor(controller, port)),
+                                port.activeDevice.empty() ? "No active device" : port.activeDevice,
+                                place.empty() ? "" : "  (" + place + ")");
         }
     }
     text +=
@@ -48,14 +65,17 @@ nlohmann::json portJSON(const CollectorModel& model) {
     for (const auto& controller : model.scannedControllers()) {
         auto ports = nlohmann::json::array();
         for (const auto& port : controller.ports) {
-            ports.push_back({{"name", port.name},
-                             {"location", port.location},
-                             {"connector", model.connectorFor(controller, port)},
-                             {"portData", hexString(port.portData)},
-                             {"comment", port.comment},
-                             {"activeDevice", port.activeDevice},
-                             {"portKey", usbPortStableID(controller, port)},
-                             {"selected", model.isPortSelected(controller, port)}});
+            ports.push_back(
+                {{"name", port.name},
+                 {"location", port.location},
+                 {"connector", model.connectorFor(controller, port)},
+                 {"portData", hexString(port.portData)},
+                 {"comment", port.comment},
+                 {"activeDevice", port.activeDevice},
+                 {"portKey", usbPortStableID(controller, port)},
+                 {"selected", model.isPortSelected(controller, port)},
+                 {"connectorSource", connectorSourceName(model.connectorSourceFor(controller, port))},
+                 {"place", port.place ? placeJSON(*port.place) : nlohmann::json()}});
         }
         controllers.push_back({{"name", controller.name},
                                {"location", controller.location},
