@@ -149,6 +149,11 @@ QWidget* ContentView::makeEditorPanel() {
     controls->addWidget(hint, 1);
     panel->addLayout(controls);
 
+    parts_.scanNotices = textLabel("", WindowStyle::font(TextStyle::caption));
+    parts_.scanNotices->setWordWrap(true);
+    parts_.scanNotices->setVisible(false);
+    panel->addWidget(parts_.scanNotices);
+
     connect(parts_.resetPorts, &QPushButton::clicked, this, [this] { model_->scanUSBPorts(); });
     connect(parts_.updateIDs, &QPushButton::clicked, this, [this] { model_->updateIDsDatabases(); });
     connect(parts_.selectAll, &QPushButton::clicked, this, [this] { model_->selectAllPorts(); });
@@ -179,7 +184,8 @@ QWidget* ContentView::makeEditorPanel() {
     listStack_->addWidget(parts_.list);
     panel->addWidget(listStack_, 1);
 
-    secondaryTexts_.insert(secondaryTexts_.end(), {parts_.counter, hint, parts_.emptyHint});
+    secondaryTexts_.insert(secondaryTexts_.end(),
+                           {parts_.counter, hint, parts_.scanNotices, parts_.emptyHint});
     return editorPanel_;
 }
 
@@ -310,6 +316,15 @@ void ContentView::refresh() {
     parts_.generate->setEnabled(!model.isRunning());
     parts_.openZip->setEnabled(model.lastZipURL().has_value() && !model.isRunning());
     parts_.donate->setEnabled(!model.isRunning());
+
+    QStringList notices;
+    for (const auto& notice : model.scanNotices()) {
+        notices << QString::fromStdString(notice);
+    }
+    if (parts_.scanNotices->text() != notices.join('\n')) {
+        parts_.scanNotices->setText(notices.join('\n'));
+    }
+    parts_.scanNotices->setVisible(!notices.isEmpty());
 
     // Every change of the controller keys opens every section of the new
     // list; a rescan with the same keys leaves the user's choice alone.

@@ -22,7 +22,8 @@ USBPortEditRow::USBPortEditRow(std::shared_ptr<CollectorModel> model, USBControl
                                USBPortMap port, QWidget* parent)
     : QWidget(parent), model_(std::move(model)), controller_(std::move(controller)), port_(std::move(port)),
       checkbox_(new QCheckBox(this)), name_(new QLabel(this)), number_(new QLabel(this)),
-      connectorMenu_(new QComboBox(this)), device_(new ElidedLabel(this)) {
+      connectorMenu_(new QComboBox(this)), source_(new QLabel(this)), device_(new ElidedLabel(this)),
+      place_(new QLabel(this)) {
     auto* layout = new QHBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
     layout->setSpacing(10);
@@ -49,8 +50,16 @@ USBPortEditRow::USBPortEditRow(std::shared_ptr<CollectorModel> model, USBControl
     }
     layout->addWidget(connectorMenu_);
 
+    source_->setFont(WindowStyle::font(TextStyle::caption2));
+    WindowStyle::setTextColor(*source_, WindowStyle::white(0.55));
+    source_->setFixedWidth(52);
+    layout->addWidget(source_);
+
     device_->setFont(WindowStyle::font(TextStyle::caption2));
     layout->addWidget(device_);
+    place_->setFont(WindowStyle::font(TextStyle::caption2));
+    WindowStyle::setTextColor(*place_, WindowStyle::white(0.55));
+    layout->addWidget(place_);
     layout->addStretch(1);
 
     // clicked and activated come from the user only, so refreshing the row
@@ -87,8 +96,8 @@ void USBPortEditRow::styleCheckbox() {
 }
 
 void USBPortEditRow::setPort(const USBControllerMap& controller, const USBPortMap& port) {
-    const bool textsChanged =
-        port.name != port_.name || port.portData != port_.portData || port.activeDevice != port_.activeDevice;
+    const bool textsChanged = port.name != port_.name || port.portData != port_.portData ||
+                              port.activeDevice != port_.activeDevice || port.place != port_.place;
     controller_ = controller;
     port_ = port;
     if (textsChanged) {
@@ -103,6 +112,9 @@ void USBPortEditRow::showPortTexts() {
     const bool hasDevice = !port_.activeDevice.empty();
     device_->setText(hasDevice ? QString::fromStdString(port_.activeDevice) : QString("No active device"));
     WindowStyle::setTextColor(*device_, WindowStyle::white(hasDevice ? 1.0 : 0.55));
+    const std::string place = port_.place ? portPlaceText(*port_.place) : std::string();
+    place_->setText(QString::fromStdString(place));
+    place_->setVisible(!place.empty());
 }
 
 void USBPortEditRow::refresh() {
@@ -111,6 +123,11 @@ void USBPortEditRow::refresh() {
         checkbox_->setChecked(selected);
     }
     showConnector(model_->connectorFor(controller_, port_));
+    const ConnectorSource source = model_->connectorSourceFor(controller_, port_);
+    const auto description = QString::fromStdString(std::string(connectorSourceDescription(source)));
+    source_->setText(QString::fromStdString(std::string(connectorSourceName(source))));
+    source_->setToolTip(description);
+    connectorMenu_->setToolTip(description);
 }
 
 void USBPortEditRow::showConnector(std::int64_t code) {

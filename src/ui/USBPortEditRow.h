@@ -13,9 +13,10 @@ class QLabel;
 namespace korvane {
 
 // One line of the port editor: checkbox, name, port number, connector menu
-// and the attached device. The check mark and the connector are read from the
-// model at every refresh, never kept, so two rows of the same port key always
-// agree and a rescan carries the user's choices by key.
+// with a small mark of where the connector came from (its tooltip says more),
+// the attached device and, when the firmware tells it, where the socket is. The check mark and the connector
+// are read from the model at every refresh, never kept, so two rows of the same port key always agree and a
+// rescan carries the user's choices by key.
 class USBPortEditRow : public QWidget {
   public:
     USBPortEditRow(std::shared_ptr<CollectorModel> model, USBControllerMap controller, USBPortMap port,
@@ -29,7 +30,9 @@ class USBPortEditRow : public QWidget {
     const USBPortMap& port() const { return port_; }
     QCheckBox* checkbox() const { return checkbox_; }
     QComboBox* connectorMenu() const { return connectorMenu_; }
+    QLabel* sourceLabel() const { return source_; }
     QLabel* deviceLabel() const { return device_; }
+    QLabel* placeLabel() const { return place_; }
 
   protected:
     void changeEvent(QEvent* event) override;
@@ -46,7 +49,9 @@ class USBPortEditRow : public QWidget {
     QLabel* name_;
     QLabel* number_;
     QComboBox* connectorMenu_;
+    QLabel* source_;
     QLabel* device_;
+    QLabel* place_;
 };
 
 } // namespace korvane
