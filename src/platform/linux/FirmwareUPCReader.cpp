@@ -98,7 +98,8 @@ FirmwareUPCEvaluation run(const std::string& acpiexec, const std::vector<Table>&
         arguments.push_back(table.path.string());
     }
     try {
-        evaluation.output = ACPIExecUPCOutput::parse(runProcess(acpiexec, arguments, std::nullopt, timeout));
+        evaluation.output = ACPIExecUPCOutput::parse(
+            runProcess(acpiexec, arguments, std::nullopt, timeout, ChildInput::none));
     } catch (const std::system_error&) {
         evaluation.isToolMissing = true;
         return evaluation;
