@@ -17,49 +17,45 @@ namespace korvane {
 namespace {
 
 // The sysfs captures the build unpacks: QEMU machines, and real machines'
-// umockdev recordings as umockdev's own test bed lays them out. A machine
-// with a recorded acpiexec run gets a fake acpiexec that prints it.
-struct Machine {
-    const char* name;
-    const char* acpiexecOutput = nullptr;
-};
-const Machine machines[] = {{"qemu-basic"},
-                            {"qemu-empty"},
-                            {"qemu-dual"},
-                            {"qemu-acpi"},
-                            {"qemu-firmware-ports", "linux/qemu-firmware-ports/acpiexec-all-upc.txt"},
-                            {"amd-1022-43d5-nb1010"},
-                            {"amd-1022-1639-upektc"},
-                            {"amd-1022-15e0-fido2-hub"},
-                            {"intel-tb3-8086-15b5-hub-chain"},
-                            {"intel-8086-9ded-usbkbd"}};
+// umockdev recordings as umockdev's own test bed lays them out.
+const char* const machines[] = {"qemu-basic",
+                                "qemu-empty",
+                                "qemu-dual",
+                                "qemu-acpi",
+                                "qemu-firmware-ports",
+                                "amd-1022-43d5-nb1010",
+                                "amd-1022-1639-upektc",
+                                "amd-1022-15e0-fido2-hub",
+                                "intel-tb3-8086-15b5-hub-chain",
+                                "intel-8086-9ded-usbkbd"};
 
 std::filesystem::path fixtureRoot(const char* machine) {
     return std::filesystem::path(KORVANE_LINUX_FIXTURES_DIR) / machine / "sys";
 }
 
-class SysfsMachineTest : public ::testing::TestWithParam<Machine> {
+class SysfsMachineTest : public ::testing::TestWithParam<const char*> {
   protected:
     IDsHome ids{"", ""};
     TempFolder tools;
 };
 
 TEST_P(SysfsMachineTest, ScansToTheControllersPortsAndDevicesOfTheCapture) {
-    const auto sysfsRoot = fixtureRoot(GetParam().name);
+    const auto sysfsRoot = fixtureRoot(GetParam());
     ASSERT_TRUE(std::filesystem::is_directory(sysfsRoot / "devices")) << "the build unpacks " << sysfsRoot;
-    std::string acpiexec;
-    if (GetParam().acpiexecOutput) {
-        acpiexec = writeFakeTool(tools.path(), "acpiexec",
-                                 "cat '" + testDataPath(GetParam().acpiexecOutput).string() + "'");
-    }
-    const SysfsRegistrySource source(sysfsRoot, acpiexec);
+    // A machine with a recorded acpiexec run gets a fake acpiexec that prints it.
+    const auto run =
+        std::filesystem::path(KORVANE_TEST_DATA_DIR) / "linux" / GetParam() / "acpiexec-all-upc.txt";
+    const SysfsRegistrySource source(
+        sysfsRoot, std::filesystem::exists(run)
+                       ? writeFakeTool(tools.path(), "acpiexec", "cat '" + run.string() + "'")
+                       : "");
     EXPECT_TRUE(matchesGolden(scanText(NativeUSBTreeScanner(source, ids.names()).scan(), true),
-                              std::string("sysfs-scans/") + GetParam().name + ".txt"));
+                              std::string("sysfs-scans/") + GetParam() + ".txt"));
 }
 
 INSTANTIATE_TEST_SUITE_P(Fixtures, SysfsMachineTest, ::testing::ValuesIn(machines),
-                         [](const ::testing::TestParamInfo<Machine>& row) {
-                             std::string name = row.param.name;
+                         [](const ::testing::TestParamInfo<const char*>& row) {
+                             std::string name = row.param;
                              std::replace(name.begin(), name.end(), '-', '_');
                              return name;
                          });
