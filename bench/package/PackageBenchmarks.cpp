@@ -68,7 +68,7 @@ void BM_GenerateKextFourControllers26Ports(benchmark::State& state) {
     }
     ScratchFolder folder;
     for (auto _ : state) {
-        generateKorvaneKext(folder.path(), std::nullopt, controllers, tools);
+        generateKorvaneKext(folder.path(), std::nullopt, controllers, tools, "iMac19,1");
     }
 }
 BENCHMARK(BM_GenerateKextFourControllers26Ports)->Unit(benchmark::kMillisecond)->UseRealTime();
@@ -89,7 +89,7 @@ void BM_SanitizeWorkFolder(benchmark::State& state) {
         return;
     }
     ScratchFolder folder;
-    generateKorvaneKext(folder.path(), std::nullopt, fourControllersOf26Ports(), tools);
+    generateKorvaneKext(folder.path(), std::nullopt, fourControllersOf26Ports(), tools, "iMac19,1");
     for (auto _ : state) {
         sanitizeDirectory(folder.path(), tools.plutil);
     }

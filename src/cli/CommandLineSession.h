@@ -19,12 +19,13 @@ struct UsageError {
 
 // The model as the command line drives it: the calling thread is the main
 // thread, the registry is the one the user chose, the desktop services stay
-// quiet, and the log goes to `logOutput` as it grows. What a scan could not
-// learn (its notices) goes to standard error, each sentence once.
+// quiet (no sounds: nobody sits at a desktop), and the log goes to standard
+// error as it grows, leaving standard output to the results. What a scan could
+// not learn (its notices) goes to standard error too, each sentence once.
 class CommandLineSession {
   public:
     // Throws UsageError when the chosen registry file can't serve.
-    CommandLineSession(const RegistryChoice& choice, std::FILE* logOutput, bool listenForHotplug = false);
+    explicit CommandLineSession(const RegistryChoice& choice, bool listenForHotplug = false);
     ~CommandLineSession();
 
     CollectorModel& model() { return *model_; }
@@ -34,10 +35,12 @@ class CommandLineSession {
     // Runs the main loop until `isDone` holds and all background work is over.
     void runUntil(const std::function<bool()>& isDone) { scheduler_.runUntil(isDone); }
 
-    // The editor's reset scan, waited for.
+    // The editor's reset scan, waited for. A saved registry that gives no
+    // controller is explained on standard error.
     void scanForEditing();
 
   private:
+    RegistryChoice choice_;
     RunLoopScheduler scheduler_;
     std::unique_ptr<DesktopServices> desktop_;
     std::shared_ptr<const RegistrySource> registry_;

@@ -26,6 +26,11 @@ std::filesystem::path desktopURL();
 std::filesystem::path applicationSupportDirectory(const Environment& environment);
 std::filesystem::path applicationSupportDirectory();
 
+// The per-user configuration folder (the window's settings live below it).
+//   Linux: $XDG_CONFIG_HOME, else ~/.config.  macOS: ~/Library/Application Support.
+std::filesystem::path configurationDirectory(const Environment& environment);
+std::filesystem::path configurationDirectory();
+
 // The user's home: $HOME, else the password database's entry.
 std::filesystem::path homeDirectory(const Environment& environment);
 

@@ -36,8 +36,12 @@ class TemporaryProperty {
 } // namespace
 
 void assignNodeIdentity(NativeUSBNode& node, const std::string& entryName, const std::string& entryLocation) {
+    // A live source reads the location from the properties alone, and a PCI
+    // device's hold none: two Thunderbolt controllers, both "@0" behind
+    // different bridges, must not take that one location.
+    const bool isPrintedWithProperties = !node.properties.empty();
     TemporaryProperty name(node.properties, "IOName", entryName);
-    TemporaryProperty location(node.properties, "location", entryLocation);
+    TemporaryProperty location(node.properties, "location", isPrintedWithProperties ? "" : entryLocation);
     node.name = registryName(node.properties, node.className);
     node.location = registryLocation(node.properties);
 }

@@ -7,6 +7,11 @@
 
 namespace korvane {
 
+struct SysfsRegistrySource::XHCIFunction {
+    NativeUSBNode* node;
+    SysfsPCIDevice device;
+};
+
 SysfsRegistrySource::SysfsRegistrySource(std::filesystem::path sysfsRoot, std::string acpiexec,
                                          double acpiexecTimeout)
     : root_(std::move(sysfsRoot)),
@@ -21,6 +26,7 @@ std::unique_ptr<NativeUSBNode> SysfsRegistrySource::copyRoot() const {
     auto root = std::make_unique<NativeUSBNode>("Root", "", "IORegistryEntry", PropertyDictionary{}, nullptr);
     SysfsTreeBuilder builder;
     FirmwarePortTypes firmwareTypes(firmware_);
+    std::vector<XHCIFunction> xhci;
     // pci0000:00, pci0000:40, ...: one per host bridge (PCI segment and root bus).
     for (const auto& name : sysfs::subdirectories(devices)) {
         if (!name.starts_with("pci")) {
@@ -30,8 +36,18 @@ std::unique_ptr<NativeUSBNode> SysfsRegistrySource::copyRoot() const {
         properties["IOName"] = firmwareNodeName(devices / name).value_or(name);
         properties["sysfs-name"] = name;
         if (NativeUSBNode* host = builder.add(*root, "pci_host_bridge", std::move(properties))) {
-            addPCIChildren(*host, devices / name, builder, firmwareTypes, 1);
+            addPCIChildren(*host, devices / name, builder, firmwareTypes, 1, xhci);
         }
+    }
+    std::vector<PCIAddress> addresses;
+    addresses.reserve(xhci.size());
+    for (const auto& function : xhci) {
+        addresses.push_back(function.device.address());
+    }
+    const auto locationIDs = uniqueControllerLocationIDs(addresses);
+    for (std::size_t i = 0; i < xhci.size(); ++i) {
+        SysfsXHCIService(xhci[i].device, root_ / "kernel" / "debug", locationIDs[i], &firmwareTypes)
+            .addTo(*xhci[i].node, builder);
     }
     if (auto notices = firmwareTypes.notices(); !notices.empty()) {
         root->properties["scan-notices"] = PropertyArray(notices.begin(), notices.end());
@@ -41,7 +57,7 @@ std::unique_ptr<NativeUSBNode> SysfsRegistrySource::copyRoot() const {
 
 void SysfsRegistrySource::addPCIChildren(NativeUSBNode& parent, const std::filesystem::path& directory,
                                          SysfsTreeBuilder& builder, FirmwarePortTypes& firmwareTypes,
-                                         int depth) const {
+                                         int depth, std::vector<XHCIFunction>& xhci) const {
     if (depth > SysfsTreeBuilder::maxDepth) {
         return;
     }
@@ -56,10 +72,10 @@ void SysfsRegistrySource::addPCIChildren(NativeUSBNode& parent, const std::files
             return;
         }
         if (device.isXHCI()) {
-            SysfsXHCIService(device, root_ / "kernel" / "debug", &firmwareTypes).addTo(*node, builder);
+            xhci.push_back({node, device});
         }
         // Functions behind a bridge sit in the bridge's folder.
-        addPCIChildren(*node, device.directory(), builder, firmwareTypes, depth + 1);
+        addPCIChildren(*node, device.directory(), builder, firmwareTypes, depth + 1, xhci);
     }
 }
 

@@ -5,6 +5,7 @@
 
 #include <filesystem>
 #include <string>
+#include <vector>
 
 namespace korvane {
 
@@ -36,8 +37,13 @@ class SysfsRegistrySource final : public RegistrySource {
     std::unique_ptr<NativeUSBNode> copyRoot() const override;
 
   private:
+    struct XHCIFunction;
+
+    // Adds the PCI functions below `directory`; the xHCI ones are gathered
+    // in `xhci` for their services, which need every controller's address.
     void addPCIChildren(NativeUSBNode& parent, const std::filesystem::path& directory,
-                        SysfsTreeBuilder& builder, FirmwarePortTypes& firmwareTypes, int depth) const;
+                        SysfsTreeBuilder& builder, FirmwarePortTypes& firmwareTypes, int depth,
+                        std::vector<XHCIFunction>& xhci) const;
 
     std::filesystem::path root_;
     FirmwareUPCReader firmware_;

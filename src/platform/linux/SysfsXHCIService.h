@@ -35,10 +35,13 @@ class SysfsXHCIService {
         std::string peerName;
     };
 
-    // `firmwareTypes`, when given, types the ports that the firmware types.
-    SysfsXHCIService(const SysfsPCIDevice& pci, std::filesystem::path debugfsRoot,
+    // `locationID` is the service's, from uniqueControllerLocationIDs(); its
+    // ports' locations sit below it. `firmwareTypes`, when given, types the
+    // ports that the firmware types.
+    SysfsXHCIService(const SysfsPCIDevice& pci, std::filesystem::path debugfsRoot, std::uint32_t locationID,
                      FirmwarePortTypes* firmwareTypes = nullptr)
-        : pci_(pci), debugfsRoot_(std::move(debugfsRoot)), firmwareTypes_(firmwareTypes) {}
+        : pci_(pci), debugfsRoot_(std::move(debugfsRoot)), locationID_(locationID),
+          firmwareTypes_(firmwareTypes) {}
 
     void addTo(NativeUSBNode& pciNode, SysfsTreeBuilder& builder) const;
 
@@ -48,7 +51,15 @@ class SysfsXHCIService {
   private:
     const SysfsPCIDevice& pci_;
     std::filesystem::path debugfsRoot_; // <sysfs root>/kernel/debug
+    std::uint32_t locationID_;
     FirmwarePortTypes* firmwareTypes_;
 };
+
+// The locationIDs of the machine's xHCI host services, in the order of
+// `controllers`, made the way the Mac makes them: the PCI device number as
+// the top byte, and where an earlier controller holds that value, the next
+// free one. Controllers whose own value is free keep it whatever comes
+// before them, so adding a card moves no other controller's ports.
+std::vector<std::uint32_t> uniqueControllerLocationIDs(const std::vector<PCIAddress>& controllers);
 
 } // namespace korvane

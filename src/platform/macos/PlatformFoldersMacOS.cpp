@@ -14,6 +14,10 @@ std::filesystem::path applicationSupportDirectory(const Environment& environment
     return homeDirectory(environment) / "Library" / "Application Support";
 }
 
+std::filesystem::path configurationDirectory(const Environment& environment) {
+    return applicationSupportDirectory(environment);
+}
+
 std::filesystem::path executableDirectory() {
     std::uint32_t size = 0;
     _NSGetExecutablePath(nullptr, &size);
