@@ -109,6 +109,9 @@ class CollectorModel : public std::enable_shared_from_this<CollectorModel> {
     // Whether closing now would lose work: anything that differs from the
     // map file, or (with none) from what a Reset Ports would bring back.
     bool hasUnsavedChanges() const;
+    // What the last scan could not learn and how to get it (firmware
+    // connector types on Linux without root or acpica-tools), one sentence each.
+    const std::vector<std::string>& scanNotices() const { return scanNotices_; }
     // The user's target Mac model; empty when not chosen.
     const std::string& targetModelChoice() const { return targetModelChoice_; }
     // What this machine said once asked (lookUpMachineModel or a run); no
@@ -158,6 +161,9 @@ class CollectorModel : public std::enable_shared_from_this<CollectorModel> {
     bool isPortSelected(const USBControllerMap& controller, const USBPortMap& port) const;
     // The connector a row shows and a run uses: the user's pick, else the scan's.
     std::int64_t connectorFor(const USBControllerMap& controller, const USBPortMap& port) const;
+    // Where that connector came from: the scan's source, or the user when
+    // their pick differs from the scanned code.
+    ConnectorSource connectorSourceFor(const USBControllerMap& controller, const USBPortMap& port) const;
     void setConnector(const USBControllerMap& controller, const USBPortMap& port, std::int64_t code);
     std::int64_t totalPortCount() const;
     void dismissPortLimitWarning();
@@ -264,6 +270,7 @@ class CollectorModel : public std::enable_shared_from_this<CollectorModel> {
     // What the session held when last opened or saved (or reset, with no
     // file): hasUnsavedChanges() compares against it.
     SessionContent savedContent_;
+    std::vector<std::string> scanNotices_;
     std::string targetModelChoice_;
     std::optional<std::string> machineModel_;
     bool isMachineModelKnown_ = false;

@@ -21,6 +21,10 @@ namespace {
 
 constexpr int knownConnectorCount = static_cast<int>(connectorMenuCodes.size());
 
+QString fromView(std::string_view text) {
+    return QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size()));
+}
+
 } // namespace
 
 USBPortEditRow::USBPortEditRow(std::shared_ptr<CollectorModel> model, USBControllerMap controller,
@@ -28,8 +32,9 @@ USBPortEditRow::USBPortEditRow(std::shared_ptr<CollectorModel> model, USBControl
     : QWidget(parent), model_(std::move(model)), controller_(std::move(controller)), port_(std::move(port)),
       checkbox_(new QCheckBox(this)), name_(new QLabel(this)), number_(new QLabel(this)),
       connectorMenu_(new QComboBox(this)), companion_(new QToolButton(this)), companionMenu_(new QMenu(this)),
-      sameType_(companionMenu_->addAction("Same type for its companion")), offer_(new QPushButton(this)),
-      nickname_(new QLineEdit(this)), device_(new ElidedLabel(this)) {
+      sameType_(companionMenu_->addAction("Same type for its companion")), source_(new QLabel(this)),
+      offer_(new QPushButton(this)), nickname_(new QLineEdit(this)), device_(new ElidedLabel(this)),
+      place_(new ElidedLabel(this)) {
     auto* layout = new QHBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
     layout->setSpacing(10);
@@ -75,6 +80,12 @@ USBPortEditRow::USBPortEditRow(std::shared_ptr<CollectorModel> model, USBControl
     }
     layout->addWidget(connectorMenu_);
 
+    // The source qualifies the connector, so it stands right beside it.
+    source_->setFont(WindowStyle::font(TextStyle::caption2));
+    WindowStyle::setTextColor(*source_, WindowStyle::white(WindowStyle::noDeviceOpacity));
+    source_->setFixedWidth(widthFor(*source_, 52, "firmware"));
+    layout->addWidget(source_);
+
     nickname_->setAccessibleName("Nickname");
     nickname_->setPlaceholderText("Name this socket");
     nickname_->setFont(WindowStyle::font(TextStyle::caption2));
@@ -89,6 +100,9 @@ USBPortEditRow::USBPortEditRow(std::shared_ptr<CollectorModel> model, USBControl
 
     device_->setFont(WindowStyle::font(TextStyle::caption2));
     layout->addWidget(device_);
+    place_->setFont(WindowStyle::font(TextStyle::caption2));
+    WindowStyle::setTextColor(*place_, WindowStyle::white(WindowStyle::noDeviceOpacity));
+    layout->addWidget(place_);
     layout->addStretch(1);
 
     // clicked and activated come from the user only, so refreshing the row
@@ -155,7 +169,8 @@ void USBPortEditRow::styleFields() {
 }
 
 void USBPortEditRow::setPort(const USBControllerMap& controller, const USBPortMap& port) {
-    const bool textsChanged = port.name != port_.name || port.portData != port_.portData;
+    const bool textsChanged =
+        port.name != port_.name || port.portData != port_.portData || port.place != port_.place;
     controller_ = controller;
     port_ = port;
     if (textsChanged) {
@@ -167,6 +182,10 @@ void USBPortEditRow::setPort(const USBControllerMap& controller, const USBPortMa
 void USBPortEditRow::showPortTexts() {
     name_->setText(QString::fromStdString(port_.name));
     number_->setText("port " + QString::fromStdString(hexString(port_.portData)));
+    const QString place = port_.place ? QString::fromStdString(portPlaceText(*port_.place)) : QString();
+    place_->setText(place);
+    place_->setToolTip(place);
+    place_->setVisible(!place.isEmpty());
 }
 
 void USBPortEditRow::showDevice() {
@@ -195,7 +214,22 @@ void USBPortEditRow::refresh() {
         nickname_->setText(nickname);
     }
     showDevice();
+    showConnectorSource();
     showCompanion();
+}
+
+void USBPortEditRow::showConnectorSource() {
+    const ConnectorSource source = model_->connectorSourceFor(controller_, port_);
+    const QString name = fromView(connectorSourceName(source));
+    if (source_->text() == name) {
+        return;
+    }
+    const auto description = fromView(connectorSourceDescription(source));
+    source_->setText(name);
+    source_->setToolTip(description);
+    // The mark takes no focus; the menu it qualifies tells it to the keyboard.
+    connectorMenu_->setToolTip(description);
+    connectorMenu_->setAccessibleDescription(description);
 }
 
 void USBPortEditRow::showCompanion() {

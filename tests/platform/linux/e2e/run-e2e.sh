@@ -2,16 +2,19 @@
 # The live Linux sources in a real kernel: `korvane scan --json` on four
 # QEMU machines (and again from a `korvane snapshot` of the same tree), a
 # `korvane generate` on the fourth, and `korvane watch --json --save-map`
-# across a plug and an unplug.
+# across a plug and an unplug. The third machine has ACPI port nodes of our
+# own (firmware-ports.asl) and acpiexec: it is scanned a third time with
+# acpiexec out of reach, as a machine without acpica-tools.
 # Usage: run-e2e.sh KORVANE HARNESS_DIR CACHE_DIR
-# Exits 77 (skipped) when QEMU or the harness isn't installed.
+# Exits 77 (skipped) when QEMU, the harness or acpica-tools isn't installed.
 set -uo pipefail
 
 korvane=$1 harness=$2 cache=$3
 here=$(cd "$(dirname "$0")" && pwd)
+acpiexec=$(command -v acpiexec || true)
 if ! command -v qemu-system-x86_64 >/dev/null || [ ! -x "$harness/run-in-vm.sh" ] ||
-   ! ls /boot/vmlinuz-* >/dev/null 2>&1; then
-    echo "skipped: QEMU, a kernel image or the qemu-usb harness is missing"
+   ! ls /boot/vmlinuz-* >/dev/null 2>&1 || [ -z "$acpiexec" ] || ! command -v iasl >/dev/null; then
+    echo "skipped: QEMU, a kernel image, the qemu-usb harness or acpica-tools is missing"
     exit 77
 fi
 mkdir -p "$cache"
@@ -19,14 +22,23 @@ export QEMU_USB_CACHE=$cache
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 
+iasl -p "$work/firmware-ports" "$here/firmware-ports.asl" >/dev/null || { echo "iasl failed"; exit 1; }
+
 failed=0
-for preset in basic dual acpi; do
-    if ! "$harness/run-in-vm.sh" --devices "$preset" --file "$korvane:/payload/bin/korvane" -- \
-        sh -c 'korvane scan --json && korvane snapshot -o /tmp/tree.plist >/dev/null &&
-               korvane scan --json --registry /tmp/tree.plist' >"$work/$preset.json" 2>"$work/$preset.err"; then
+for preset in basic dual firmware; do
+    args=(--devices "$preset") extra=""
+    if [ "$preset" = firmware ]; then
+        args=(--devices basic --qemu-arg -acpitable --qemu-arg "file=$work/firmware-ports.aml"
+              --file "$acpiexec:/payload/bin/acpiexec")
+        # Without acpiexec on PATH or in /usr/bin.
+        extra='&& PATH=/bin /payload/bin/korvane scan --json'
+    fi
+    if ! "$harness/run-in-vm.sh" "${args[@]}" --file "$korvane:/payload/bin/korvane" -- \
+        sh -c "korvane scan --json && korvane snapshot -o /tmp/tree.plist >/dev/null &&
+               korvane scan --json --registry /tmp/tree.plist $extra" >"$work/$preset.json" 2>"$work/$preset.err"; then
         echo "$preset: the VM run failed"; cat "$work/$preset.err"; failed=1; continue
     fi
-    python3 "$here/check-scan.py" "$preset" "$work/$preset.json" || failed=1
+    python3 "$here/check-scan.py" "$preset" "$work/$preset.json" "$work/$preset.err" || failed=1
 done
 
 # Two identical controllers behind two PCIe root ports, a device on each, on
