@@ -126,6 +126,8 @@ TEST(PortLimit, OnlyIntelControllersNamedXHCOrXHCIAsAWholeWordAreEligible) {
         {0x8086, "AppleIntelXHCI", "XHCI1", "", false},
         {0x8086, "EHC1", "pci8086,1", "PCI0:XHC", true},
         {0x1b73, "XHCI", "", "", false},
+        {0x8086, "Intel\tXHCI", "", "", false},
+        {0x8086, "XHC\nXHCI", "", "", false},
     };
     for (const auto& [vendor, name, match, location, isEligible] : rows) {
         auto controller = makeController(name, vendor, 0x1);
