@@ -170,5 +170,16 @@ TEST_F(PortEditingTest, ARefreshThatFiresDuringAScanIsDroppedAndALateOneFindsNoM
     EXPECT_EQ(scanCount, 1);
 }
 
+TEST_F(PortEditingTest, AnEventStillQueuedWhenTheModelIsGoneDoesNothing) {
+    model->startUSBHotplugMonitoring();
+    // As the platform sources do: the event reaches the model through a task
+    // on the main queue, which can still be waiting when the window closes.
+    scheduler.postToMain(hotplug->onChange);
+    model.reset();
+    scheduler.runUntilIdle();
+    scheduler.advance(Scheduler::Seconds(1));
+    EXPECT_EQ(scanCount, 0);
+}
+
 } // namespace
 } // namespace korvane
