@@ -23,6 +23,14 @@ std::filesystem::path desktopURL();
 std::filesystem::path applicationSupportDirectory(const Environment& environment);
 std::filesystem::path applicationSupportDirectory();
 
+// Where runs of the program keep their work folder locks: per user, never on
+// the Desktop.
+//   Linux: $XDG_RUNTIME_DIR/korvane-generator, else
+//   $XDG_CACHE_HOME (or ~/.cache)/korvane-generator.
+//   macOS: ~/Library/Caches/org.korvanegenerator.KorvaneGenerator.
+std::filesystem::path lockDirectory(const Environment& environment);
+std::filesystem::path lockDirectory();
+
 // The user's home: $HOME, else the password database's entry.
 std::filesystem::path homeDirectory(const Environment& environment);
 
