@@ -42,7 +42,7 @@ bool couldBePortName(std::string_view rawName) {
     return two == "HS" || two == "SS" || three == "USR" || three == "PRT";
 }
 
-std::optional<std::int64_t> explicitConnector(const PropertyDictionary& properties) {
+std::optional<std::int64_t> explicitConnector(const NodeProperties& properties) {
     for (const char* key : {"UsbConnector", "usb-port-type", "portType"}) {
         if (auto value = intProperty(key, properties)) {
             return value;
@@ -51,8 +51,7 @@ std::optional<std::int64_t> explicitConnector(const PropertyDictionary& properti
     return std::nullopt;
 }
 
-ByteBuffer portDataFrom(const PropertyDictionary& properties, std::string_view name,
-                        std::string_view location) {
+ByteBuffer portDataFrom(const NodeProperties& properties, std::string_view name, std::string_view location) {
     for (const char* key : {"port", "usb-port-number"}) {
         if (auto data = dataProperty(key, properties)) {
             return *data;
@@ -72,11 +71,11 @@ ByteBuffer portDataFrom(const PropertyDictionary& properties, std::string_view n
 
 void appendTablePorts(const NativeUSBNode& service, std::vector<USBPortMap>& ports,
                       std::unordered_set<std::string>& seen, AttachedDeviceNameCache& attachedNames) {
-    const auto table = service.properties.find("ports");
-    if (table == service.properties.end()) {
+    const auto table = service.properties.value("ports");
+    if (!table) {
         return;
     }
-    const PropertyDictionary entries = normalizedDictionary(table->second);
+    const PropertyDictionary entries = normalizedDictionary(*table);
     std::vector<const std::string*> keys;
     keys.reserve(entries.size());
     for (const auto& entry : entries) {
@@ -91,7 +90,7 @@ void appendTablePorts(const NativeUSBNode& service, std::vector<USBPortMap>& por
         if (!matchesPortNamePattern(name) || !seen.insert(name).second) {
             continue;
         }
-        const PropertyDictionary properties = normalizedDictionary(entries.at(*key));
+        const NodeProperties properties(normalizedDictionary(entries.at(*key)));
         USBPortMap port;
         port.location = service.location;
         port.portData = portDataFrom(properties, name, port.location);
