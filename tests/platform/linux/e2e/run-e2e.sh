@@ -4,9 +4,18 @@
 # `korvane watch --json` across a plug and an unplug.
 # Usage: run-e2e.sh KORVANE HARNESS_DIR CACHE_DIR
 # Exits 77 (skipped) when QEMU or the harness isn't installed.
+#
+# Bounded so that a guest that never comes back (a /dev/kvm that exists but
+# hangs, as in a VM inside a VM) fails the test in minutes: each VM run gets
+# E2E_VM_TIMEOUT seconds (90; a run takes about 10, and 40 on two cores busy
+# with builds), the whole test E2E_TOTAL_TIMEOUT (300), and after a run hangs
+# no further one starts, since it would hang the same way. A hung run is
+# named, with its console's tail.
 set -uo pipefail
 
 korvane=$1 harness=$2 cache=$3
+vmTimeout=${E2E_VM_TIMEOUT:-90}
+deadline=$((SECONDS + ${E2E_TOTAL_TIMEOUT:-300}))
 here=$(cd "$(dirname "$0")" && pwd)
 if ! command -v qemu-system-x86_64 >/dev/null || [ ! -x "$harness/run-in-vm.sh" ] ||
    ! ls /boot/vmlinuz-* >/dev/null 2>&1; then
@@ -18,24 +27,63 @@ export QEMU_USB_CACHE=$cache
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 
-failed=0
-for preset in basic dual acpi; do
-    if ! "$harness/run-in-vm.sh" --devices "$preset" --file "$korvane:/payload/bin/korvane" -- \
-        sh -c 'korvane scan --json && korvane snapshot -o /tmp/tree.plist >/dev/null &&
-               korvane scan --json --registry /tmp/tree.plist' >"$work/$preset.json" 2>"$work/$preset.err"; then
-        echo "$preset: the VM run failed"; cat "$work/$preset.err"; failed=1; continue
+failed=0 hung=""
+# vm NAME RUN-IN-VM-ARGS...: one VM run, its stdout in $work/NAME.out and its
+# stderr in $work/NAME.err; returns the command's status, or 200 when the run
+# hung or no time was left for it.
+vm() {
+    local name=$1; shift
+    local left=$((deadline - SECONDS)) limit=$vmTimeout
+    if [ -n "$hung" ] || [ "$left" -le 15 ]; then
+        if [ -n "$hung" ]; then
+            echo "$name: not run: the VM run \"$hung\" hung, and this one would too"
+        else
+            echo "$name: not run: the test is out of time"
+        fi
+        return 200
     fi
-    python3 "$here/check-scan.py" "$preset" "$work/$preset.json" || failed=1
+    [ "$left" -lt $((limit + 15)) ] && limit=$((left - 15))
+    # The harness stops qemu at its --timeout (and 10 s later kills it); the
+    # outer timeout catches a harness that hangs itself.
+    local started=$SECONDS
+    timeout -k 5 $((limit + 15)) "$harness/run-in-vm.sh" --timeout "$limit" --console "$work/$name.console" \
+        "$@" >"$work/$name.out" 2>"$work/$name.err"
+    local status=$?
+    # The harness's 124 can't be told from a command's own by the status.
+    if grep -q "^run-in-vm.sh: no result from the VM" "$work/$name.err" ||
+       [ $((SECONDS - started)) -ge $((limit + 15)) ]; then
+        hung=$name
+        echo "$name: the VM run hung: no result within $limit s (status $status). Console tail:"
+        tail -n 25 "$work/$name.console" 2>/dev/null || echo "(no console saved)"
+        echo "Harness output tail:"
+        tail -n 15 "$work/$name.err"
+        return 200
+    fi
+    return "$status"
+}
+
+for preset in basic dual acpi; do
+    vm "$preset" --devices "$preset" --file "$korvane:/payload/bin/korvane" -- \
+        sh -c 'korvane scan --json && korvane snapshot -o /tmp/tree.plist >/dev/null &&
+               korvane scan --json --registry /tmp/tree.plist'
+    status=$?
+    if [ "$status" -ne 0 ]; then
+        [ "$status" -ne 200 ] && { echo "$preset: the VM run failed ($status)"; cat "$work/$preset.err"; }
+        failed=1; continue
+    fi
+    python3 "$here/check-scan.py" "$preset" "$work/$preset.out" || failed=1
 done
 
 # SIGTERM ends the watch cleanly, so everything it printed arrives.
-"$harness/run-in-vm.sh" --devices empty --hotplug "$here/plug-keyboard.steps" \
-    --file "$korvane:/payload/bin/korvane" -- timeout -s TERM 14 korvane watch --json \
-    >"$work/watch.json" 2>"$work/watch.err"
+vm watch --devices empty --hotplug "$here/plug-keyboard.steps" \
+    --file "$korvane:/payload/bin/korvane" -- timeout -s TERM 14 korvane watch --json
 status=$?
 # 124 and 143 are timeout's own ways of saying it ended the watch.
-if [ "$status" -ne 0 ] && [ "$status" -ne 143 ] && [ "$status" -ne 124 ]; then
+if [ "$status" -eq 200 ]; then
+    failed=1
+elif [ "$status" -ne 0 ] && [ "$status" -ne 143 ] && [ "$status" -ne 124 ]; then
     echo "watch: the VM run failed ($status)"; cat "$work/watch.err"; failed=1
+elif ! python3 "$here/check-scan.py" watch "$work/watch.out"; then
+    cat "$work/watch.err"; failed=1
 fi
-python3 "$here/check-scan.py" watch "$work/watch.json" || { cat "$work/watch.err"; failed=1; }
 exit $failed
