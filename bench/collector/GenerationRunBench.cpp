@@ -15,7 +15,7 @@ namespace {
 
 struct SilentDesktop final : DesktopServices {
     void playSound(const std::string&) override {}
-    void revealInFileManager(const std::filesystem::path&) override {}
+    bool revealInFileManager(const std::filesystem::path&) override { return true; }
     void openURL(const std::string&) override {}
 };
 

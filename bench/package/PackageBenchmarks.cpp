@@ -34,7 +34,7 @@ std::vector<USBControllerMap> fourControllersOf26Ports() {
             char name[8];
             std::snprintf(name, sizeof name, "%s%02u", p <= 14 ? "HS" : "SS", p <= 14 ? p : p - 14);
             controller.ports.push_back({name, controller.location, p <= 14 ? 0 : 3, portData(p), "",
-                                        p % 5 == 0 ? "USB Receiver" : ""});
+                                        p % 5 == 0 ? "USB Receiver" : "", ""});
         }
         controllers.push_back(std::move(controller));
     }
@@ -68,7 +68,7 @@ void BM_GenerateKextFourControllers26Ports(benchmark::State& state) {
     }
     ScratchFolder folder;
     for (auto _ : state) {
-        generateKorvaneKext(folder.path(), std::nullopt, controllers, tools);
+        generateKorvaneKext(folder.path(), std::nullopt, controllers, tools, "iMac19,1");
     }
 }
 BENCHMARK(BM_GenerateKextFourControllers26Ports)->Unit(benchmark::kMillisecond)->UseRealTime();
@@ -89,7 +89,7 @@ void BM_SanitizeWorkFolder(benchmark::State& state) {
         return;
     }
     ScratchFolder folder;
-    generateKorvaneKext(folder.path(), std::nullopt, fourControllersOf26Ports(), tools);
+    generateKorvaneKext(folder.path(), std::nullopt, fourControllersOf26Ports(), tools, "iMac19,1");
     for (auto _ : state) {
         sanitizeDirectory(folder.path(), tools.plutil);
     }

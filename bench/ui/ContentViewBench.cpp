@@ -41,12 +41,12 @@ constexpr const char* childFlag = "--first-paint-child";
 
 struct QuietDesktop final : DesktopServices {
     void playSound(const std::string&) override {}
-    void revealInFileManager(const std::filesystem::path&) override {}
+    bool revealInFileManager(const std::filesystem::path&) override { return true; }
     void openURL(const std::string&) override {}
 };
 
-// 4 controllers of 25 ports, every fifth port with a device; `generation`
-// moves the devices along so successive scans differ.
+// 4 controllers of 25 ports, 22 of them in companion pairs, every fifth port
+// with a device; `generation` moves the devices along so successive scans differ.
 USBScanResult portList(int generation = 0) {
     USBScanResult result;
     for (int c = 0; c < 4; ++c) {
@@ -66,6 +66,13 @@ USBScanResult portList(int generation = 0) {
                 port.activeDevice = "USB Device " + std::to_string(p);
             }
             controller.ports.push_back(std::move(port));
+        }
+        // HS01-HS11 pair with SS15-SS25, both ways, as a machine's USB 3 connectors do.
+        for (int p = 0; p < 11; ++p) {
+            USBPortMap& usb2 = controller.ports[static_cast<std::size_t>(p)];
+            USBPortMap& superSpeed = controller.ports[static_cast<std::size_t>(p + 14)];
+            usb2.companionKey = usbPortStableID(controller, superSpeed);
+            superSpeed.companionKey = usbPortStableID(controller, usb2);
         }
         result.controllers.push_back(std::move(controller));
     }

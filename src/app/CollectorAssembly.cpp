@@ -38,6 +38,9 @@ std::shared_ptr<CollectorModel> assembleCollectorModel(const RegistryChoice& cho
         // Asked afresh for each run: the user may move the Desktop meanwhile.
         .desktopURL = [] { return desktopURL(); },
     };
+    // Asked of this machine also when a saved registry is shown; the user's
+    // choice of target model stands above it either way.
+    environment.machineModel = [tools] { return liveMachineModel(tools); };
     if (listenForHotplug && choice.isLive()) {
         environment.hotplugSource = makeHotplugSource(scheduler);
     }

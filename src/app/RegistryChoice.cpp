@@ -8,7 +8,11 @@ namespace korvane {
 namespace {
 
 void requireFile(const std::filesystem::path& file) {
-    if (!std::filesystem::is_regular_file(file)) {
+    std::error_code error;
+    if (std::filesystem::is_directory(file, error)) {
+        throw RegistryChoiceError(file.string() + ": is a folder, not a saved registry file");
+    }
+    if (!std::filesystem::is_regular_file(file, error)) {
         throw RegistryChoiceError(file.string() + ": no such file");
     }
 }

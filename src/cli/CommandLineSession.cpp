@@ -1,6 +1,9 @@
 #include "cli/CommandLineSession.h"
 
 #include "app/CollectorAssembly.h"
+#include "savedregistry/SavedRegistryDiagnosis.h"
+
+#include <cstdio>
 
 namespace korvane {
 
@@ -11,7 +14,7 @@ namespace {
 class QuietDesktop final : public DesktopServices {
   public:
     void playSound(const std::string&) override {}
-    void revealInFileManager(const std::filesystem::path&) override {}
+    bool revealInFileManager(const std::filesystem::path&) override { return false; }
     void openURL(const std::string&) override {}
 };
 
@@ -25,20 +28,17 @@ std::shared_ptr<const RegistrySource> openChosenRegistry(const RegistryChoice& c
 
 } // namespace
 
-CommandLineSession::CommandLineSession(const RegistryChoice& choice, std::FILE* logOutput,
-                                       bool listenForHotplug)
-    : desktop_(std::make_unique<QuietDesktop>()), registry_(openChosenRegistry(choice)),
+CommandLineSession::CommandLineSession(const RegistryChoice& choice, bool listenForHotplug)
+    : choice_(choice), desktop_(std::make_unique<QuietDesktop>()), registry_(openChosenRegistry(choice)),
       model_(assembleCollectorModel(choice, registry_, scheduler_, *desktop_, listenForHotplug)) {
-    if (logOutput) {
-        logObserver_ = model_->observe([this, logOutput] {
-            const auto& log = model_->logText();
-            if (log.size() > printedLog_) {
-                std::fwrite(log.data() + printedLog_, 1, log.size() - printedLog_, logOutput);
-                std::fflush(logOutput);
-                printedLog_ = log.size();
-            }
-        });
-    }
+    logObserver_ = model_->observe([this] {
+        const auto& log = model_->logText();
+        if (log.size() > printedLog_) {
+            std::fwrite(log.data() + printedLog_, 1, log.size() - printedLog_, stderr);
+            std::fflush(stderr);
+            printedLog_ = log.size();
+        }
+    });
 }
 
 CommandLineSession::~CommandLineSession() {
@@ -48,6 +48,16 @@ CommandLineSession::~CommandLineSession() {
 void CommandLineSession::scanForEditing() {
     model_->scanUSBPorts();
     runUntil([this] { return !model_->isScanningUSB(); });
+    if (!model_->scannedControllers().empty() || !choice_.registryFile) {
+        return;
+    }
+    const auto bytes = readSavedRegistryFile(*choice_.registryFile);
+    const auto root = registry_->copyRoot();
+    if (bytes && root) {
+        std::fprintf(stderr, "korvane: no USB controller in %s: it looks like %s\n",
+                     choice_.registryFile->c_str(),
+                     whyNoControllerIn(*root, savedRegistryFormat(*bytes)).c_str());
+    }
 }
 
 } // namespace korvane

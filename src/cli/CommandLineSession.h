@@ -17,11 +17,12 @@ struct UsageError {
 
 // The model as the command line drives it: the calling thread is the main
 // thread, the registry is the one the user chose, the desktop services stay
-// quiet, and the log goes to `logOutput` as it grows.
+// quiet (no sounds: nobody sits at a desktop), and the log goes to standard
+// error as it grows, leaving standard output to the results.
 class CommandLineSession {
   public:
     // Throws UsageError when the chosen registry file can't serve.
-    CommandLineSession(const RegistryChoice& choice, std::FILE* logOutput, bool listenForHotplug = false);
+    explicit CommandLineSession(const RegistryChoice& choice, bool listenForHotplug = false);
     ~CommandLineSession();
 
     CollectorModel& model() { return *model_; }
@@ -31,10 +32,12 @@ class CommandLineSession {
     // Runs the main loop until `isDone` holds and all background work is over.
     void runUntil(const std::function<bool()>& isDone) { scheduler_.runUntil(isDone); }
 
-    // The editor's reset scan, waited for.
+    // The editor's reset scan, waited for. A saved registry that gives no
+    // controller is explained on standard error.
     void scanForEditing();
 
   private:
+    RegistryChoice choice_;
     RunLoopScheduler scheduler_;
     std::unique_ptr<DesktopServices> desktop_;
     std::shared_ptr<const RegistrySource> registry_;

@@ -3,7 +3,9 @@
 #include "app/CollectorAssembly.h"
 #include "cli/CommandLineSession.h"
 #include "cli/PortTable.h"
+#include "package/RegistryTreeRedaction.h"
 #include "records/CollectorError.h"
+#include "records/MacModel.h"
 #include "savedregistry/SnapshotCodec.h"
 
 #include <charconv>
@@ -32,13 +34,16 @@ std::map<std::string, std::pair<USBControllerMap, USBPortMap>> portsByKey(const 
     return ports;
 }
 
+// The registry keeps UsbConnector in one byte; the five named codes are the
+// menu's, and the registry defines others in the same range.
 std::int64_t parseCode(const std::string& text, const std::string& argument) {
     std::int64_t code = 0;
     const auto* end = text.data() + text.size();
     const auto [rest, error] = std::from_chars(text.data(), end, code);
-    if (text.empty() || error != std::errc() || rest != end) {
+    if (text.empty() || error != std::errc() || rest != end || code < 0 || code > 255) {
         throw UsageError{"--connector " + argument +
-                         ": the code must be a whole number (0, 3, 9, 10, 255, ...)"};
+                         ": the code must be a whole number from 0 to 255 (0 USB2, 3 USB3, 9 Type-C+Sw, "
+                         "10 Type-C, 255 Internal)"};
     }
     return code;
 }
@@ -46,7 +51,7 @@ std::int64_t parseCode(const std::string& text, const std::string& argument) {
 } // namespace
 
 int runScan(const ScanOptions& options) {
-    CommandLineSession session(options.source, options.json ? nullptr : stderr);
+    CommandLineSession session(options.source);
     session.scanForEditing();
     if (options.json) {
         printJSON(portJSON(session.model()));
@@ -56,9 +61,33 @@ int runScan(const ScanOptions& options) {
     return 0;
 }
 
+namespace {
+
+void warn(const std::string& text) {
+    std::fprintf(stderr, "korvane: %s\n", text.c_str());
+}
+
+// What a check of one half leaves open: the other half unchecked.
+void offerCompanion(const CollectorModel& model, const USBControllerMap& controller, const USBPortMap& port) {
+    const auto companion = model.companionOf(port);
+    if (companion && !model.isPortSelected(*companion->controller, *companion->port)) {
+        warn(port.name + " is checked and its companion " + model.companionName(controller, port) +
+             " is not; add --with-companion to keep both halves of the connector (companion key " +
+             port.companionKey + ").");
+    }
+}
+
+} // namespace
+
 int runGenerate(const GenerateOptions& options) {
-    CommandLineSession session(options.source, stdout);
+    CommandLineSession session(options.source);
     auto& model = session.model();
+    model.setTargetModelChoice(options.model);
+    if (!options.model.empty() && !hasMacModelShape(model.targetModelChoice())) {
+        warn("--model " + model.targetModelChoice() +
+             " doesn't look like a Mac model (letters, digits, a comma, digits, e.g. iMac19,1); macOS "
+             "applies the map only on a Mac whose model is exactly this text.");
+    }
     session.scanForEditing();
 
     if (options.select == "all") {
@@ -74,25 +103,52 @@ int runGenerate(const GenerateOptions& options) {
         }
         return it->second;
     };
+    auto noCompanion = [](const USBPortMap& port, const std::string& option) {
+        warn(option + " " + port.name +
+             ": the port has no companion; --with-companion changes nothing for it.");
+    };
     for (const auto& key : options.ports) {
         const auto& [controller, port] = find(key, "--port");
         model.setPortSelected(controller, port, true);
+        if (!options.withCompanion) {
+            continue;
+        }
+        if (const auto companion = model.companionOf(port)) {
+            model.setPortSelected(*companion->controller, *companion->port, true);
+        } else {
+            noCompanion(port, "--port");
+        }
     }
     for (const auto& assignment : options.connectors) {
         const auto equals = assignment.rfind('=');
         if (equals == std::string::npos) {
             throw UsageError{"--connector " + assignment + ": expected KEY=CODE"};
         }
+        const std::int64_t code = parseCode(assignment.substr(equals + 1), assignment);
         const auto& [controller, port] = find(assignment.substr(0, equals), "--connector");
-        model.setConnector(controller, port, parseCode(assignment.substr(equals + 1), assignment));
+        if (options.withCompanion) {
+            if (!model.companionOf(port)) {
+                noCompanion(port, "--connector");
+            }
+            model.setConnectorWithCompanion(controller, port, code);
+        } else {
+            model.setConnector(controller, port, code);
+        }
+    }
+    if (!options.withCompanion) {
+        for (const auto& key : options.ports) {
+            const auto& [controller, port] = ports.at(key);
+            offerCompanion(model, controller, port);
+        }
     }
     if (model.showPortLimitWarning()) {
         std::fputs(
             "Note: an Intel controller has 15 or more selected ports; macOS limits such a controller to 15 "
             "ports unless a port limit patch is in place.\n",
-            stdout);
+            stderr);
         model.dismissPortLimitWarning();
     }
+    std::fprintf(stderr, "The package will hold, per controller:\n%s", contributionLines(model).c_str());
 
     model.startCollection();
     session.runUntil([&model] { return !model.isRunning(); });
@@ -100,10 +156,25 @@ int runGenerate(const GenerateOptions& options) {
         return 1;
     }
     std::printf("%s\n", model.lastZipURL()->c_str());
+    std::fflush(stdout);
+    for (const auto& note : model.mergePersonalityNotes()) {
+        warn(note);
+    }
+    if (model.targetMacModel().source == TargetMacModel::Source::fallback) {
+        warn("the package names no Mac model (\"Mac\"), so macOS applies it on no Mac; name the Mac it is "
+             "for with --model MODEL, e.g. --model iMac19,1.");
+    }
     return 0;
 }
 
 int runWatch(const ScanOptions& options) {
+    if (!options.source.isLive()) {
+        // Nothing would ever come to wait for.
+        const int status = runScan(options);
+        std::fprintf(stderr, "korvane: %s is a saved registry, which never changes: shown once.\n",
+                     options.source.registryFile->c_str());
+        return status;
+    }
     // Ctrl-C ends the watch through the main loop, not in a signal handler.
     sigset_t stopSignals;
     sigemptyset(&stopSignals);
@@ -111,7 +182,7 @@ int runWatch(const ScanOptions& options) {
     sigaddset(&stopSignals, SIGTERM);
     pthread_sigmask(SIG_BLOCK, &stopSignals, nullptr);
 
-    CommandLineSession session(options.source, nullptr, true);
+    CommandLineSession session(options.source, true);
     auto& model = session.model();
     std::thread([&session, stopSignals] {
         int signal = 0;
@@ -137,14 +208,16 @@ int runWatch(const ScanOptions& options) {
             printJSON(portJSON(model));
         } else {
             std::fputs(portTable(model, changed).c_str(), stdout);
-            std::fputs("Plug or unplug a USB device to see its port (* marks a change); Ctrl-C ends.\n\n",
-                       stdout);
+            std::fputs("\n", stdout);
             std::fflush(stdout);
         }
     };
 
     session.scanForEditing();
     show();
+    if (!options.json) {
+        std::fputs("Plug or unplug a USB device to see its port (* marks a change); Ctrl-C ends.\n", stderr);
+    }
     bool wasScanning = false;
     model.observe([&] {
         if (wasScanning && !model.isScanningUSB()) {
@@ -157,31 +230,36 @@ int runWatch(const ScanOptions& options) {
     return 0;
 }
 
-int runSnapshot(const RegistryChoice& source, const std::filesystem::path& output) {
-    CommandLineSession session(source, nullptr);
+int runSnapshot(const SnapshotOptions& options) {
+    CommandLineSession session(options.source);
     const auto root = session.registry().copyRoot();
     if (!root) {
         std::fprintf(stderr, "korvane: no registry tree could be read%s\n",
-                     source.registryFile ? "" : " on this machine");
+                     options.source.registryFile ? "" : " on this machine");
         return 1;
     }
+    if (!options.raw) {
+        redactSensitiveProperties(*root);
+    }
     try {
-        writeSnapshot(*root, output);
+        writeSnapshot(*root, options.output);
     } catch (...) {
-        std::fprintf(stderr, "korvane: %s: %s\n", output.c_str(),
+        std::fprintf(stderr, "korvane: %s: %s\n", options.output.c_str(),
                      errorDescription(std::current_exception()).c_str());
         return 1;
     }
-    std::printf("%s\n", output.c_str());
+    std::printf("%s\n", options.output.c_str());
     return 0;
 }
 
 int runUpdateIDs() {
-    CommandLineSession session({}, stdout);
+    CommandLineSession session({});
     auto& model = session.model();
     model.updateIDsDatabases();
     session.runUntil([&model] { return !model.isUpdatingIDs(); });
-    return model.logText().find(" update failed: ") == std::string::npos ? 0 : 1;
+    const std::string result = model.lastIDsUpdateResult().value_or("");
+    std::printf("%s\n", result.c_str());
+    return hasFailedDownload(result) ? 1 : 0;
 }
 
 int runPaths() {

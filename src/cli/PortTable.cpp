@@ -1,5 +1,6 @@
 #include "cli/PortTable.h"
 
+#include "package/ControllerContribution.h"
 #include "records/ASCIIText.h"
 #include "records/Connector.h"
 #include "records/PCIIdentityText.h"
@@ -15,6 +16,39 @@ std::string connectorText(std::int64_t code) {
     return std::to_string(code);
 }
 
+namespace {
+
+std::string controllerName(const USBControllerMap& controller) {
+    return controller.name.empty() ? "USB Controller" : controller.name;
+}
+
+std::string identity(const USBControllerMap& controller) {
+    return asciiUppercased(vendorDeviceText(controller.vendorID, controller.deviceID));
+}
+
+const char* kindName(ControllerContribution::Kind kind) {
+    switch (kind) {
+    case ControllerContribution::Kind::checkedPorts:
+        return "checkedPorts";
+    case ControllerContribution::Kind::templatePorts:
+        return "templatePorts";
+    case ControllerContribution::Kind::supportPersonalityOnly:
+        break;
+    }
+    return "supportPersonalityOnly";
+}
+
+} // namespace
+
+std::string contributionLines(const CollectorModel& model) {
+    std::string text;
+    for (const auto& controller : model.scannedControllers()) {
+        text += fmt::format("  {} {}: {}\n", controllerName(controller), identity(controller),
+                            contributionText(controllerContribution(controller, model.selectedPortIDs())));
+    }
+    return text;
+}
+
 std::string portTable(const CollectorModel& model, const std::set<std::string>& changed) {
     const auto& controllers = model.scannedControllers();
     if (controllers.empty()) {
@@ -23,19 +57,21 @@ std::string portTable(const CollectorModel& model, const std::set<std::string>& 
     std::string text;
     for (const auto& controller : controllers) {
         text +=
-            fmt::format("{}  {}  {}\n", controller.name.empty() ? "USB Controller" : controller.name,
-                        asciiUppercased(vendorDeviceText(controller.vendorID, controller.deviceID)),
+            fmt::format("{}  {}  {}\n", controllerName(controller), identity(controller),
                         controller.usbDeviceName.empty() ? "(unknown controller)" : controller.usbDeviceName);
         text += fmt::format("  location {}, {}, {} port(s)\n",
                             controller.location.empty() ? "-" : controller.location,
                             controller.providerClass.empty() ? "no host service" : controller.providerClass,
                             controller.ports.size());
+        text += fmt::format("  Generate writes: {}\n",
+                            contributionText(controllerContribution(controller, model.selectedPortIDs())));
         for (const auto& port : controller.ports) {
             const auto key = usbPortStableID(controller, port);
-            text += fmt::format("  {} [{}] {:<6} port {:<10} {:<9} {}\n", changed.contains(key) ? '*' : ' ',
-                                model.isPortSelected(controller, port) ? 'x' : ' ', port.name,
-                                hexString(port.portData), connectorText(model.connectorFor(controller, port)),
-                                port.activeDevice.empty() ? "No active device" : port.activeDevice);
+            text += fmt::format(
+                "  {} [{}] {:<6} port {:<10} {:<15} {:<9} {}\n", changed.contains(key) ? '*' : ' ',
+                model.isPortSelected(controller, port) ? 'x' : ' ', port.name, hexString(port.portData),
+                model.companionText(controller, port), connectorText(model.connectorFor(controller, port)),
+                port.activeDevice.empty() ? "No active device" : port.activeDevice);
         }
     }
     text +=
@@ -55,8 +91,11 @@ nlohmann::json portJSON(const CollectorModel& model) {
                              {"comment", port.comment},
                              {"activeDevice", port.activeDevice},
                              {"portKey", usbPortStableID(controller, port)},
+                             {"companion", port.companionKey.empty() ? nlohmann::json(nullptr)
+                                                                     : nlohmann::json(port.companionKey)},
                              {"selected", model.isPortSelected(controller, port)}});
         }
+        const auto contribution = controllerContribution(controller, model.selectedPortIDs());
         controllers.push_back({{"name", controller.name},
                                {"location", controller.location},
                                {"vendorID", controller.vendorID},
@@ -65,6 +104,10 @@ nlohmann::json portJSON(const CollectorModel& model) {
                                {"providerClass", controller.providerClass},
                                {"usbDeviceName", controller.usbDeviceName},
                                {"stableID", controller.stableID()},
+                               {"willWrite",
+                                {{"kind", kindName(contribution.kind)},
+                                 {"ports", contribution.portCount},
+                                 {"text", contributionText(contribution)}}},
                                {"ports", std::move(ports)}});
     }
     return {{"controllers", std::move(controllers)}};

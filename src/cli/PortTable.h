@@ -13,6 +13,10 @@ namespace korvane {
 std::string portTable(const CollectorModel& model, const std::set<std::string>& changed = {});
 nlohmann::json portJSON(const CollectorModel& model);
 
+// What a run would write for each controller, one line each:
+// "  XHC1 8086:A36D: 3 ports checked".
+std::string contributionLines(const CollectorModel& model);
+
 // The label of a connector code in the editor's menu, or its number.
 std::string connectorText(std::int64_t code);
 

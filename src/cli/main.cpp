@@ -2,10 +2,51 @@
 #include "cli/Commands.h"
 
 #include <CLI/CLI.hpp>
+#include <array>
 #include <cstdio>
+#include <string_view>
+
+namespace {
+
+constexpr std::array<std::string_view, 6> commandNames = {"scan",     "generate",   "watch",
+                                                          "snapshot", "update-ids", "paths"};
+
+// What stands before the command is checked first, so the message names what
+// was wrong rather than the missing command.
+bool isWellFormedStart(int argc, char** argv) {
+    if (argc < 2) {
+        return true;
+    }
+    const std::string_view first = argv[1];
+    if (first == "-h" || first == "--help" || first == "--help-all" || first == "--version") {
+        return true;
+    }
+    if (first.starts_with('-')) {
+        std::fprintf(stderr,
+                     "korvane: unknown option '%s'; a command comes first (korvane --help lists them).\n",
+                     argv[1]);
+        return false;
+    }
+    for (std::string_view name : commandNames) {
+        if (first == name) {
+            return true;
+        }
+    }
+    std::fprintf(
+        stderr,
+        "korvane: unknown command '%s'; the commands are scan, generate, watch, snapshot, update-ids "
+        "and paths.\n",
+        argv[1]);
+    return false;
+}
+
+} // namespace
 
 int main(int argc, char** argv) {
     using namespace korvane;
+    if (!isWellFormedStart(argc, argv)) {
+        return 2;
+    }
 
     CLI::App app{
         "korvane: maps a machine's USB ports and writes Korvane.kext, its report and log as Korvane.zip "
@@ -24,11 +65,10 @@ int main(int argc, char** argv) {
                                   "Macs it finds controllers on "
                                   "PCI nodes but no ports), so --registry is what you want for a dump";
     auto addSources = [&](CLI::App* command, RegistryChoice& choice) {
-        auto* registry =
-            command->add_option("--registry", choice.registryFile, registryHelp)->check(CLI::ExistingFile);
-        command->add_option("--ioreg", choice.ioregFile, ioregHelp)
-            ->check(CLI::ExistingFile)
-            ->excludes(registry);
+        // The files are checked where they are opened, in the words both
+        // programs use.
+        auto* registry = command->add_option("--registry", choice.registryFile, registryHelp);
+        command->add_option("--ioreg", choice.ioregFile, ioregHelp)->excludes(registry);
     };
 
     ScanOptions scan;
@@ -47,25 +87,34 @@ int main(int argc, char** argv) {
         ->check(CLI::IsMember({"active", "all", "none"}));
     generateCommand->add_option("--port", generate.ports,
                                 "Also check the port with this key (portKey in scan --json)");
-    generateCommand->add_option(
-        "--connector", generate.connectors,
-        "Set a port's connector: KEY=CODE, CODE one of 0 (USB2), 3 (USB3), 9 (Type-C+Sw), "
-        "10 (Type-C), 255 (Internal)");
+    generateCommand->add_option("--connector", generate.connectors,
+                                "Set a port's connector: KEY=CODE, CODE from 0 to 255 as the registry's "
+                                "UsbConnector byte: 0 (USB2), 3 (USB3), 9 (Type-C+Sw), 10 (Type-C), "
+                                "255 (Internal) and the other values it defines");
+    generateCommand->add_flag("--with-companion", generate.withCompanion,
+                              "Give each --port's check and each --connector's type to the port's companion "
+                              "too: the other half (USB 2 or SuperSpeed) of the same connector");
+    generateCommand->add_option("--model", generate.model,
+                                "The Mac model the map is for, as its SMBIOS names it (iMac19,1, "
+                                "MacBookPro15,2): macOS applies the map only on that model. Default: this "
+                                "machine's model, else \"Mac\"");
 
     ScanOptions watch;
     auto* watchCommand = app.add_subcommand("watch", "Print the ports, then again after every plug or "
-                                                     "unplug, marking the ports that changed; Ctrl-C ends");
-    watchCommand->add_option("--registry", watch.source.registryFile, registryHelp)->check(CLI::ExistingFile);
+                                                     "unplug, marking the ports that changed; Ctrl-C ends. "
+                                                     "A saved registry never changes: it is shown once");
+    watchCommand->add_option("--registry", watch.source.registryFile, registryHelp);
     watchCommand->add_flag("--json", watch.json, "Print one JSON object per refresh, one per line");
 
-    RegistryChoice snapshotSource;
-    std::filesystem::path snapshotOutput = "korvane-registry.plist";
+    SnapshotOptions snapshot;
     auto* snapshotCommand = app.add_subcommand(
-        "snapshot", "Save the registry tree as a snapshot file that scan --registry reads");
-    snapshotCommand->add_option("--registry", snapshotSource.registryFile, registryHelp)
-        ->check(CLI::ExistingFile);
-    snapshotCommand->add_option("-o,--output", snapshotOutput,
+        "snapshot", "Save the registry tree as a snapshot file that scan --registry reads. People share "
+                    "these files, so serial numbers, UUIDs, MAC addresses, the console user and the "
+                    "computer's names are masked as in the package, unless --raw is given");
+    snapshotCommand->add_option("--registry", snapshot.source.registryFile, registryHelp);
+    snapshotCommand->add_option("-o,--output", snapshot.output,
                                 "Where to write it (default korvane-registry.plist)");
+    snapshotCommand->add_flag("--raw", snapshot.raw, "Leave the identifiers unmasked");
 
     auto* updateCommand = app.add_subcommand(
         "update-ids", "Download fresh pci.ids and usb.ids into the user's application support folder");
@@ -95,7 +144,7 @@ int main(int argc, char** argv) {
             return runWatch(watch);
         }
         if (*snapshotCommand) {
-            return runSnapshot(snapshotSource, snapshotOutput);
+            return runSnapshot(snapshot);
         }
         if (*updateCommand) {
             return runUpdateIDs();

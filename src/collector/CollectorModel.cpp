@@ -1,10 +1,13 @@
 #include "collector/CollectorModel.h"
 
 #include "package/KextPackageWriter.h"
+#include "package/MergePersonalityNames.h"
 #include "package/OutputSanitizer.h"
 #include "package/SensitiveTextRedaction.h"
 #include "records/CollectorError.h"
 #include "records/FileIO.h"
+#include "records/MacModel.h"
+#include "records/Text.h"
 #include "tools/ProcessRunner.h"
 
 #include <ctime>
@@ -104,6 +107,8 @@ void CollectorModel::startCollection() {
     }
     isRunning_ = true;
     lastZipURL_.reset();
+    lastRunError_.reset();
+    openZipProblem_.reset();
     changed();
     std::weak_ptr<CollectorModel> weak = weak_from_this();
     environment_.scheduler.runInBackground(Scheduler::Priority::userInitiated, [weak] {
@@ -165,7 +170,8 @@ void CollectorModel::runCollection() {
             append("Generating Korvane.kext with " + std::to_string(portCount) + " enabled port(s)...");
         });
 
-        generateKorvaneKext(workFolder, std::nullopt, selected, environment_.tools);
+        const std::string model = resolveTargetModel();
+        generateKorvaneKext(workFolder, std::nullopt, selected, environment_.tools, model);
         onMain([this] { append("Korvane.kext step completed."); });
 
         sanitizeDirectory(workFolder, environment_.tools.plutil);
@@ -206,6 +212,7 @@ void CollectorModel::runCollection() {
         lock.reset();
         onMain([&] {
             append(line);
+            lastRunError_ = line;
             isRunning_ = false;
             changed();
             environment_.desktop.playSound("Basso");
@@ -241,10 +248,100 @@ std::vector<USBControllerMap> CollectorModel::selectedControllers() const {
     return selected;
 }
 
-void CollectorModel::openDesktopZip() {
-    if (lastZipURL_) {
-        environment_.desktop.revealInFileManager(*lastZipURL_);
+void CollectorModel::setTargetModelChoice(const std::string& model) {
+    std::string choice = trimmed(model);
+    if (choice != targetModelChoice_) {
+        targetModelChoice_ = std::move(choice);
+        changed();
     }
+}
+
+TargetMacModel CollectorModel::targetMacModel() const {
+    if (!targetModelChoice_.empty()) {
+        return {targetModelChoice_, TargetMacModel::Source::userChoice};
+    }
+    if (machineModel_) {
+        return {*machineModel_, TargetMacModel::Source::thisMachine};
+    }
+    return {std::string(fallbackMacModel), TargetMacModel::Source::fallback};
+}
+
+void CollectorModel::storeMachineModel(std::optional<std::string> model) {
+    if (model) {
+        *model = trimmed(*model);
+        if (model->empty()) {
+            model.reset();
+        }
+    }
+    isLookingUpMachineModel_ = false;
+    if (!isMachineModelKnown_ || model != machineModel_) {
+        machineModel_ = std::move(model);
+        isMachineModelKnown_ = true;
+        changed();
+    }
+}
+
+void CollectorModel::lookUpMachineModel() {
+    if (isMachineModelKnown_ || isLookingUpMachineModel_) {
+        return;
+    }
+    if (!environment_.machineModel) {
+        storeMachineModel(std::nullopt);
+        return;
+    }
+    isLookingUpMachineModel_ = true;
+    std::weak_ptr<CollectorModel> weak = weak_from_this();
+    environment_.scheduler.runInBackground(
+        Scheduler::Priority::utility, [weak, lookUp = environment_.machineModel] {
+            auto model = lookUp();
+            if (auto strong = weak.lock()) {
+                strong->onMain([&] { strong->storeMachineModel(std::move(model)); });
+            }
+        });
+}
+
+// On the run's thread: asks the machine itself when nobody has yet, so a run
+// never waits on the main thread for a tool.
+std::string CollectorModel::resolveTargetModel() {
+    bool shouldAsk = false;
+    onMain([&] { shouldAsk = targetModelChoice_.empty() && !isMachineModelKnown_; });
+    if (shouldAsk) {
+        auto model = environment_.machineModel ? environment_.machineModel() : std::nullopt;
+        onMain([&] { storeMachineModel(std::move(model)); });
+    }
+    std::string value;
+    onMain([&] { value = targetMacModel().value; });
+    return value;
+}
+
+std::vector<std::string> CollectorModel::mergePersonalityNotes() const {
+    // The window asks after every click; only a shared name can give a note.
+    std::set<std::string> names;
+    for (const auto& controller : scannedControllers_) {
+        if (!names.insert(controller.name).second) {
+            return korvane::mergePersonalityNotes(selectedControllers(), targetMacModel().value);
+        }
+    }
+    return {};
+}
+
+void CollectorModel::openDesktopZip() {
+    if (!lastZipURL_) {
+        return;
+    }
+    // The file manager is asked whatever the check finds; the check only
+    // tells the user why it may show nothing.
+    std::error_code error;
+    const bool isThere = fs::exists(*lastZipURL_, error);
+    const bool isShown = environment_.desktop.revealInFileManager(*lastZipURL_);
+    if (!isThere) {
+        openZipProblem_ = "Open ZIP found nothing: " + lastZipURL_->string() + " was moved or deleted.";
+    } else if (!isShown) {
+        openZipProblem_ = "Open ZIP: no file manager could show " + lastZipURL_->string() + ".";
+    } else {
+        openZipProblem_.reset();
+    }
+    changed();
 }
 
 void CollectorModel::openPayPalDonate() {

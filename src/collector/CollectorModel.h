@@ -18,6 +18,8 @@
 #include <optional>
 #include <set>
 #include <string>
+#include <string_view>
+#include <unordered_map>
 
 namespace korvane {
 
@@ -37,9 +39,28 @@ struct CollectorEnvironment {
     std::unique_ptr<HotplugSource> hotplugSource{};
     // None leaves runs of other processes unseen; the fronts always give one.
     std::shared_ptr<WorkFolderLocks> workFolderLocks{};
+    // This machine's model when it names a Mac's (the platform's lookup), no
+    // value otherwise or when absent. Called on a background thread.
+    std::function<std::optional<std::string>()> machineModel{};
     double dittoTimeout = 60;
     IDsDownloadSources idsSources{};
     IDsDatabaseLocations idsLocations{};
+};
+
+// The Mac model a run writes into the merge personalities, and where it came
+// from: the user's choice, else what this machine says, else "Mac".
+struct TargetMacModel {
+    enum class Source { userChoice, thisMachine, fallback };
+    std::string value;
+    Source source = Source::fallback;
+
+    bool operator==(const TargetMacModel&) const = default;
+};
+
+// A port of the scan with its controller; both live in scannedControllers().
+struct ScannedPort {
+    const USBControllerMap* controller = nullptr;
+    const USBPortMap* port = nullptr;
 };
 
 // The one object behind the window: the log, the port editor's state, the
@@ -75,6 +96,23 @@ class CollectorModel : public std::enable_shared_from_this<CollectorModel> {
     bool isScanningUSB() const { return isScanningUSB_; }
     bool isUpdatingIDs() const { return isUpdatingIDs_; }
     bool showPortLimitWarning() const { return showPortLimitWarning_; }
+    // The user's target Mac model; empty when not chosen.
+    const std::string& targetModelChoice() const { return targetModelChoice_; }
+    // What this machine said once asked (lookUpMachineModel or a run); no
+    // value before, or when it names no Mac.
+    const std::optional<std::string>& machineModel() const { return machineModel_; }
+    bool isMachineModelKnown() const { return isMachineModelKnown_; }
+    // Ports whose connector pick goes to their companion too (both halves' keys).
+    const std::set<std::string>& sameTypeForCompanionPortIDs() const { return sameTypeForCompanionPortIDs_; }
+
+    // The outcomes of what the user pressed that the log alone would hide; the
+    // window shows them beside the badge and the log panel.
+    // The "ERROR: ..." line of the last run, from its failure until the next run starts.
+    const std::optional<std::string>& lastRunError() const { return lastRunError_; }
+    // The ids update's result line, from its end until the next update starts.
+    const std::optional<std::string>& lastIDsUpdateResult() const { return lastIDsUpdateResult_; }
+    // Why Open ZIP could show nothing, until the next run or Open ZIP.
+    const std::optional<std::string>& openZipProblem() const { return openZipProblem_; }
 
     // Calls `observer` after each change of the properties above; the token
     // ends the subscription.
@@ -86,6 +124,15 @@ class CollectorModel : public std::enable_shared_from_this<CollectorModel> {
     void startCollection();
     void openDesktopZip();
     void openPayPalDonate();
+
+    // The target Mac model. The choice is trimmed; empty means not chosen.
+    void setTargetModelChoice(const std::string& model);
+    TargetMacModel targetMacModel() const;
+    // Asks this machine for its model once, in the background.
+    void lookUpMachineModel();
+    // What the fronts say of the merge personalities a run would write now:
+    // renamed to keep two like-named controllers, or one replacing another.
+    std::vector<std::string> mergePersonalityNotes() const;
 
     // Port editing.
     void scanUSBPorts();
@@ -99,6 +146,21 @@ class CollectorModel : public std::enable_shared_from_this<CollectorModel> {
     void setConnector(const USBControllerMap& controller, const USBPortMap& port, std::int64_t code);
     std::int64_t totalPortCount() const;
     void dismissPortLimitWarning();
+
+    // Companion ports: the other half of a port's connector, by its companionKey.
+    std::optional<ScannedPort> companionOf(const USBPortMap& port) const;
+    // "SS01" for a companion on the same controller, "XHC1 HS05" for one on
+    // another; empty without a companion in the scan. companionText() puts
+    // "with " before it, as the port lists show it.
+    std::string companionName(const USBControllerMap& controller, const USBPortMap& port) const;
+    std::string companionText(const USBControllerMap& controller, const USBPortMap& port) const;
+    // Gives the code to the port and to its companion, as two picks would.
+    void setConnectorWithCompanion(const USBControllerMap& controller, const USBPortMap& port,
+                                   std::int64_t code);
+    // While on, a pick on either half goes to both; turning it on gives the
+    // companion this port's connector at once. Reset Ports turns it off.
+    void setSameTypeForCompanion(const USBControllerMap& controller, const USBPortMap& port, bool isOn);
+    bool isSameTypeForCompanion(const USBControllerMap& controller, const USBPortMap& port) const;
 
     // Hotplug.
     void startUSBHotplugMonitoring();
@@ -127,6 +189,11 @@ class CollectorModel : public std::enable_shared_from_this<CollectorModel> {
     std::map<std::string, std::int64_t> previousCounts() const;
     void warnIfAnyControllerReachedPortLimit(const std::map<std::string, std::int64_t>& previousCounts);
 
+    // Points into scannedControllers_: made again whenever that is replaced.
+    void indexCompanions();
+    std::string resolveTargetModel();
+    void storeMachineModel(std::optional<std::string> model);
+
     void scheduleUSBHotplugRefresh();
     void performIDsDatabaseUpdate();
 
@@ -144,6 +211,15 @@ class CollectorModel : public std::enable_shared_from_this<CollectorModel> {
     bool isScanningUSB_ = false;
     bool isUpdatingIDs_ = false;
     bool showPortLimitWarning_ = false;
+    std::string targetModelChoice_;
+    std::optional<std::string> machineModel_;
+    bool isMachineModelKnown_ = false;
+    bool isLookingUpMachineModel_ = false;
+    std::set<std::string> sameTypeForCompanionPortIDs_;
+    std::unordered_map<std::string, ScannedPort> companionsByKey_;
+    std::optional<std::string> lastRunError_;
+    std::optional<std::string> lastIDsUpdateResult_;
+    std::optional<std::string> openZipProblem_;
 
     USBDeviceHotplugMonitor usbMonitor_;
     std::shared_ptr<CancellableWork> hotplugRefreshWorkItem_;
@@ -156,5 +232,9 @@ class CollectorModel : public std::enable_shared_from_this<CollectorModel> {
 // Intel, and "XHC" or "XHCI" as a whole word of its name, match name or
 // location.
 bool shouldWarnAboutSystemPortLimit(const USBControllerMap& controller);
+
+// Whether an ids update's result line ("pci.ids updated | usb.ids update
+// failed: ...") tells of a failed download.
+bool hasFailedDownload(std::string_view idsUpdateResult);
 
 } // namespace korvane

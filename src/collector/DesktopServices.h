@@ -18,7 +18,9 @@ class DesktopServices {
 
     // "Glass" after a successful run, "Basso" after a failed one.
     virtual void playSound(const std::string& name) = 0;
-    virtual void revealInFileManager(const std::filesystem::path& file) = 0;
+    // False when the desktop has nothing that could show the file (no file
+    // manager, no handler for folders); true once it is handed over.
+    virtual bool revealInFileManager(const std::filesystem::path& file) = 0;
     virtual void openURL(const std::string& address) = 0;
 };
 

@@ -5,11 +5,22 @@
 
 namespace korvane {
 
+namespace {
+
+constexpr std::string_view failedNote = " update failed: ";
+
+} // namespace
+
+bool hasFailedDownload(std::string_view idsUpdateResult) {
+    return idsUpdateResult.find(failedNote) != std::string_view::npos;
+}
+
 void CollectorModel::updateIDsDatabases() {
     if (isRunning_ || isScanningUSB_ || isUpdatingIDs_) {
         return;
     }
     isUpdatingIDs_ = true;
+    lastIDsUpdateResult_.reset();
     changed();
     std::weak_ptr<CollectorModel> weak = weak_from_this();
     environment_.scheduler.runInBackground(Scheduler::Priority::utility, [weak] {
@@ -26,13 +37,17 @@ void CollectorModel::performIDsDatabaseUpdate() {
             updateDatabase(name, address, environment_.idsSources.fetch, environment_.idsLocations);
             return name + " updated";
         } catch (...) {
-            return name + " update failed: " + errorDescription(std::current_exception());
+            return name + std::string(failedNote) + errorDescription(std::current_exception());
         }
     };
     const std::string pciNote = attempt("pci.ids", environment_.idsSources.pciAddress);
     const std::string usbNote = attempt("usb.ids", environment_.idsSources.usbAddress);
     environment_.names.reload();
-    onMain([&] { append(pciNote + " | " + usbNote); });
+    onMain([&] {
+        const std::string result = pciNote + " | " + usbNote;
+        append(result);
+        lastIDsUpdateResult_ = result;
+    });
     runUSBScanForEditing(true, false, true);
     onMain([this] {
         isUpdatingIDs_ = false;

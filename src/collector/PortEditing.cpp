@@ -64,9 +64,11 @@ void CollectorModel::runUSBScanForEditing(bool preserveExistingSelection, bool r
             preserveExistingSelection ? selectedPortIDs_ : std::set<std::string>{};
         selection.insert(active.begin(), active.end());
         scannedControllers_ = std::move(controllers);
+        indexCompanions();
         selectedPortIDs_ = std::move(selection);
         if (resetConnectorOverrides) {
             connectorOverrides_.clear();
+            sameTypeForCompanionPortIDs_.clear();
         }
         warnIfAnyControllerReachedPortLimit(counts);
         isScanningUSB_ = false;
@@ -144,9 +146,89 @@ std::int64_t CollectorModel::connectorFor(const USBControllerMap& controller, co
 
 void CollectorModel::setConnector(const USBControllerMap& controller, const USBPortMap& port,
                                   std::int64_t code) {
+    if (isSameTypeForCompanion(controller, port)) {
+        setConnectorWithCompanion(controller, port, code);
+        return;
+    }
     // Stored even when it equals the scanned value: a pick is the user's word.
     connectorOverrides_[usbPortStableID(controller, port)] = code;
     changed();
+}
+
+std::optional<ScannedPort> CollectorModel::companionOf(const USBPortMap& port) const {
+    if (port.companionKey.empty()) {
+        return std::nullopt;
+    }
+    const auto found = companionsByKey_.find(port.companionKey);
+    return found == companionsByKey_.end() ? std::nullopt : std::optional(found->second);
+}
+
+void CollectorModel::indexCompanions() {
+    companionsByKey_.clear();
+    std::set<std::string> named;
+    for (const auto& controller : scannedControllers_) {
+        for (const auto& port : controller.ports) {
+            if (!port.companionKey.empty()) {
+                named.insert(port.companionKey);
+            }
+        }
+    }
+    for (const auto& controller : scannedControllers_) {
+        for (const auto& port : controller.ports) {
+            if (auto key = usbPortStableID(controller, port); named.contains(key)) {
+                companionsByKey_.emplace(std::move(key), ScannedPort{&controller, &port});
+            }
+        }
+    }
+}
+
+std::string CollectorModel::companionName(const USBControllerMap& controller, const USBPortMap& port) const {
+    const auto companion = companionOf(port);
+    if (!companion) {
+        return "";
+    }
+    if (companion->controller->stableID() == controller.stableID()) {
+        return companion->port->name;
+    }
+    const std::string& name = companion->controller->name;
+    return (name.empty() ? std::string("USB Controller") : name) + " " + companion->port->name;
+}
+
+std::string CollectorModel::companionText(const USBControllerMap& controller, const USBPortMap& port) const {
+    const std::string name = companionName(controller, port);
+    return name.empty() ? "" : "with " + name;
+}
+
+void CollectorModel::setConnectorWithCompanion(const USBControllerMap& controller, const USBPortMap& port,
+                                               std::int64_t code) {
+    connectorOverrides_[usbPortStableID(controller, port)] = code;
+    if (const auto companion = companionOf(port)) {
+        connectorOverrides_[usbPortStableID(*companion->controller, *companion->port)] = code;
+    }
+    changed();
+}
+
+void CollectorModel::setSameTypeForCompanion(const USBControllerMap& controller, const USBPortMap& port,
+                                             bool isOn) {
+    const auto companion = companionOf(port);
+    if (!companion) {
+        return;
+    }
+    const auto key = usbPortStableID(controller, port);
+    const auto companionKey = usbPortStableID(*companion->controller, *companion->port);
+    if (isOn) {
+        sameTypeForCompanionPortIDs_.insert({key, companionKey});
+        setConnectorWithCompanion(controller, port, connectorFor(controller, port));
+        return;
+    }
+    sameTypeForCompanionPortIDs_.erase(key);
+    sameTypeForCompanionPortIDs_.erase(companionKey);
+    changed();
+}
+
+bool CollectorModel::isSameTypeForCompanion(const USBControllerMap& controller,
+                                            const USBPortMap& port) const {
+    return sameTypeForCompanionPortIDs_.contains(usbPortStableID(controller, port));
 }
 
 std::int64_t CollectorModel::totalPortCount() const {

@@ -1,5 +1,6 @@
 #include "package/KextInfoPlist.h"
 
+#include "package/MergePersonalityNames.h"
 #include "package/PackageConstants.h"
 #include "package/PersonalityNames.h"
 #include "package/PortsToWrite.h"
@@ -127,17 +128,11 @@ void addSupportPersonalities(plist_t personalities, const std::vector<USBControl
 
 void addMergePersonalities(plist_t personalities, const std::vector<USBControllerMap>& controllers,
                            std::string_view machineModel) {
-    for (const auto& controller : controllers) {
-        if (!hasPCIIdentity(controller)) {
-            continue;
-        }
-        const PortsToWrite toWrite = portsToWrite(controller);
-        if (toWrite.ports.empty()) {
-            continue;
-        }
-        // A later controller of the same name replaces the earlier entry.
-        plist_dict_set_item(personalities, mergePersonalityName(controller, machineModel).c_str(),
-                            mergePersonality(controller, toWrite, machineModel));
+    for (const auto& slot : mergePersonalitySlots(controllers, machineModel)) {
+        const USBControllerMap& controller = controllers[slot.controller];
+        // A later controller of equal name and PCI ID replaces the earlier entry.
+        plist_dict_set_item(personalities, slot.name.c_str(),
+                            mergePersonality(controller, portsToWrite(controller), machineModel));
     }
 }
 

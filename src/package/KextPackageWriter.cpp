@@ -4,7 +4,6 @@
 #include "package/KextInfoPlist.h"
 #include "package/PackageConstants.h"
 #include "records/FileIO.h"
-#include "records/Text.h"
 #include "tools/ProcessRunner.h"
 #include "tools/PropertyList.h"
 
@@ -15,10 +14,9 @@ namespace korvane {
 
 namespace {
 
-constexpr double sysctlTimeout = 5;
 constexpr double plutilTimeout = 60;
 
-std::string infoPlistXML(const std::vector<USBControllerMap>& controllers, const std::string& model) {
+std::string infoPlistXML(const std::vector<USBControllerMap>& controllers, std::string_view model) {
     const PlistPtr root = makeKextInfoPlist(controllers, model);
     std::string xml = propertyListXML(root.get());
     if (xml.empty()) {
@@ -30,18 +28,10 @@ std::string infoPlistXML(const std::vector<USBControllerMap>& controllers, const
 
 } // namespace
 
-std::string machineModel(const std::string& sysctlPath) {
-    const std::string model = trimmed(runProcessCapturing(sysctlPath, {"-n", "hw.model"}, sysctlTimeout));
-    if (model.empty() || model.starts_with("Failure/")) {
-        return "Mac";
-    }
-    return model;
-}
-
 void generateKorvaneKext(const std::filesystem::path& folder,
                          const std::optional<std::filesystem::path>& ioregFile,
                          const std::optional<std::vector<USBControllerMap>>& selectedControllers,
-                         const ToolPaths& tools, const USBScanFunction& scan) {
+                         const ToolPaths& tools, std::string_view machineModel, const USBScanFunction& scan) {
     std::vector<USBControllerMap> controllers;
     if (selectedControllers) {
         controllers = *selectedControllers;
@@ -64,9 +54,8 @@ void generateKorvaneKext(const std::filesystem::path& folder,
     }
     std::filesystem::create_directories(contents);
 
-    const std::string model = machineModel(tools.sysctl);
     const auto infoPlist = contents / "Info.plist";
-    writeFileAtomically(infoPlist, infoPlistXML(controllers, model));
+    writeFileAtomically(infoPlist, infoPlistXML(controllers, machineModel));
 
     runProcess(tools.plutil, {"-lint", infoPlist.string()}, std::nullopt, plutilTimeout);
 

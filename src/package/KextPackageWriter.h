@@ -7,6 +7,7 @@
 #include <functional>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace korvane {
@@ -21,8 +22,9 @@ using USBScanFunction = std::function<USBScanResult(const std::optional<std::fil
 // writes only the report's no-controller text and no bundle. An absent list
 // is replaced by `scan(ioregFile)`, or by an empty list without `scan`.
 //
-// Tools come from `tools`: `sysctl -n hw.model` names the machine ("Mac" when
-// it fails or says nothing) and `plutil -lint` checks the written file.
+// `machineModel` is the Mac model the merge personalities name (the caller
+// has chosen it: the user's, this machine's, or "Mac"); `plutil -lint` from
+// `tools` checks the written file.
 //
 // Throws, leaving what was written in place:
 //   - std::system_error / std::filesystem::filesystem_error with the
@@ -31,14 +33,11 @@ using USBScanFunction = std::function<USBScanResult(const std::optional<std::fil
 //   - CollectorError::operationFailed when plutil rejects the file or runs out
 //     of time, or std::system_error when plutil can't be started. The report
 //     is written only after the check passes.
-// Blocks its thread for the tool runs.
+// Blocks its thread for the tool run.
 void generateKorvaneKext(const std::filesystem::path& folder,
                          const std::optional<std::filesystem::path>& ioregFile,
                          const std::optional<std::vector<USBControllerMap>>& selectedControllers,
-                         const ToolPaths& tools, const USBScanFunction& scan = {});
-
-// The machine model from `sysctl -n hw.model` at that path, trimmed; "Mac"
-// when the tool fails or prints nothing.
-std::string machineModel(const std::string& sysctlPath);
+                         const ToolPaths& tools, std::string_view machineModel,
+                         const USBScanFunction& scan = {});
 
 } // namespace korvane

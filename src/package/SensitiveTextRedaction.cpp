@@ -1,7 +1,9 @@
 #include "package/SensitiveTextRedaction.h"
 
+#include "records/ASCIIText.h"
 #include "records/RegularExpression.h"
 
+#include <algorithm>
 #include <array>
 #include <cstdint>
 #include <memory>
@@ -64,9 +66,43 @@ const std::vector<CompiledRule>& compiledRules() {
     return rules;
 }
 
+// False only where no rule of the table can match, so that the many short
+// texts of a registry tree skip the regular expressions. Each rule needs one
+// of these: "<key>" (1, 2); a serial, UUID or UDID word (3, 7 to 10); MLB or
+// ROM at a line's start (3, 7); the hyphens of a UUID or the separators of a
+// MAC address (4 to 6). Beyond ASCII, case folding can match other letters
+// ("ſ" for "s"), so such a text always takes the full way.
+bool mayHoldSensitiveText(std::string_view text) {
+    if (!isASCII(text) || std::count(text.begin(), text.end(), '-') >= 4 ||
+        std::count(text.begin(), text.end(), ':') >= 5) {
+        return true;
+    }
+    for (std::string_view word : {"serial", "uuid", "udid", "<key>"}) {
+        if (containsIgnoringASCIICase(text, word)) {
+            return true;
+        }
+    }
+    for (std::size_t start = 0; start < text.size();) {
+        std::size_t at = start;
+        while (at < text.size() && (text[at] == ' ' || text[at] == '\t')) {
+            ++at;
+        }
+        const std::string head = asciiLowercased(text.substr(at, 3));
+        if (head == "mlb" || head == "rom") {
+            return true;
+        }
+        const std::size_t end = text.find_first_of("\n\r", at);
+        start = end == std::string_view::npos ? text.size() : end + 1;
+    }
+    return false;
+}
+
 } // namespace
 
 std::string redactSensitiveText(std::string_view text) {
+    if (!mayHoldSensitiveText(text)) {
+        return std::string(text);
+    }
     if (text.size() > static_cast<std::size_t>(INT32_MAX / 2)) {
         // Beyond what one UTF-16 string can hold; nothing we write is this big.
         return std::string(text);

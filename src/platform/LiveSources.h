@@ -3,8 +3,11 @@
 #include "collector/HotplugSource.h"
 #include "collector/Scheduler.h"
 #include "scanner/RegistrySource.h"
+#include "tools/ToolPaths.h"
 
 #include <memory>
+#include <optional>
+#include <string>
 
 namespace korvane {
 
@@ -18,5 +21,11 @@ std::unique_ptr<RegistrySource> makeLiveRegistrySource();
 // Null where the platform can't tell about USB devices coming and going.
 // Events reach the main thread through `scheduler`.
 std::unique_ptr<HotplugSource> makeHotplugSource(Scheduler& scheduler);
+
+// This machine's model when it names a Mac's: `sysctl -n hw.model` on macOS;
+// on Linux the firmware's product name, below the same sysfs root the live
+// registry is read from, when it has a Mac model's shape. No value otherwise.
+// May block for a tool; call it off the main thread.
+std::optional<std::string> liveMachineModel(const ToolPaths& tools);
 
 } // namespace korvane

@@ -27,6 +27,10 @@ std::filesystem::path lockDirectory() {
     return lockDirectory(Environment::process());
 }
 
+std::filesystem::path configurationDirectory() {
+    return configurationDirectory(Environment::process());
+}
+
 std::filesystem::path resourceDirectory() {
     return resourceDirectory(executableDirectory());
 }

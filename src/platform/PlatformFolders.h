@@ -31,6 +31,11 @@ std::filesystem::path applicationSupportDirectory();
 std::filesystem::path lockDirectory(const Environment& environment);
 std::filesystem::path lockDirectory();
 
+// The per-user configuration folder (the window's settings live below it).
+//   Linux: $XDG_CONFIG_HOME, else ~/.config.  macOS: ~/Library/Application Support.
+std::filesystem::path configurationDirectory(const Environment& environment);
+std::filesystem::path configurationDirectory();
+
 // The user's home: $HOME, else the password database's entry.
 std::filesystem::path homeDirectory(const Environment& environment);
 

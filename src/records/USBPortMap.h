@@ -15,6 +15,10 @@ struct USBPortMap {
     ByteBuffer portData;
     std::string comment;
     std::string activeDevice; // non-empty makes the port count as active
+    // The port key (usbPortStableID) of the other half of its connector: the
+    // SuperSpeed port of a USB 2 port or the other way round, possibly on
+    // another controller. Empty when the registry names none.
+    std::string companionKey;
 
     // Identity of a row within one controller's list: name|location|hex(portData).
     std::string stableID() const;

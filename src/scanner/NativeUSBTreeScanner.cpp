@@ -3,6 +3,7 @@
 #include "records/ASCIIText.h"
 #include "records/PCIIdentityText.h"
 #include "scanner/ControllerDiscovery.h"
+#include "scanner/PortCompanions.h"
 #include "scanner/PortDiscovery.h"
 #include "scanner/PropertyReaders.h"
 
@@ -44,6 +45,7 @@ USBScanResult NativeUSBTreeScanner::scanTree(const NativeUSBNode& root) const {
     }
 
     std::vector<USBControllerMap> controllers;
+    std::vector<std::map<std::string, CompanionReference>> companions;
     // Keyed with the location, so two like controllers in one machine stay two,
     // while several services stacked under one PCI device give one.
     std::unordered_set<std::string> controllerKeys;
@@ -57,7 +59,7 @@ USBScanResult NativeUSBTreeScanner::scanTree(const NativeUSBNode& root) const {
             continue;
         }
         USBControllerMap controller;
-        controller.ports = scanPorts(*service, names_);
+        controller.ports = scanPorts(*service, names_, &companions.emplace_back());
         controller.name = baseName(service->name);
         controller.location = std::move(location);
         controller.vendorID = identity->vendorID;
@@ -67,6 +69,8 @@ USBScanResult NativeUSBTreeScanner::scanTree(const NativeUSBNode& root) const {
         controller.usbDeviceName = names_.pciOrUSBName(identity->vendorID, identity->deviceID);
         controllers.push_back(std::move(controller));
     }
+
+    assignCompanionKeys(controllers, companions);
 
     // PCI devices without a service still get a support personality, but only
     // one per vendor and device: which of several like ones is unknowable here.

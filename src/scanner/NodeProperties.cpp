@@ -36,6 +36,18 @@ bool NodeProperties::contains(std::string_view key) const {
     return text_ ? value(key).has_value() : dictionary_.contains(key);
 }
 
+bool NodeProperties::empty() const {
+    if (!text_) {
+        return dictionary_.empty();
+    }
+    for (std::size_t index = first_; index < first_ + count_; ++index) {
+        if (text_->value(index)) {
+            return false;
+        }
+    }
+    return true;
+}
+
 PropertyDictionary NodeProperties::dictionary() const {
     if (!text_) {
         return dictionary_;

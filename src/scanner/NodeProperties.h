@@ -71,6 +71,8 @@ class NodeProperties {
     // a key given twice, the last readable value counts.
     std::optional<PropertyValue> value(std::string_view key) const;
     bool contains(std::string_view key) const;
+    // True when no value can be read.
+    bool empty() const;
     // Every readable value.
     PropertyDictionary dictionary() const;
     // The values as a dictionary to change, any saved text read first.

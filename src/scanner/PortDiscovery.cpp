@@ -69,8 +69,18 @@ ByteBuffer portDataFrom(const NodeProperties& properties, std::string_view name,
     return portData(static_cast<std::uint32_t>(number));
 }
 
+void noteCompanion(std::map<std::string, CompanionReference>* companions, const std::string& name,
+                   const NodeProperties& properties) {
+    if (companions && !companions->contains(name)) {
+        if (auto reference = companionReference(properties)) {
+            companions->emplace(name, std::move(*reference));
+        }
+    }
+}
+
 void appendTablePorts(const NativeUSBNode& service, std::vector<USBPortMap>& ports,
-                      std::unordered_set<std::string>& seen, AttachedDeviceNameCache& attachedNames) {
+                      std::unordered_set<std::string>& seen, AttachedDeviceNameCache& attachedNames,
+                      std::map<std::string, CompanionReference>* companions) {
     const auto table = service.properties.value("ports");
     if (!table) {
         return;
@@ -91,6 +101,7 @@ void appendTablePorts(const NativeUSBNode& service, std::vector<USBPortMap>& por
             continue;
         }
         const NodeProperties properties(normalizedDictionary(entries.at(*key)));
+        noteCompanion(companions, name, properties);
         USBPortMap port;
         port.location = service.location;
         port.portData = portDataFrom(properties, name, port.location);
@@ -160,11 +171,12 @@ std::int64_t inferredConnectorFromNode(std::string_view name, const NativeUSBNod
     return connector::usb3;
 }
 
-std::vector<USBPortMap> scanPorts(const NativeUSBNode& service, IDsNameResolver& names) {
+std::vector<USBPortMap> scanPorts(const NativeUSBNode& service, IDsNameResolver& names,
+                                  std::map<std::string, CompanionReference>* companions) {
     std::vector<USBPortMap> ports;
     std::unordered_set<std::string> seen;
     AttachedDeviceNameCache attachedNames(names);
-    appendTablePorts(service, ports, seen, attachedNames);
+    appendTablePorts(service, ports, seen, attachedNames, companions);
 
     std::unordered_map<std::string, std::size_t> recordIndex;
     for (std::size_t i = 0; i < ports.size(); ++i) {
@@ -176,6 +188,7 @@ std::vector<USBPortMap> scanPorts(const NativeUSBNode& service, IDsNameResolver&
             continue;
         }
         std::string name = portNameFrom(node->name);
+        noteCompanion(companions, name, node->properties);
         std::string active = attachedNames.firstAttachedDeviceName(*node);
         if (seen.contains(name)) {
             if (active.empty()) {

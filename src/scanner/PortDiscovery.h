@@ -3,9 +3,11 @@
 #include "ids/IDsNameResolver.h"
 #include "records/USBPortMap.h"
 #include "scanner/NativeUSBNode.h"
+#include "scanner/PortCompanions.h"
 #include "scanner/PropertyValue.h"
 
 #include <cstdint>
+#include <map>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -24,7 +26,10 @@ bool matchesPortNamePattern(std::string_view upperCasedBaseName);
 
 bool isUSBPortNode(const NativeUSBNode& node);
 
-std::vector<USBPortMap> scanPorts(const NativeUSBNode& service, IDsNameResolver& names);
+// `companions`, when given, receives what each port (by name) says of its
+// other half: the table entry's word first, else the first port node's.
+std::vector<USBPortMap> scanPorts(const NativeUSBNode& service, IDsNameResolver& names,
+                                  std::map<std::string, CompanionReference>* companions = nullptr);
 
 // From the last comma piece of the location (hex) when above 0, else from the
 // name (inferredPortNumberFromName).

@@ -116,7 +116,7 @@ void AppMenus::install(QMainWindow& window) {
 
     QMenu* help = bar->addMenu("&Help");
     QAction* helpEntry = help->addAction(helpTitle, [] { showHelp(); });
-    helpEntry->setShortcut(QKeySequence("Ctrl+Shift+?"));
+    helpEntry->setShortcuts({QKeySequence("Ctrl+Shift+?"), QKeySequence(Qt::Key_F1)});
     helpEntry->setMenuRole(QAction::NoRole);
     help->addSeparator();
     QAction* about = help->addAction(aboutTitle, [] { showAbout(); });

@@ -24,7 +24,7 @@ class AppMenus {
 
     // Puts the two entries into the window's menu bar: About in the Help menu
     // (Qt moves it into the application menu on macOS) and Help with
-    // Ctrl+Shift+? (Command-Shift-? on macOS); a menu bar of the window's own
+    // Ctrl+Shift+? (Command-Shift-? on macOS) and F1; a menu bar of the window's own
     // gets a File menu with Quit too.
     static void install(QMainWindow& window);
 

@@ -1,13 +1,20 @@
 #include "ui/ContentView.h"
 
 #include "package/PackageConstants.h"
+#include "package/SensitiveTextRedaction.h"
 #include "ui/AnimatedHeaderIcon.h"
 #include "ui/ControllerList.h"
+#include "ui/OutcomePanel.h"
+#include "ui/ReadingOrder.h"
 #include "ui/RoundedPanel.h"
 #include "ui/StatusBadge.h"
 #include "ui/SymbolIcons.h"
+#include "ui/TargetModelField.h"
+#include "ui/VisibleControlStyle.h"
 #include "ui/WindowStyle.h"
 
+#include <QApplication>
+#include <QClipboard>
 #include <QEvent>
 #include <QHBoxLayout>
 #include <QLabel>
@@ -55,6 +62,14 @@ void setText(QPushButton& button, const QString& text) {
     }
 }
 
+// A label that stands only while it has something to say.
+void setShownText(QLabel& label, const QString& text) {
+    if (label.text() != text) {
+        label.setText(text);
+    }
+    label.setVisible(!text.isEmpty());
+}
+
 } // namespace
 
 ContentView::ContentView(std::shared_ptr<CollectorModel> model, QIcon appIcon, QWidget* parent)
@@ -75,7 +90,16 @@ ContentView::ContentView(std::shared_ptr<CollectorModel> model, QIcon appIcon, Q
     auto* mainArea = new QVBoxLayout;
     mainArea->setSpacing(16);
     mainArea->addWidget(makeEditorPanel(), 1);
-    mainArea->addWidget(makeActionRow());
+    // The outcome lines and the log stand close under the row they answer.
+    auto* actions = new QVBoxLayout;
+    actions->setSpacing(8);
+    actions->addWidget(makeActionRow());
+    parts_.outcome = new OutcomePanel;
+    parts_.outcome->onCopy = [this] {
+        QApplication::clipboard()->setText(QString::fromStdString(redactSensitiveText(model_->logText())));
+    };
+    actions->addWidget(parts_.outcome);
+    mainArea->addLayout(actions);
 
     stack->addWidget(makeHeader(std::move(appIcon)));
     stack->addWidget(divider());
@@ -86,6 +110,7 @@ ContentView::ContentView(std::shared_ptr<CollectorModel> model, QIcon appIcon, Q
     applyColours();
     observer_ = model_->observe([this] { refresh(); });
     refresh();
+    applyReadingOrder();
 }
 
 ContentView::~ContentView() {
@@ -131,10 +156,10 @@ QWidget* ContentView::makeEditorPanel() {
     panel->addLayout(titleRow);
 
     auto* controls = rowLayout(8);
-    parts_.resetPorts = new QPushButton("Reset Ports");
-    parts_.updateIDs = new QPushButton("Update IDs");
-    parts_.selectAll = new QPushButton("Select All");
-    parts_.deselectAll = new QPushButton("Deselect All");
+    parts_.resetPorts = new QPushButton("&Reset Ports");
+    parts_.updateIDs = new QPushButton("&Update IDs");
+    parts_.selectAll = new QPushButton("&Select All");
+    parts_.deselectAll = new QPushButton("&Deselect All");
     for (QPushButton* button : {parts_.resetPorts, parts_.updateIDs, parts_.selectAll, parts_.deselectAll}) {
         button->setAutoDefault(false);
         controls->addWidget(button);
@@ -184,19 +209,29 @@ QWidget* ContentView::makeEditorPanel() {
 }
 
 QWidget* ContentView::makeActionRow() {
+    auto* area = new QVBoxLayout;
+    area->setContentsMargins(0, 0, 0, 0);
+    area->setSpacing(6);
     auto* row = rowLayout(12);
-    parts_.generate = new QPushButton("Generate Korvane.kext");
+    area->addLayout(row);
+    parts_.generate = new QPushButton("&Generate Korvane.kext");
     parts_.generate->setFont(WindowStyle::font(TextStyle::generate, QFont::DemiBold));
     parts_.generate->setMinimumWidth(245);
     parts_.generate->setMinimumHeight(34);
-    parts_.generate->setDefault(true);
+    // Not a default button: a window has no Enter action, and the style's
+    // default look would lighten the fill under its white text.
+    parts_.generate->setAutoDefault(false);
+    parts_.generate->setProperty(VisibleControlStyle::prominentProperty, true);
     parts_.generate->setIconSize(QSize(18, 18));
     row->addWidget(parts_.generate);
 
-    parts_.openZip = new QPushButton("Open ZIP");
+    parts_.openZip = new QPushButton("&Open ZIP");
     parts_.openZip->setMinimumHeight(34);
     parts_.openZip->setAutoDefault(false);
     row->addWidget(parts_.openZip);
+    row->addSpacing(4);
+    parts_.targetModel = new TargetModelField(model_);
+    row->addWidget(parts_.targetModel);
     row->addStretch(1);
 
     auto* output = textLabel("Output: ~/Desktop/Korvane.zip",
@@ -204,11 +239,19 @@ QWidget* ContentView::makeActionRow() {
     secondaryTexts_.push_back(output);
     row->addWidget(output);
 
+    for (QLabel** label : {&parts_.targetModelWarning, &parts_.personalityNotes}) {
+        *label = textLabel("", WindowStyle::font(TextStyle::caption));
+        (*label)->setWordWrap(true);
+        (*label)->hide();
+        area->addWidget(*label);
+    }
+    secondaryTexts_.push_back(parts_.personalityNotes);
+
     connect(parts_.generate, &QPushButton::clicked, this, [this] { model_->startCollection(); });
     connect(parts_.openZip, &QPushButton::clicked, this, [this] { model_->openDesktopZip(); });
 
     auto* widget = new QWidget;
-    widget->setLayout(row);
+    widget->setLayout(area);
     return widget;
 }
 
@@ -218,7 +261,7 @@ QWidget* ContentView::makeFooter() {
                            WindowStyle::font(TextStyle::caption2));
     row->addWidget(makerLine_);
 
-    parts_.donate = new QPushButton("PayPal Donate");
+    parts_.donate = new QPushButton("PayPal Do&nate");
     parts_.donate->setFont(WindowStyle::font(TextStyle::caption, QFont::DemiBold));
     parts_.donate->setAutoDefault(false);
     parts_.donate->setIconSize(QSize(12, 12));
@@ -240,7 +283,9 @@ void ContentView::applyColours() {
         const bool onPanel = editorPanel_->isAncestorOf(label);
         WindowStyle::setTextColor(*label, onPanel ? style.secondaryOnPanel() : style.secondary());
     }
-    WindowStyle::setTextColor(*makerLine_, style.secondary(0.85));
+    WindowStyle::setTextColor(*makerLine_, style.secondary());
+    WindowStyle::setTextColor(*parts_.targetModelWarning, style.warning());
+    WindowStyle::setTextColor(*parts_.targetModel->sourceLabel(), style.secondary());
     editorPanel_->setPalette(style.editorPalette());
     editorPanel_->setFill(style.panelBackground());
     emptyHintPanel_->setFill(style.listBackground());
@@ -248,7 +293,7 @@ void ContentView::applyColours() {
 
     // The primary action carries the accent colour, as a prominent button does.
     QPalette prominent = parts_.generate->palette();
-    prominent.setColor(QPalette::Button, style.accent());
+    prominent.setColor(QPalette::Button, style.prominentFill());
     prominent.setColor(QPalette::ButtonText, palette().color(QPalette::HighlightedText));
     parts_.generate->setPalette(prominent);
 
@@ -262,6 +307,7 @@ void ContentView::applyColours() {
     setIcon(parts_.generate, "externaldrive.connected.to.line.below.fill");
     setIcon(parts_.openZip, "folder.fill");
     setIcon(parts_.donate, "heart.fill");
+    parts_.outcome->applyColours();
 }
 
 void ContentView::changeEvent(QEvent* event) {
@@ -280,8 +326,10 @@ void ContentView::showEvent(QShowEvent* event) {
     }
     hasAppeared_ = true;
     model_->prepareInitialChecks();
+    model_->lookUpMachineModel();
     model_->startUSBHotplugMonitoring();
     model_->scanUSBPorts();
+    isFirstScanPending_ = model_->isScanningUSB();
 }
 
 void ContentView::toggleSection(const std::string& controllerKey) {
@@ -301,8 +349,8 @@ void ContentView::refresh() {
 
     const bool isBusy = model.isRunning() || model.isScanningUSB() || model.isUpdatingIDs();
     const bool hasControllers = !model.scannedControllers().empty();
-    setText(*parts_.resetPorts, model.isScanningUSB() ? "Resetting..." : "Reset Ports");
-    setText(*parts_.updateIDs, model.isUpdatingIDs() ? "Updating IDs..." : "Update IDs");
+    setText(*parts_.resetPorts, model.isScanningUSB() ? "&Resetting..." : "&Reset Ports");
+    setText(*parts_.updateIDs, model.isUpdatingIDs() ? "&Updating IDs..." : "&Update IDs");
     parts_.resetPorts->setEnabled(!isBusy);
     parts_.updateIDs->setEnabled(!isBusy);
     parts_.selectAll->setEnabled(hasControllers && !model.isRunning());
@@ -310,6 +358,18 @@ void ContentView::refresh() {
     parts_.generate->setEnabled(!model.isRunning());
     parts_.openZip->setEnabled(model.lastZipURL().has_value() && !model.isRunning());
     parts_.donate->setEnabled(!model.isRunning());
+
+    parts_.targetModel->refresh();
+    QString warning = targetModelWarning(model.targetMacModel());
+    if (!settingsProblem_.isEmpty()) {
+        warning += (warning.isEmpty() ? "" : "\n") + settingsProblem_;
+    }
+    setShownText(*parts_.targetModelWarning, warning);
+    QStringList notes;
+    for (const auto& note : model.mergePersonalityNotes()) {
+        notes << QString::fromStdString(note);
+    }
+    setShownText(*parts_.personalityNotes, notes.join("\n"));
 
     // Every change of the controller keys opens every section of the new
     // list; a rescan with the same keys leaves the user's choice alone.
@@ -327,6 +387,11 @@ void ContentView::refresh() {
     showControllers();
     parts_.list->refreshRows();
     listStack_->setCurrentIndex(hasControllers ? 1 : 0);
+    parts_.outcome->showModel(model);
+    if (isFirstScanPending_ && !model.isScanningUSB()) {
+        isFirstScanPending_ = false;
+        focusFirstControl();
+    }
 
     if (model.showPortLimitWarning() && !portLimitAlert_ && !isAlertQueued_) {
         // Not from inside the model's notification: the click that crossed
@@ -337,8 +402,35 @@ void ContentView::refresh() {
     }
 }
 
+void ContentView::setSettingsProblem(const QString& text) {
+    settingsProblem_ = text;
+    refresh();
+}
+
 void ContentView::showControllers() {
     parts_.list->showControllers(model_->scannedControllers(), expandedControllerKeys_);
+    applyReadingOrder();
+}
+
+void ContentView::applyReadingOrder() {
+    std::vector<QWidget*> order = controlsInReadingOrder(*this);
+    if (order != tabOrder_) {
+        tabOrder_ = std::move(order);
+        chainTabOrder(tabOrder_);
+    }
+}
+
+void ContentView::focusFirstControl() {
+    QWidget* focused = QApplication::focusWidget();
+    if (focused && focused != parts_.generate && isAncestorOf(focused)) {
+        return; // the user has chosen already
+    }
+    for (QWidget* control : tabOrder_) {
+        if (control->isEnabled() && control->isVisibleTo(this)) {
+            control->setFocus(Qt::OtherFocusReason);
+            return;
+        }
+    }
 }
 
 void ContentView::openPortLimitAlert() {

@@ -19,8 +19,10 @@ namespace korvane {
 
 class AnimatedHeaderIcon;
 class ControllerList;
+class OutcomePanel;
 class RoundedPanel;
 class StatusBadge;
+class TargetModelField;
 
 // The window's content: header with the run status, the port editor, the
 // action row and the footer. Every control calls the model and every text
@@ -48,11 +50,18 @@ class ContentView : public QWidget {
         ControllerList* list;
         QPushButton* generate;
         QPushButton* openZip;
+        TargetModelField* targetModel;
+        QLabel* targetModelWarning; // hidden while there is nothing to warn of
+        QLabel* personalityNotes;   // hidden while there is nothing to note
+        OutcomePanel* outcome;
         QPushButton* donate;
     };
     const Parts& parts() const { return parts_; }
     // The port limit alert while it stands over the window.
     QMessageBox* portLimitAlert() const { return portLimitAlert_; }
+    // A problem with remembering the window's settings, shown with the target
+    // model's warning; empty clears it.
+    void setSettingsProblem(const QString& text);
 
   protected:
     void showEvent(QShowEvent* event) override;
@@ -67,12 +76,19 @@ class ContentView : public QWidget {
     void refresh();
     void showControllers();
     void openPortLimitAlert();
+    // Tab follows the reading order; made again when controls come or go.
+    void applyReadingOrder();
+    // Where the keyboard starts once the first scan is in: the first control,
+    // not the Generate button the focus fell to while the others were busy.
+    void focusFirstControl();
 
     std::shared_ptr<CollectorModel> model_;
     std::set<std::string> expandedControllerKeys_;
     std::vector<std::string> lastControllerKeys_;
     std::size_t observer_ = 0;
     bool hasAppeared_ = false;
+    bool isFirstScanPending_ = false;
+    std::vector<QWidget*> tabOrder_;
 
     Parts parts_{};
     std::vector<QWidget*> dividers_;
@@ -82,6 +98,7 @@ class ContentView : public QWidget {
     RoundedPanel* emptyHintPanel_ = nullptr;
     QStackedWidget* listStack_ = nullptr;
     QPointer<QMessageBox> portLimitAlert_;
+    QString settingsProblem_;
     bool isAlertQueued_ = false;
     bool isApplyingColours_ = false;
 };

@@ -10,6 +10,8 @@ ControllerList::ControllerList(std::shared_ptr<CollectorModel> model, QWidget* p
     : QScrollArea(parent), model_(std::move(model)), content_(new QWidget),
       stack_(new QVBoxLayout(content_)) {
     setFrameShape(QFrame::NoFrame);
+    // The rows take the focus; the list scrolls to show the one that has it.
+    setFocusPolicy(Qt::NoFocus);
     setWidgetResizable(true);
     setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     setVerticalScrollBarPolicy(Qt::ScrollBarAsNeeded);

@@ -1,5 +1,6 @@
 #include "ui/ControllerSection.h"
 
+#include "package/ControllerContribution.h"
 #include "ui/ElidedLabel.h"
 #include "ui/SymbolIcons.h"
 #include "ui/USBPortEditRow.h"
@@ -41,10 +42,11 @@ ControllerSectionHeader::ControllerSectionHeader(QWidget* parent)
                         WindowStyle::white())),
       identity_(headerLabel(this,
                             WindowStyle::font(TextStyle::caption, QFont::Normal, FontDesign::monospaced),
-                            WindowStyle::white(0.82))),
-      databaseName_(
-          headerLabel<ElidedLabel>(this, WindowStyle::font(TextStyle::caption), WindowStyle::white(0.72))),
-      portCount_(headerLabel(this, WindowStyle::font(TextStyle::caption), WindowStyle::white(0.72))) {
+                            WindowStyle::white(WindowStyle::identityOpacity))),
+      databaseName_(headerLabel<ElidedLabel>(this, WindowStyle::font(TextStyle::caption),
+                                             WindowStyle::white(WindowStyle::databaseNameOpacity))),
+      portCount_(headerLabel(this, WindowStyle::font(TextStyle::caption),
+                             WindowStyle::white(WindowStyle::databaseNameOpacity))) {
     setCursor(Qt::PointingHandCursor);
     setFocusPolicy(Qt::TabFocus);
     chevron_->setFixedWidth(12);
@@ -112,11 +114,17 @@ void ControllerSectionHeader::paintEvent(QPaintEvent*) {
 
 ControllerSection::ControllerSection(std::shared_ptr<CollectorModel> model, QWidget* parent)
     : RoundedPanel(10, parent), model_(std::move(model)), header_(new ControllerSectionHeader(this)),
-      rowArea_(new QWidget(this)), rowLayout_(new QVBoxLayout(rowArea_)) {
+      contribution_(new QLabel(this)), rowArea_(new QWidget(this)), rowLayout_(new QVBoxLayout(rowArea_)) {
     auto* layout = new QVBoxLayout(this);
     layout->setContentsMargins(10, 10, 10, 10);
     layout->setSpacing(8);
     layout->addWidget(header_);
+    contribution_->setFont(WindowStyle::font(TextStyle::caption));
+    contribution_->setTextFormat(Qt::PlainText);
+    WindowStyle::setTextColor(*contribution_, WindowStyle::white(WindowStyle::databaseNameOpacity));
+    // Under the name, as the header's chevron is wide.
+    contribution_->setContentsMargins(22, 0, 0, 0);
+    layout->addWidget(contribution_);
     layout->addWidget(rowArea_);
     rowLayout_->setContentsMargins(0, 0, 0, 0);
     rowLayout_->setSpacing(6);
@@ -162,6 +170,13 @@ void ControllerSection::syncRows() {
 }
 
 void ControllerSection::refreshRows() {
+    // Also while closed: a closed section is the one a user may have left
+    // unticked on purpose.
+    const QString contribution = QString::fromStdString(
+        contributionText(controllerContribution(controller_, model_->selectedPortIDs())));
+    if (contribution_->text() != contribution) {
+        contribution_->setText(contribution);
+    }
     if (!isOpen_) {
         return;
     }

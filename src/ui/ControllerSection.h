@@ -43,19 +43,21 @@ class ControllerSectionHeader : public QAbstractButton {
     int shownChevron_ = -1;
 };
 
-// One controller in the port editor: its header and, while open, one row per
-// port. Rows are made the first time the section opens, not before, and are
-// reused when a rescan hands the section new records.
+// One controller in the port editor: its header, the line that says what a
+// run would write for it now, and, while open, one row per port. Rows are
+// made the first time the section opens, not before, and are reused when a
+// rescan hands the section new records.
 class ControllerSection : public RoundedPanel {
   public:
     explicit ControllerSection(std::shared_ptr<CollectorModel> model, QWidget* parent = nullptr);
 
     // Shows the controller; `isOpen` decides whether its rows stand below.
     void showController(const USBControllerMap& controller, bool isOpen);
-    // Re-reads every row's check mark and connector.
+    // Re-reads the contribution line and every row's check mark and connector.
     void refreshRows();
 
     ControllerSectionHeader* header() const { return header_; }
+    QLabel* contribution() const { return contribution_; }
     const std::vector<USBPortEditRow*>& rows() const { return rows_; }
     bool isOpen() const { return isOpen_; }
 
@@ -67,6 +69,7 @@ class ControllerSection : public RoundedPanel {
     bool hasRecord_ = false;
     bool isOpen_ = false;
     ControllerSectionHeader* header_;
+    QLabel* contribution_;
     QWidget* rowArea_;
     QVBoxLayout* rowLayout_;
     std::vector<USBPortEditRow*> rows_;

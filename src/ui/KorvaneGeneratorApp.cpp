@@ -1,6 +1,8 @@
 #include "ui/KorvaneGeneratorApp.h"
 
 #include "app/CollectorAssembly.h"
+#include "app/UserSettings.h"
+#include "records/CollectorError.h"
 #include "ui/AnimatedHeaderIcon.h"
 #include "ui/AppMenus.h"
 #include "ui/ContentView.h"
@@ -15,15 +17,17 @@ namespace korvane {
 
 KorvaneGeneratorApp::KorvaneGeneratorApp(const AppOptions& options)
     : desktop_(makeSystemDesktopServices()), window_(std::make_unique<QMainWindow>()),
-      screenshotFile_(options.screenshotFile) {
+      screenshotFile_(options.screenshotFile),
+      settingsFile_(options.settingsFile.value_or(userSettingsFile())) {
     const QIcon icon = appIcon(applicationPaths().resources);
     QApplication::setWindowIcon(icon);
 
     const RegistryChoice choice{.registryFile = options.registryFile, .ioregFile = std::nullopt};
-    content_ = new ContentView(assembleCollectorModel(choice, openRegistry(choice), scheduler_, *desktop_,
+    content_ = new ContentView(assembleCollectorModel(choice, options.registry, scheduler_, *desktop_,
                                                       /*listenForHotplug=*/true),
                                icon);
     window_->setCentralWidget(content_);
+    rememberTargetModel();
     window_->setWindowTitle("KorvaneGenerator");
     AppMenus::install(*window_);
     // The limits are the content's; the menu bar, where the window has one,
@@ -34,7 +38,45 @@ KorvaneGeneratorApp::KorvaneGeneratorApp(const AppOptions& options)
     window_->resize(idealWidth, idealHeight + menuHeight);
 }
 
-KorvaneGeneratorApp::~KorvaneGeneratorApp() = default;
+KorvaneGeneratorApp::~KorvaneGeneratorApp() {
+    CollectorModel& model = content_->model();
+    model.stopObserving(settingsObserver_);
+    // A choice typed just before quitting is kept too.
+    if (model.targetModelChoice() != rememberedModel_) {
+        try {
+            writeUserSettings(settingsFile_, UserSettings{model.targetModelChoice()});
+        } catch (...) {
+            // Nobody is left to tell; the window showed the last failure.
+        }
+    }
+}
+
+void KorvaneGeneratorApp::rememberTargetModel() {
+    CollectorModel& model = content_->model();
+    rememberedModel_ = readUserSettings(settingsFile_).targetModelChoice;
+    model.setTargetModelChoice(rememberedModel_);
+    // Written as it changes, a little after the last keystroke.
+    auto* pending = new QTimer(window_.get());
+    pending->setSingleShot(true);
+    pending->setInterval(400);
+    QObject::connect(pending, &QTimer::timeout, window_.get(), [this] {
+        const std::string choice = content_->model().targetModelChoice();
+        try {
+            writeUserSettings(settingsFile_, UserSettings{choice});
+            rememberedModel_ = choice;
+            content_->setSettingsProblem("");
+        } catch (...) {
+            content_->setSettingsProblem(
+                QString::fromStdString("The target model can't be remembered for the next start: " +
+                                       errorDescription(std::current_exception())));
+        }
+    });
+    settingsObserver_ = model.observe([this, pending] {
+        if (content_->model().targetModelChoice() != rememberedModel_) {
+            pending->start();
+        }
+    });
+}
 
 int KorvaneGeneratorApp::run() {
     window_->show();

@@ -1,12 +1,14 @@
 #pragma once
 
 #include "collector/DesktopServices.h"
+#include "scanner/RegistrySource.h"
 #include "ui/QtScheduler.h"
 
 #include <QIcon>
 #include <filesystem>
 #include <memory>
 #include <optional>
+#include <string>
 
 class QMainWindow;
 
@@ -17,16 +19,19 @@ class ContentView;
 struct AppOptions {
     // A saved registry shown instead of the live one; no hotplug events then.
     std::optional<std::filesystem::path> registryFile;
+    // What the scans read, opened from the choice above (openRegistry).
+    std::shared_ptr<const RegistrySource> registry;
     // Save a picture of the window once the first scan is shown, then quit.
     std::optional<std::filesystem::path> screenshotFile;
+    // Where the window remembers its settings; the user's configuration
+    // folder when absent.
+    std::optional<std::filesystem::path> settingsFile;
 };
 
 // The application: one window of `ContentView` with its menus, and what the
 // window's model needs of the world.
 class KorvaneGeneratorApp {
   public:
-    // Throws RegistryChoiceError (a std::runtime_error) with a one-line reason
-    // when the registry file can't be read.
     explicit KorvaneGeneratorApp(const AppOptions& options);
     ~KorvaneGeneratorApp();
 
@@ -46,6 +51,7 @@ class KorvaneGeneratorApp {
 
   private:
     void saveScreenshotWhenScanned(const std::filesystem::path& file);
+    void rememberTargetModel();
 
     // Declared before the scheduler: background work still running when the
     // window closes uses it until the scheduler's end has waited for it.
@@ -54,6 +60,9 @@ class KorvaneGeneratorApp {
     std::unique_ptr<QMainWindow> window_;
     ContentView* content_ = nullptr;
     std::optional<std::filesystem::path> screenshotFile_;
+    std::filesystem::path settingsFile_;
+    std::string rememberedModel_;
+    std::size_t settingsObserver_ = 0;
 };
 
 } // namespace korvane

@@ -1,6 +1,7 @@
 #include "ui/SymbolIcons.h"
 
 #include <QFile>
+#include <QIconEngine>
 #include <QPainter>
 #include <map>
 
@@ -33,6 +34,59 @@ QIcon sourceIcon(const QString& symbol) {
     return QFile::exists(bundled) ? QIcon(bundled) : QIcon();
 }
 
+// Paints the glyph at the exact size and scale asked for, so a button's icon
+// stays as large as the button at any QT_SCALE_FACTOR: a fixed set of
+// pixmaps was drawn at the wrong scale there and shrank into a corner.
+class TintedSymbolEngine final : public QIconEngine {
+  public:
+    TintedSymbolEngine(QIcon source, QColor color, QColor disabledColor)
+        : source_(std::move(source)), color_(std::move(color)), disabledColor_(std::move(disabledColor)) {}
+
+    void paint(QPainter* painter, const QRect& rect, QIcon::Mode mode, QIcon::State state) override {
+        const qreal scale = painter->device() ? painter->device()->devicePixelRatioF() : 1.0;
+        QPixmap glyph = scaledPixmap(rect.size(), mode, state, scale);
+        painter->drawPixmap(rect, glyph);
+    }
+
+    QPixmap pixmap(const QSize& size, QIcon::Mode mode, QIcon::State state) override {
+        return scaledPixmap(size, mode, state, 1.0);
+    }
+
+    // `size` is in device pixels here, as QIcon::pixmap asks for it.
+    QPixmap scaledPixmap(const QSize& size, QIcon::Mode mode, QIcon::State, qreal) override {
+        return tinted(source_, size, mode == QIcon::Disabled ? disabledColor_ : color_);
+    }
+
+    QSize actualSize(const QSize& size, QIcon::Mode, QIcon::State) override { return size; }
+    QIconEngine* clone() const override { return new TintedSymbolEngine(source_, color_, disabledColor_); }
+    QString key() const override { return "korvane-tinted-symbol"; }
+    bool isNull() override { return source_.isNull(); }
+
+    // The source's shape at `size` pixels, every painted pixel in `color`.
+    static QPixmap tinted(const QIcon& source, const QSize& size, const QColor& color) {
+        QPixmap glyph = source.pixmap(size, 1.0);
+        if (glyph.isNull()) {
+            return {};
+        }
+        QPixmap result(size);
+        result.fill(Qt::transparent);
+        QPainter painter(&result);
+        // Centred: a theme may hand back a smaller glyph than asked.
+        const QSize shown = glyph.size().scaled(size, Qt::KeepAspectRatio);
+        painter.drawPixmap(
+            QRect(QPoint((size.width() - shown.width()) / 2, (size.height() - shown.height()) / 2), shown),
+            glyph);
+        painter.setCompositionMode(QPainter::CompositionMode_SourceIn);
+        painter.fillRect(result.rect(), color);
+        return result;
+    }
+
+  private:
+    QIcon source_;
+    QColor color_;
+    QColor disabledColor_;
+};
+
 } // namespace
 
 QStringList SymbolIcons::themeNames(const QString& symbol) {
@@ -41,36 +95,18 @@ QStringList SymbolIcons::themeNames(const QString& symbol) {
 }
 
 QPixmap SymbolIcons::pixmap(const QString& symbol, int size, const QColor& color, qreal devicePixelRatio) {
-    const QIcon source = sourceIcon(symbol);
+    const int pixels = qRound(size * devicePixelRatio);
+    QPixmap glyph = TintedSymbolEngine::tinted(sourceIcon(symbol), QSize(pixels, pixels), color);
+    glyph.setDevicePixelRatio(devicePixelRatio);
+    return glyph;
+}
+
+QIcon SymbolIcons::icon(const QString& symbol, const QColor& color, const QColor& disabledColor) {
+    QIcon source = sourceIcon(symbol);
     if (source.isNull()) {
         return {};
     }
-    const int pixels = qRound(size * devicePixelRatio);
-    QPixmap glyph = source.pixmap(QSize(pixels, pixels));
-    if (glyph.isNull()) {
-        return {};
-    }
-    QPixmap tinted(glyph.size());
-    tinted.fill(Qt::transparent);
-    QPainter painter(&tinted);
-    painter.drawPixmap(0, 0, glyph);
-    painter.setCompositionMode(QPainter::CompositionMode_SourceIn);
-    painter.fillRect(tinted.rect(), color);
-    painter.end();
-    tinted.setDevicePixelRatio(devicePixelRatio);
-    return tinted;
-}
-
-QIcon SymbolIcons::icon(const QString& symbol, const QColor& color, const QColor& disabledColor, int size) {
-    QIcon icon;
-    const QPixmap normal = pixmap(symbol, size, color);
-    if (normal.isNull()) {
-        return icon;
-    }
-    icon.addPixmap(normal, QIcon::Normal);
-    icon.addPixmap(normal, QIcon::Active);
-    icon.addPixmap(pixmap(symbol, size, disabledColor), QIcon::Disabled);
-    return icon;
+    return QIcon(new TintedSymbolEngine(std::move(source), color, disabledColor));
 }
 
 } // namespace korvane

@@ -17,8 +17,9 @@ class SymbolIcons {
     // An unknown name gives a null pixmap.
     static QPixmap pixmap(const QString& symbol, int size, const QColor& color, qreal devicePixelRatio = 2.0);
 
-    // For buttons: `color` when enabled, `disabledColor` when not.
-    static QIcon icon(const QString& symbol, const QColor& color, const QColor& disabledColor, int size = 16);
+    // For buttons: `color` when enabled, `disabledColor` when not; drawn afresh
+    // at whatever size and screen scale the button asks for.
+    static QIcon icon(const QString& symbol, const QColor& color, const QColor& disabledColor);
 
     // The theme names tried for a symbol, best first; empty for an unknown one.
     static QStringList themeNames(const QString& symbol);

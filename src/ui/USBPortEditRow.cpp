@@ -6,9 +6,13 @@
 
 #include <QCheckBox>
 #include <QComboBox>
+#include <QContextMenuEvent>
 #include <QEvent>
 #include <QHBoxLayout>
 #include <QLabel>
+#include <QMenu>
+#include <QPushButton>
+#include <QToolButton>
 
 namespace korvane {
 
@@ -22,7 +26,9 @@ USBPortEditRow::USBPortEditRow(std::shared_ptr<CollectorModel> model, USBControl
                                USBPortMap port, QWidget* parent)
     : QWidget(parent), model_(std::move(model)), controller_(std::move(controller)), port_(std::move(port)),
       checkbox_(new QCheckBox(this)), name_(new QLabel(this)), number_(new QLabel(this)),
-      connectorMenu_(new QComboBox(this)), device_(new ElidedLabel(this)) {
+      connectorMenu_(new QComboBox(this)), companion_(new QToolButton(this)), companionMenu_(new QMenu(this)),
+      sameType_(companionMenu_->addAction("Same type for its companion")), offer_(new QPushButton(this)),
+      device_(new ElidedLabel(this)) {
     auto* layout = new QHBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
     layout->setSpacing(10);
@@ -33,13 +39,33 @@ USBPortEditRow::USBPortEditRow(std::shared_ptr<CollectorModel> model, USBControl
 
     name_->setFont(WindowStyle::font(TextStyle::caption, QFont::DemiBold, FontDesign::monospaced));
     WindowStyle::setTextColor(*name_, WindowStyle::white());
-    name_->setFixedWidth(52);
+    // The design's widths, or what the text needs where the 9-point floor
+    // makes it larger than the design's small type.
+    auto widthFor = [](const QLabel& label, int designWidth, const char* sample) {
+        return std::max(designWidth, QFontMetrics(label.font()).horizontalAdvance(sample) + 4);
+    };
+    name_->setFixedWidth(widthFor(*name_, 52, "HSS01"));
     layout->addWidget(name_);
 
     number_->setFont(WindowStyle::font(TextStyle::caption2, QFont::Normal, FontDesign::monospaced));
-    WindowStyle::setTextColor(*number_, WindowStyle::white(0.65));
-    number_->setFixedWidth(92);
+    WindowStyle::setTextColor(*number_, WindowStyle::white(WindowStyle::portNumberOpacity));
+    number_->setFixedWidth(widthFor(*number_, 92, "port 00000000"));
     layout->addWidget(number_);
+
+    companion_->setFont(WindowStyle::font(TextStyle::caption2, QFont::Normal, FontDesign::monospaced));
+    companion_->setAutoRaise(true);
+    companion_->setPopupMode(QToolButton::InstantPopup);
+    companion_->setMenu(companionMenu_);
+    companion_->setFixedWidth(118);
+    companion_->setToolButtonStyle(Qt::ToolButtonTextOnly);
+    WindowStyle::setTextColor(*companion_, WindowStyle::white(0.8));
+    sameType_->setCheckable(true);
+    // Hidden, the button keeps its place, so the columns of rows with and
+    // without a companion line up.
+    QSizePolicy keepPlace = companion_->sizePolicy();
+    keepPlace.setRetainSizeWhenHidden(true);
+    companion_->setSizePolicy(keepPlace);
+    layout->addWidget(companion_);
 
     connectorMenu_->setAccessibleName("Connector");
     connectorMenu_->setFixedWidth(130);
@@ -48,6 +74,11 @@ USBPortEditRow::USBPortEditRow(std::shared_ptr<CollectorModel> model, USBControl
                                 QVariant::fromValue<qlonglong>(code));
     }
     layout->addWidget(connectorMenu_);
+
+    offer_->setFont(WindowStyle::font(TextStyle::caption2, QFont::DemiBold));
+    offer_->setAutoDefault(false);
+    offer_->hide();
+    layout->addWidget(offer_);
 
     device_->setFont(WindowStyle::font(TextStyle::caption2));
     layout->addWidget(device_);
@@ -58,6 +89,18 @@ USBPortEditRow::USBPortEditRow(std::shared_ptr<CollectorModel> model, USBControl
     // answer at once, also where no window refreshes it.
     connect(checkbox_, &QCheckBox::clicked, this, [this](bool checked) {
         model_->setPortSelected(controller_, port_, checked);
+        isOfferingCompanion_ = checked;
+        refresh();
+    });
+    connect(sameType_, &QAction::triggered, this, [this](bool isOn) {
+        model_->setSameTypeForCompanion(controller_, port_, isOn);
+        refresh();
+    });
+    connect(offer_, &QPushButton::clicked, this, [this] {
+        if (const auto companion = model_->companionOf(port_)) {
+            model_->setPortSelected(*companion->controller, *companion->port, true);
+        }
+        isOfferingCompanion_ = false;
         refresh();
     });
     connect(connectorMenu_, &QComboBox::activated, this, [this](int index) {
@@ -78,6 +121,15 @@ void USBPortEditRow::changeEvent(QEvent* event) {
     }
 }
 
+void USBPortEditRow::contextMenuEvent(QContextMenuEvent* event) {
+    if (companion_->isVisible()) {
+        companionMenu_->popup(event->globalPos());
+        event->accept();
+        return;
+    }
+    QWidget::contextMenuEvent(event);
+}
+
 void USBPortEditRow::styleCheckbox() {
     // The box's own fill is the list's colour; a button's shade keeps it
     // visible on the list when it is unchecked.
@@ -87,8 +139,9 @@ void USBPortEditRow::styleCheckbox() {
 }
 
 void USBPortEditRow::setPort(const USBControllerMap& controller, const USBPortMap& port) {
-    const bool textsChanged =
-        port.name != port_.name || port.portData != port_.portData || port.activeDevice != port_.activeDevice;
+    const bool textsChanged = port.name != port_.name || port.portData != port_.portData ||
+                              port.activeDevice != port_.activeDevice ||
+                              port.companionKey != port_.companionKey;
     controller_ = controller;
     port_ = port;
     if (textsChanged) {
@@ -102,7 +155,7 @@ void USBPortEditRow::showPortTexts() {
     number_->setText("port " + QString::fromStdString(hexString(port_.portData)));
     const bool hasDevice = !port_.activeDevice.empty();
     device_->setText(hasDevice ? QString::fromStdString(port_.activeDevice) : QString("No active device"));
-    WindowStyle::setTextColor(*device_, WindowStyle::white(hasDevice ? 1.0 : 0.55));
+    WindowStyle::setTextColor(*device_, WindowStyle::white(hasDevice ? 1.0 : WindowStyle::noDeviceOpacity));
 }
 
 void USBPortEditRow::refresh() {
@@ -111,6 +164,38 @@ void USBPortEditRow::refresh() {
         checkbox_->setChecked(selected);
     }
     showConnector(model_->connectorFor(controller_, port_));
+    showCompanion();
+}
+
+void USBPortEditRow::showCompanion() {
+    const auto companion = model_->companionOf(port_);
+    if (!companion) {
+        // Most rows: nothing to show, nothing to look up.
+        companion_->setVisible(false);
+        offer_->setVisible(false);
+        isOfferingCompanion_ = false;
+        return;
+    }
+    const QString text = QString::fromStdString(model_->companionText(controller_, port_));
+    if (companion_->text() != text) {
+        companion_->setText(text);
+        companion_->setToolTip("The other half of this port's connector. Its menu gives a type picked here "
+                               "to both halves.");
+        companion_->setAccessibleName("Companion " +
+                                      QString::fromStdString(model_->companionName(controller_, port_)));
+    }
+    companion_->setVisible(true);
+    sameType_->setChecked(model_->isSameTypeForCompanion(controller_, port_));
+
+    if (model_->isPortSelected(*companion->controller, *companion->port) ||
+        !model_->isPortSelected(controller_, port_)) {
+        isOfferingCompanion_ = false;
+    }
+    if (isOfferingCompanion_) {
+        offer_->setText("Chec&k " + QString::fromStdString(model_->companionName(controller_, port_)) +
+                        " too");
+    }
+    offer_->setVisible(isOfferingCompanion_);
 }
 
 void USBPortEditRow::showConnector(std::int64_t code) {

@@ -6,16 +6,20 @@
 #include <QWidget>
 #include <memory>
 
+class QAction;
 class QCheckBox;
 class QComboBox;
 class QLabel;
+class QMenu;
+class QPushButton;
+class QToolButton;
 
 namespace korvane {
 
-// One line of the port editor: checkbox, name, port number, connector menu
-// and the attached device. The check mark and the connector are read from the
-// model at every refresh, never kept, so two rows of the same port key always
-// agree and a rescan carries the user's choices by key.
+// One line of the port editor: checkbox, name, port number, its companion
+// (the other half of the connector), connector menu and the attached device. The check mark and the connector
+// are read from the model at every refresh, never kept, so two rows of the same port key always agree and a
+// rescan carries the user's choices by key.
 class USBPortEditRow : public QWidget {
   public:
     USBPortEditRow(std::shared_ptr<CollectorModel> model, USBControllerMap controller, USBPortMap port,
@@ -30,14 +34,23 @@ class USBPortEditRow : public QWidget {
     QCheckBox* checkbox() const { return checkbox_; }
     QComboBox* connectorMenu() const { return connectorMenu_; }
     QLabel* deviceLabel() const { return device_; }
+    // "with SS01"; its menu (also the row's context menu) holds the checkable
+    // "Same type for its companion". Hidden for a port without a companion.
+    QToolButton* companionButton() const { return companion_; }
+    QAction* sameTypeAction() const { return sameType_; }
+    // "Check SS01 too": offered after the user checks this port while its
+    // companion stays unchecked.
+    QPushButton* companionOffer() const { return offer_; }
 
   protected:
     void changeEvent(QEvent* event) override;
+    void contextMenuEvent(QContextMenuEvent* event) override;
 
   private:
     void styleCheckbox();
     void showPortTexts();
     void showConnector(std::int64_t code);
+    void showCompanion();
 
     std::shared_ptr<CollectorModel> model_;
     USBControllerMap controller_;
@@ -46,7 +59,12 @@ class USBPortEditRow : public QWidget {
     QLabel* name_;
     QLabel* number_;
     QComboBox* connectorMenu_;
+    QToolButton* companion_;
+    QMenu* companionMenu_;
+    QAction* sameType_;
+    QPushButton* offer_;
     QLabel* device_;
+    bool isOfferingCompanion_ = false;
 };
 
 } // namespace korvane

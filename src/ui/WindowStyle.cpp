@@ -1,5 +1,7 @@
 #include "ui/WindowStyle.h"
 
+#include "ui/Contrast.h"
+
 #include <QApplication>
 #include <QFontDatabase>
 #include <QWidget>
@@ -43,7 +45,7 @@ QFont WindowStyle::font(TextStyle style, QFont::Weight weight, FontDesign design
     QFont font = design == FontDesign::monospaced ? QFontDatabase::systemFont(QFontDatabase::FixedFont)
                                                   : QApplication::font();
     const double body = QApplication::font().pointSizeF() > 0 ? QApplication::font().pointSizeF() : 10.0;
-    font.setPointSizeF(body * designSize(style) / 13.0);
+    font.setPointSizeF(std::max(minimumPointSize, body * designSize(style) / 13.0));
     // The headline style is bold by definition.
     font.setWeight(style == TextStyle::headline && weight == QFont::Normal ? QFont::Bold : weight);
     return font;
@@ -67,12 +69,37 @@ QColor WindowStyle::listBackground() const {
     return palette_.color(QPalette::Base).lighter(140);
 }
 
-QColor WindowStyle::secondary(double opacity) const {
-    return withAlpha(withAlpha(palette_.color(QPalette::WindowText), 0.6), opacity);
+QColor WindowStyle::secondary() const {
+    return withAlpha(palette_.color(QPalette::WindowText), 0.65);
 }
 
-QColor WindowStyle::secondaryOnPanel(double opacity) const {
-    return isDark_ ? secondary(opacity) : white(0.62 * opacity);
+QColor WindowStyle::secondaryOnPanel() const {
+    return isDark_ ? secondary() : white(0.62);
+}
+
+QColor WindowStyle::errorText() const {
+    return isDark_ ? QColor(0xff, 0x8a, 0x80) : QColor(0xb3, 0x26, 0x1e);
+}
+
+QColor WindowStyle::controlBorder() const {
+    return composited(withAlpha(palette_.color(QPalette::WindowText), 0.55), windowBackground());
+}
+
+QColor WindowStyle::focusRing() const {
+    const QColor accent = palette_.color(QPalette::Highlight);
+    // A theme's accent can be too faint on its own window; its text colour never is.
+    return contrastRatio(accent, windowBackground()) >= borderContrastMinimum
+               ? accent
+               : palette_.color(QPalette::WindowText);
+}
+
+QColor WindowStyle::prominentFill() const {
+    QColor fill = accent();
+    const QColor text = palette_.color(QPalette::HighlightedText);
+    for (int step = 0; step < 20 && contrastRatio(text, fill) < textContrastMinimum; ++step) {
+        fill = relativeLuminance(text) > 0.5 ? fill.darker(110) : fill.lighter(110);
+    }
+    return fill;
 }
 
 QColor WindowStyle::divider() const {
@@ -93,6 +120,10 @@ QColor WindowStyle::accent() const {
 
 QColor WindowStyle::orange() const {
     return isDark_ ? QColor(0xff, 0x9f, 0x0a) : QColor(0xff, 0x95, 0x00);
+}
+
+QColor WindowStyle::warning() const {
+    return isDark_ ? QColor(0xff, 0xb3, 0x40) : QColor(0xa8, 0x52, 0x00);
 }
 
 QColor WindowStyle::green() const {
@@ -127,6 +158,65 @@ QPalette WindowStyle::editorPalette() const {
     palette.setColor(QPalette::Disabled, QPalette::Button, QColor(0x33, 0x38, 0x43));
     palette.setColor(QPalette::PlaceholderText, dimmed);
     return palette;
+}
+
+QPalette WindowStyle::darkPalette() {
+    QPalette palette;
+    palette.setColor(QPalette::Window, QColor(0x26, 0x27, 0x2b));
+    palette.setColor(QPalette::WindowText, QColor(0xe8, 0xe8, 0xea));
+    palette.setColor(QPalette::Base, QColor(0x1c, 0x1d, 0x20));
+    palette.setColor(QPalette::AlternateBase, QColor(0x2c, 0x2d, 0x31));
+    palette.setColor(QPalette::Text, QColor(0xe8, 0xe8, 0xea));
+    palette.setColor(QPalette::Button, QColor(0x3a, 0x3b, 0x40));
+    palette.setColor(QPalette::ButtonText, QColor(0xf0, 0xf0, 0xf2));
+    palette.setColor(QPalette::Highlight, QColor(0x2f, 0x6f, 0xe4));
+    palette.setColor(QPalette::HighlightedText, Qt::white);
+    palette.setColor(QPalette::ToolTipBase, QColor(0x2c, 0x2d, 0x31));
+    palette.setColor(QPalette::ToolTipText, QColor(0xe8, 0xe8, 0xea));
+    palette.setColor(QPalette::PlaceholderText, QColor(0x8e, 0x8e, 0x93));
+    for (auto role : {QPalette::WindowText, QPalette::Text, QPalette::ButtonText}) {
+        palette.setColor(QPalette::Disabled, role, QColor(0x7a, 0x7a, 0x80));
+    }
+    palette.setColor(QPalette::Disabled, QPalette::Button, QColor(0x30, 0x31, 0x35));
+    return palette;
+}
+
+std::vector<WindowStyle::ContrastPair> WindowStyle::contrastPairs() const {
+    const QColor window = windowBackground();
+    const QColor badge = composited(thinMaterial(), window);
+    const QColor panel = panelBackground();
+    const QColor list = listBackground();
+    const WindowStyle editor(editorPalette());
+    auto role = [](const QPalette& palette, QPalette::ColorRole which) { return palette.color(which); };
+    const double text = textContrastMinimum;
+    const double border = borderContrastMinimum;
+    std::vector<ContrastPair> pairs = {
+        {"title", role(palette_, QPalette::WindowText), window, text},
+        {"secondary text", secondary(), window, text},
+        {"error text", errorText(), window, text},
+        {"badge", role(palette_, QPalette::WindowText), badge, text},
+        {"button text", role(palette_, QPalette::ButtonText), role(palette_, QPalette::Button), text},
+        {"primary action", role(palette_, QPalette::HighlightedText), prominentFill(), text},
+        {"log text", role(palette_, QPalette::Text), role(palette_, QPalette::Base), text},
+        {"editor title", white(), panel, text},
+        {"editor secondary", secondaryOnPanel(), panel, text},
+        {"list secondary", secondaryOnPanel(), list, text},
+        {"editor button text", role(editor.palette_, QPalette::ButtonText),
+         role(editor.palette_, QPalette::Button), text},
+        {"control border", controlBorder(), window, border},
+        {"focus ring", focusRing(), window, border},
+        {"editor control border", editor.controlBorder(), panel, border},
+        {"row control border", editor.controlBorder(), list, border},
+        {"editor focus ring", editor.focusRing(), panel, border},
+        {"row focus ring", editor.focusRing(), list, border},
+    };
+    for (const auto& [what, opacity] : {std::pair{"controller identity", identityOpacity},
+                                        {"database name", databaseNameOpacity},
+                                        {"port number", portNumberOpacity},
+                                        {"no active device", noDeviceOpacity}}) {
+        pairs.push_back({what, white(opacity), list, text});
+    }
+    return pairs;
 }
 
 void WindowStyle::setTextColor(QWidget& widget, const QColor& color) {

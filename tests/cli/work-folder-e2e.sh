@@ -13,7 +13,7 @@ mkdir -p "$home/Desktop/KorvaneGenerator_Work"
 fail() { echo "FAIL: $*"; exit 1; }
 
 echo "my notes" > "$home/Desktop/KorvaneGenerator_Work/notes.txt"
-if "$korvane" generate --registry "$dump" > "$home/refused.txt"; then fail "ran over the user's folder"; fi
+if "$korvane" generate --registry "$dump" > "$home/refused.txt" 2>&1; then fail "ran over the user's folder"; fi
 grep -qx "\[[0-9:]*\] ERROR: $home/Desktop/KorvaneGenerator_Work was not made by KorvaneGenerator and is left as it is. Move it away from the Desktop or rename it, then generate again." \
   "$home/refused.txt" || fail "no clear ERROR line: $(cat "$home/refused.txt")"
 [ "$(cat "$home/Desktop/KorvaneGenerator_Work/notes.txt")" = "my notes" ] || fail "the user's file is gone"

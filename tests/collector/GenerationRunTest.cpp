@@ -83,6 +83,39 @@ TEST_F(GenerationRunTest, ASuccessfulRunLeavesTheZipWithTheCheckedPortsTheReport
     EXPECT_THAT(recordingDesktop.revealed, ElementsAre(zip()));
 }
 
+class TargetModelRunTest : public GenerationRunTest {
+  protected:
+    void customise(CollectorEnvironment& environment) override {
+        environment.machineModel = [this] {
+            ++lookups;
+            return machineSays;
+        };
+    }
+    std::optional<std::string> machineSays;
+    int lookups = 0;
+};
+
+// The user's choice, else what the machine says, else "Mac"; a run asks the
+// machine itself when nobody has, and only once.
+TEST_F(TargetModelRunTest, TheRunWritesTheChoiceElseTheMachinesModelElseMac) {
+    using Source = TargetMacModel::Source;
+    EXPECT_EQ(model->targetMacModel(), (TargetMacModel{"Mac", Source::fallback}));
+    loadPorts();
+    model->setTargetModelChoice("  iMac19,1 ");
+    generate();
+    EXPECT_THAT(entry("Korvane.kext/Contents/Info.plist"), HasSubstr("<key>iMac19,1-XHC1</key>"));
+    EXPECT_EQ(lookups, 0);
+
+    model->setTargetModelChoice("");
+    machineSays = " MacBookPro15,2\n";
+    generate();
+    EXPECT_EQ(model->targetMacModel(), (TargetMacModel{"MacBookPro15,2", Source::thisMachine}));
+    EXPECT_THAT(entry("Korvane.kext/Contents/Info.plist"), HasSubstr("<key>MacBookPro15,2-XHC1</key>"));
+    model->lookUpMachineModel();
+    scheduler.runUntilIdle();
+    EXPECT_EQ(lookups, 1);
+}
+
 TEST_F(GenerationRunTest, WithoutAPortListTheRunResetsFirstAndAnEmptyScanStillSucceeds) {
     generate();
     EXPECT_THAT(logLines(),

@@ -37,6 +37,37 @@ TEST_F(PortEditingTest, AResetChecksExactlyTheActivePortsAndForgetsOverrides) {
                     "USB ports reset: 1 controller(s), 1 active USB port(s) selected automatically."));
 }
 
+// XHC1's HS01 pairs with XHC2's SS01 across controllers, its HS02 with its own SS02.
+TEST_F(PortEditingTest, CompanionsTakeAPickTogetherWhenAskedAndResetForgetsTheLink) {
+    auto xhc1 = intel({makePort("HS01", 1), makePort("HS02", 2), makePort("SS02", 18)});
+    auto xhc2 = makeController("XHC2", 0x8086, 0x15ec, {makePort("SS01", 3, "", 9)});
+    xhc1.ports[0].companionKey = key(xhc2, 0);
+    xhc2.ports[0].companionKey = key(xhc1, 0);
+    xhc1.ports[1].companionKey = key(xhc1, 2);
+    scanShowing({xhc1, xhc2});
+    EXPECT_EQ(model->companionText(xhc1, xhc1.ports[0]), "with XHC2 SS01");
+    EXPECT_EQ(model->companionText(xhc1, xhc1.ports[1]), "with SS02");
+    EXPECT_EQ(model->companionText(xhc1, xhc1.ports[2]), "") << "SS02 names none itself";
+
+    model->setConnectorWithCompanion(xhc1, xhc1.ports[1], 10);
+    EXPECT_EQ(model->connectorFor(xhc1, xhc1.ports[2]), 10);
+    model->setConnector(xhc1, xhc1.ports[0], 0);
+    EXPECT_EQ(model->connectorFor(xhc2, xhc2.ports[0]), 9) << "a single pick stays single";
+
+    model->setSameTypeForCompanion(xhc2, xhc2.ports[0], true);
+    EXPECT_EQ(model->connectorFor(xhc1, xhc1.ports[0]), 9) << "turning it on gives the companion this type";
+    EXPECT_TRUE(model->isSameTypeForCompanion(xhc1, xhc1.ports[0]));
+    model->setConnector(xhc1, xhc1.ports[0], 255);
+    EXPECT_EQ(model->connectorFor(xhc2, xhc2.ports[0]), 255) << "a pick on either half goes to both";
+    model->setSameTypeForCompanion(xhc1, xhc1.ports[0], false);
+    model->setConnector(xhc1, xhc1.ports[0], 3);
+    EXPECT_EQ(model->connectorFor(xhc2, xhc2.ports[0]), 255);
+
+    model->setSameTypeForCompanion(xhc1, xhc1.ports[0], true);
+    scanShowing({xhc1, xhc2});
+    EXPECT_THAT(model->sameTypeForCompanionPortIDs(), IsEmpty()) << "Reset Ports forgets the link";
+}
+
 TEST_F(PortEditingTest, ASilentRefreshKeepsTheUsersWorkAndStaleKeys) {
     auto before = intel({makePort("HS01", 1, "Keyboard"), makePort("HS02", 2), makePort("HS03", 3)});
     scanShowing({before});

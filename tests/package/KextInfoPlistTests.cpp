@@ -1,5 +1,6 @@
 #include "PackageTestSupport.h"
 #include "package/KextInfoPlist.h"
+#include "package/MergePersonalityNames.h"
 #include "support/Golden.h"
 
 #include <gtest/gtest.h>
@@ -35,15 +36,41 @@ TEST(KextInfoPlist, EveryRuleOfTheTreeInOnePackage) {
     EXPECT_TRUE(matchesGolden(plistText(root.get()) + "\n", "package/Info.plist.txt"));
 }
 
-TEST(KextInfoPlist, ALaterControllerOfTheSameNameReplacesTheMerge) {
-    const PlistPtr root =
-        makeKextInfoPlist({makeController("XHC1", 0x8086, 0xa36d, {makePort("HS01", {1, 0, 0, 0})}),
-                           makeController("XHC1", 0x1b21, 0x2142, {makePort("PRT1", {2, 0, 0, 0})})},
-                          "Mac");
-    const plist_t ports =
-        at(root.get(), {"IOKitPersonalities", "Mac-XHC1", "IOProviderMergeProperties", "ports"});
-    EXPECT_TRUE(at(ports, {"PRT1"}));
-    EXPECT_FALSE(at(ports, {"HS01"}));
+// macOS tells merge personalities apart by name and PCI ID together: a name
+// taken by another PCI ID gets the ID appended; only where both are equal
+// does the later one replace the earlier, and the fronts are told either way.
+TEST(KextInfoPlist, LikeNamedControllersKeepTheirOwnMergeUnlessThePCIIDIsEqualToo) {
+    auto xhc = [](std::int64_t device, std::string location, std::uint8_t port) {
+        auto controller = makeController("XHC", 0x8086, device, {makePort("HS01", {port, 0, 0, 0})});
+        controller.location = std::move(location);
+        return controller;
+    };
+    const std::vector<USBControllerMap> chipsetAndThunderbolt{xhc(0x02ed, "14000000", 1),
+                                                              xhc(0x15e9, "00000000", 2)};
+    const PlistPtr both = makeKextInfoPlist(chipsetAndThunderbolt, "iMac19,1");
+    auto port = [](plist_t root, const std::string& name) {
+        return plistText(
+            at(root, {"IOKitPersonalities", name, "IOProviderMergeProperties", "ports", "HS01", "port"}));
+    };
+    EXPECT_EQ(port(both.get(), "iMac19,1-XHC"), "<01000000>");
+    EXPECT_EQ(port(both.get(), "iMac19,1-XHC 8086_15E9"), "<02000000>");
+    EXPECT_EQ(plistText(at(both.get(), {"IOKitPersonalities", "iMac19,1-XHC 8086_15E9", "IONameMatch"})),
+              "\"XHC\"");
+    EXPECT_EQ(
+        mergePersonalityNotes(chipsetAndThunderbolt, "iMac19,1"),
+        std::vector<std::string>{"XHC@00000000 (8086:15E9) shares its name with a controller of another "
+                                 "PCI ID: its merge personality is named iMac19,1-XHC 8086_15E9 so that "
+                                 "both are kept."});
+
+    const std::vector<USBControllerMap> twins{xhc(0x15e9, "00000000", 1), xhc(0x15e9, "01000000", 2)};
+    const PlistPtr one = makeKextInfoPlist(twins, "Mac");
+    EXPECT_EQ(port(one.get(), "Mac-XHC"), "<02000000>") << "the later one's ports";
+    EXPECT_FALSE(at(one.get(), {"IOKitPersonalities", "Mac-XHC 8086_15E9"}));
+    EXPECT_EQ(
+        mergePersonalityNotes(twins, "Mac"),
+        std::vector<std::string>{"XHC@01000000 (8086:15E9) has the name and PCI ID of XHC@00000000 "
+                                 "(8086:15E9), which macOS can't tell apart: the package keeps one merge "
+                                 "personality, Mac-XHC, with the ports of XHC@01000000 (8086:15E9)."});
 }
 
 } // namespace

@@ -16,10 +16,7 @@ namespace fs = std::filesystem;
 
 class KextPackageWriterTest : public ::testing::Test {
   protected:
-    void SetUp() override {
-        tools.sysctl = (work.path() / "missing-sysctl").string(); // "Mac" on every platform
-        fs::create_directories(out);
-    }
+    void SetUp() override { fs::create_directories(out); }
     fs::path infoPlist() const { return out / "Korvane.kext" / "Contents" / "Info.plist"; }
     std::string report() const { return fileText(out / "Korvane-report.txt"); }
 
@@ -32,29 +29,26 @@ class KextPackageWriterTest : public ::testing::Test {
 
 TEST_F(KextPackageWriterTest, WritesTheInfoPlistAloneInItsBundleAndTheReportBeside) {
     fs::create_directories(out / "Korvane.kext" / "Contents" / "MacOS");
-    generateKorvaneKext(out, std::nullopt, controllers, tools);
+    generateKorvaneKext(out, std::nullopt, controllers, tools, "Mac");
     EXPECT_EQ(std::distance(fs::recursive_directory_iterator(out / "Korvane.kext"), {}), 2)
         << "Contents and Info.plist: an old bundle is replaced whole";
     EXPECT_EQ(plistText(parsePropertyList(fileText(infoPlist())).get()),
               plistText(makeKextInfoPlist(controllers, "Mac").get()));
     EXPECT_EQ(report(), generationReportText(controllers));
 
-    tools.sysctl = writeFakeTool(work.path(), "sysctl", "echo '  iMac19,1  '");
-    generateKorvaneKext(out, std::nullopt, controllers, tools);
+    generateKorvaneKext(out, std::nullopt, controllers, tools, "iMac19,1");
     EXPECT_EQ(plistText(at(parsePropertyList(fileText(infoPlist())).get(),
                            {"IOKitPersonalities", "iMac19,1-XHC1", "model"})),
               "\"iMac19,1\"");
-    EXPECT_EQ(machineModel(writeFakeTool(work.path(), "fails", "echo 'sysctl: unknown oid'; exit 1")), "Mac");
-    EXPECT_EQ(machineModel(writeFakeTool(work.path(), "blank", "echo '  '")), "Mac");
 }
 
 TEST_F(KextPackageWriterTest, AnEmptyListWritesTheReportAloneAndAnAbsentOneTakesTheScan) {
-    generateKorvaneKext(out, std::nullopt, std::vector<USBControllerMap>{}, tools);
+    generateKorvaneKext(out, std::nullopt, std::vector<USBControllerMap>{}, tools, "Mac");
     EXPECT_FALSE(fs::exists(out / "Korvane.kext"));
     EXPECT_EQ(report(), std::string(emptyGenerationReportText));
 
     std::optional<fs::path> askedFor;
-    generateKorvaneKext(out, work.path() / "saved.ioreg", std::nullopt, tools, [&](const auto& file) {
+    generateKorvaneKext(out, work.path() / "saved.ioreg", std::nullopt, tools, "Mac", [&](const auto& file) {
         askedFor = file;
         return USBScanResult{controllers};
     });
@@ -65,7 +59,7 @@ TEST_F(KextPackageWriterTest, AnEmptyListWritesTheReportAloneAndAnAbsentOneTakes
 TEST_F(KextPackageWriterTest, ARejectedListThrowsTheToolsOutputAndWritesNoReport) {
     tools.plutil = writeFakeTool(work.path(), "plutil", "echo 'Info.plist: Property List error'; exit 1");
     try {
-        generateKorvaneKext(out, std::nullopt, controllers, tools);
+        generateKorvaneKext(out, std::nullopt, controllers, tools, "Mac");
         ADD_FAILURE() << "no error";
     } catch (const CollectorError& error) {
         EXPECT_EQ(error.description(), "Command failed: " + tools.plutil + " -lint " + infoPlist().string() +
@@ -75,19 +69,19 @@ TEST_F(KextPackageWriterTest, ARejectedListThrowsTheToolsOutputAndWritesNoReport
     EXPECT_FALSE(fs::exists(out / "Korvane-report.txt"));
 
     tools.plutil = (work.path() / "missing-plutil").string();
-    EXPECT_THROW(generateKorvaneKext(out, std::nullopt, controllers, tools), std::system_error);
+    EXPECT_THROW(generateKorvaneKext(out, std::nullopt, controllers, tools, "Mac"), std::system_error);
     EXPECT_FALSE(fs::exists(out / "Korvane-report.txt"));
 }
 
 TEST_F(KextPackageWriterTest, FoldersAndFilesThatCantBeWrittenThrowThePlatformsError) {
     writeFileAtomically(work.path() / "plain-file", "x");
-    EXPECT_THROW(generateKorvaneKext(work.path() / "plain-file", std::nullopt, controllers, tools),
+    EXPECT_THROW(generateKorvaneKext(work.path() / "plain-file", std::nullopt, controllers, tools, "Mac"),
                  std::system_error);
-    EXPECT_THROW(
-        generateKorvaneKext(work.path() / "plain-file", std::nullopt, std::vector<USBControllerMap>{}, tools),
-        std::system_error);
+    EXPECT_THROW(generateKorvaneKext(work.path() / "plain-file", std::nullopt,
+                                     std::vector<USBControllerMap>{}, tools, "Mac"),
+                 std::system_error);
     fs::create_directories(out / "Korvane-report.txt" / "occupied");
-    EXPECT_THROW(generateKorvaneKext(out, std::nullopt, controllers, tools), std::system_error);
+    EXPECT_THROW(generateKorvaneKext(out, std::nullopt, controllers, tools, "Mac"), std::system_error);
 }
 
 } // namespace

@@ -63,6 +63,7 @@ INSTANTIATE_TEST_SUITE_P(
                       "first\nROM: XX-MASKED-XX"},
         RedactionCase{"HyphenatedSerialKeyAtLineHead", "serial-number = abc\nmore",
                       "serial-number = XX-MASKED-XX"},
+        RedactionCase{"TabbedKeyAfterACarriageReturn", "a\r\tmlb 7", "a\r\tmlb XX-MASKED-XX"},
         RedactionCase{"LogLineHeadIsATimeStamp", "[14:03:09] ROM: 001122\nnext",
                       "[14:03:09] ROM: 001122\nnext"},
         RedactionCase{"ColonMAC", "en0 a4:83:E7:0b:1C:2d up", "en0 XX:XX:XX:XX:XX:XX up"},

@@ -63,6 +63,9 @@ TEST(PlatformFolders, ApplicationSupportFollowsXDGDataHome) {
         applicationSupportDirectory(environmentOf({{"HOME", "/home/ada"}, {"XDG_DATA_HOME", "relative"}})),
         fs::path("/home/ada/.local/share"))
         << "a relative XDG_DATA_HOME is invalid and ignored";
+    EXPECT_EQ(configurationDirectory(environmentOf({{"HOME", "/home/ada"}})), fs::path("/home/ada/.config"));
+    EXPECT_EQ(configurationDirectory(environmentOf({{"HOME", "/home/ada"}, {"XDG_CONFIG_HOME", "/cfg"}})),
+              fs::path("/cfg"));
 }
 
 TEST(PlatformFolders, ToolsAndResourcesAreFoundBesideTheRunningProgram) {

@@ -33,7 +33,7 @@ TEST(IORegTextParser, BuildsTheTreeFromIndentCellsAndGathersSeveralRoots) {
     EXPECT_EQ(treeText(*several), " <>\n  A <CA>\n  B <CB>\n");
 }
 
-TEST(IORegTextParser, TheNodeLinesNameAndLocationStandInOnlyWhereThePropertiesHaveNone) {
+TEST(IORegTextParser, TheNodeLinesLocationStandsInOnlyForAnEntryPrintedWithoutProperties) {
     const auto root = parseIORegText(R"(+-o Root  <class IORegistryEntry, id 0x100000100, retain 19>
   +-o XHC1@14  <class IOPCIDevice, id 0x10000024d, registered, matched, active, busy 0 (420 ms), retain 12>
   | {
@@ -51,8 +51,10 @@ TEST(IORegTextParser, TheNodeLinesNameAndLocationStandInOnlyWhereThePropertiesHa
     +-o XHCI Root Hub SS Simulation@14  <class IOUSBRootHubDevice, id 0x100000250, retain 9>
 )");
     ASSERT_TRUE(root);
+    // As the live registry reads it: a PCI device's properties hold no
+    // location, so two controllers "@0" behind two bridges don't share one.
     EXPECT_EQ(treeText(*root), "Root <IORegistryEntry>\n"
-                               "  XHC1@14 <IOPCIDevice>\n"
+                               "  XHC1 <IOPCIDevice>\n"
                                "  pci1b73,1100@AB <IOPCIDevice>\n" // its own IOName and location win
                                "  AppleUSBXHCI <AppleUSBXHCI>\n"
                                "    XHCI Root Hub SS Simulation@14 <IOUSBRootHubDevice>\n");

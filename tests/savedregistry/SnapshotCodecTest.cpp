@@ -67,10 +67,11 @@ TEST(SnapshotCodec, ReadsTheShapeIoregWrites) {
     // adds, values of kinds the registry doesn't have, and a child that is no entry.
     const auto root = parseSnapshot(testDataBytes("savedregistry/ioreg-a-shape.xml"));
     ASSERT_TRUE(root);
-    // IORegistryEntryName and Location stand in for IOName and location, but a
-    // location property of its own wins; no name at all falls back on the class.
+    // IORegistryEntryName stands in for IOName; IORegistryEntryLocation only
+    // for an entry without properties, and a location property of its own
+    // wins; no name at all falls back on the class.
     EXPECT_EQ(treeText(*root),
-              "Root <IORegistryEntry>\n  XHC1@14 <IOPCIDevice>\n    HS01@ABC <AppleUSB20XHCIPort>\n"
+              "Root <IORegistryEntry>\n  XHC1 <IOPCIDevice>\n    HS01@ABC <AppleUSB20XHCIPort>\n"
               "  IOResources <IOResources>\n");
     EXPECT_EQ(root->properties.dictionary(),
               (PropertyDictionary{{"IOConsoleLocked", 0}, {"IOBluetoothActive", 1}}))

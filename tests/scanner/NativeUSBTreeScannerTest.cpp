@@ -65,6 +65,53 @@ TEST_F(NativeUSBTreeScannerTest, LikeControllersStayApartByLocationButStackedSer
         << "without services, which of like devices is which is unknowable: the first stays";
 }
 
+// Two chipset-style controllers both named XHC and a Thunderbolt XHC2: a
+// reference names a controller, and of two of that name the one whose port
+// points back wins; a table entry, a number given as a number, a name given
+// as data, a Linux peer and a port that isn't there are all read.
+TEST_F(NativeUSBTreeScannerTest, CompanionsResolveAcrossControllersAndFillTheUnnamedHalf) {
+    auto companion = [](std::int64_t number, std::string controller) {
+        PropertyDictionary entry{{"UsbCompanionPortNumber", ByteBuffer{std::uint8_t(number), 0, 0, 0}}};
+        if (!controller.empty()) {
+            entry["UsbCompanionControllerName"] = ByteBuffer(controller.begin(), controller.end());
+        }
+        return PropertyValue(std::move(entry));
+    };
+    auto port = [](NativeUSBNode& service, const std::string& name, std::uint8_t number,
+                   PropertyDictionary more) {
+        more["port"] = ByteBuffer{number, 0, 0, 0};
+        service.addChild(name, "", "AppleUSB20XHCIPort", std::move(more));
+    };
+    auto& first = addService(addXHCIPCIDevice(*root, "XHC@14", "", 0x8086, 0x02ED), "XHC", "14000000");
+    port(first, "HS01", 1, {{"UsbCompanionSS", companion(17, "")}});
+    port(first, "HS02", 2, {{"UsbCompanionSS", companion(3, "XHC2")}});
+    port(first, "SS01", 17, {});
+    port(first, "HS03", 3, {}); // a port 3 on the first XHC too
+    auto& second = addService(addXHCIPCIDevice(*root, "XHC@0", "", 0x8086, 0x15E9), "XHC", "00000000");
+    port(second, "HS01", 1, {{"peer", "ss01"}});
+    port(second, "HS02", 2, {{"UsbCompanionHS", PropertyDictionary{{"UsbCompanionPortNumber", 9}}}});
+    port(second, "SS01", 3, {{"UsbCompanionHS", companion(4, "XHC")}});
+    auto& thunderbolt = addService(addXHCIPCIDevice(*root, "XHC2@0", "", 0x8086, 0x15EC), "XHC2", "01000000");
+    thunderbolt.properties.editableDictionary()["ports"] =
+        PropertyDictionary{{"SSP1", PropertyDictionary{{"port", 3}}}};
+    first.addChild("HS04", "", "AppleUSB20XHCIPort",
+                   {{"port", ByteBuffer{4, 0, 0, 0}}, {"UsbCompanionSS", companion(3, "XHC")}});
+    std::string text = scan();
+    std::string pairs;
+    for (std::size_t at = text.find("  with"); at != std::string::npos; at = text.find("  with", at + 1)) {
+        const std::size_t lineStart = text.rfind('\n', at) + 1;
+        pairs += text.substr(lineStart + 2, 4) + text.substr(at, text.find('\n', at) - at) + "\n";
+    }
+    EXPECT_EQ(pairs, "HS01  with SS01\n"               // by number, own controller
+                     "HS02  with XHC2@01000000 SSP1\n" // to a table port of another controller
+                     "HS04  with XHC@00000000 SS01\n"  // of two XHC, the one pointing back
+                     "SS01  with HS01\n"               // named by nobody, filled from HS01
+                     "HS01  with SS01\n"               // a Linux peer
+                     "SS01  with XHC@14000000 HS04\n"
+                     "SSP1  with XHC@14000000 HS02\n")
+        << text;
+}
+
 TEST_F(NativeUSBTreeScannerTest, SortsByVendorDeviceThenLocationAsNumbersAndTakesTheSourcesTree) {
     for (const auto& [location, device] : {std::pair{"10", 0xA36D}, {"2", 0xA36D}, {"1", 0xA36E}}) {
         addService(addXHCIPCIDevice(*root, "X", location, 0x8086, static_cast<std::uint32_t>(device)), "X");

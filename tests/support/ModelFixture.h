@@ -23,7 +23,11 @@ struct RecordingDesktop final : DesktopServices {
     std::vector<std::filesystem::path> revealed;
     std::vector<std::string> opened;
     void playSound(const std::string& name) override { sounds.push_back(name); }
-    void revealInFileManager(const std::filesystem::path& file) override { revealed.push_back(file); }
+    bool canReveal = true;
+    bool revealInFileManager(const std::filesystem::path& file) override {
+        revealed.push_back(file);
+        return canReveal;
+    }
     void openURL(const std::string& address) override { opened.push_back(address); }
 };
 

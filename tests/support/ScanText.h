@@ -12,7 +12,21 @@ namespace korvane {
 // each controller and one for each of its ports:
 //   8086:a36d XHC1@14  AppleIntelCNLUSBXHCI  pci8086,a36d  "Intel Corporation Cannon Lake ..."
 //     HS13  13  255  @14d00000  "FaceTime HD Camera (Built-in)"  // the comment, when there is one
+// and, for a port with a companion, "  with SS01" (same controller) or
+// "  with XHC2@00000000 SSP1" behind the device.
 inline std::string scanText(const std::vector<USBControllerMap>& controllers) {
+    auto companionOf = [&controllers](const USBPortMap& port, const USBControllerMap& own) -> std::string {
+        for (const auto& controller : controllers) {
+            for (const auto& other : controller.ports) {
+                if (usbPortStableID(controller, other) == port.companionKey) {
+                    return "  with " +
+                           (&controller == &own ? "" : controller.name + "@" + controller.location + " ") +
+                           other.name;
+                }
+            }
+        }
+        return port.companionKey.empty() ? "" : "  with ?" + port.companionKey;
+    };
     std::string text;
     for (const auto& controller : controllers) {
         text += vendorDeviceText(controller.vendorID, controller.deviceID) + " " + controller.name + "@" +
@@ -22,7 +36,7 @@ inline std::string scanText(const std::vector<USBControllerMap>& controllers) {
             const auto number = portNumber(port.portData);
             text += "  " + port.name + "  " + (number ? std::to_string(*number) : "-") + "  " +
                     std::to_string(port.connector) + "  @" + port.location + "  \"" + port.activeDevice +
-                    "\"";
+                    "\"" + companionOf(port, controller);
             text += port.comment.empty() ? "\n" : "  // " + port.comment + "\n";
         }
     }

@@ -3,12 +3,17 @@
 #include "ViewFixture.h"
 #include "ui/ControllerList.h"
 #include "ui/ControllerSection.h"
+#include "ui/OutcomePanel.h"
 #include "ui/StatusBadge.h"
+#include "ui/TargetModelField.h"
 #include "ui/USBPortEditRow.h"
 
 #include <QCheckBox>
+#include <QClipboard>
 #include <QComboBox>
+#include <QKeyEvent>
 #include <QLabel>
+#include <QPlainTextEdit>
 #include <QPushButton>
 #include <QScrollBar>
 #include <fstream>
@@ -34,6 +39,8 @@ class ContentViewTest : public ViewFixture {
     void TearDown() override { view.reset(); }
 
     const ContentView::Parts& parts() const { return view->parts(); }
+    // A button's label as shown, without its mnemonic's marker.
+    static QString shown(const QPushButton& button) { return QString(button.text()).remove('&'); }
     std::vector<ControllerSection*> sections() const { return parts().list->sections(); }
     bool isListShown() const { return parts().list->isVisibleTo(view.get()); }
 
@@ -44,26 +51,39 @@ class ContentViewTest : public ViewFixture {
 
 // Which controls are enabled in each state of the model the window can meet,
 // as a row of flags: Reset Ports, Update IDs, Select All, Deselect All,
-// Generate, Open ZIP and Donate; then the two labels that change and the badge.
-TEST_F(ContentViewTest, ControlsFollowTheModelsState) {
-    const std::tuple<const char*, std::function<void()>, const char*, const char*> states[] = {
-        {"no controllers", [&] { scanShowing({}); }, "1100101", "Reset Ports|Update IDs|Ready"},
-        {"loaded", [&] { scanShowing(twoControllers); }, "1111101", "Reset Ports|Update IDs|Ready"},
+// Generate, Open ZIP and Donate; then the two labels that change and the
+// badge; then the outcome lines under the action row.
+TEST_F(ContentViewTest, ControlsAndOutcomesFollowTheModelsState) {
+    const std::string noNetwork =
+        "pci.ids update failed: Could not resolve host | usb.ids update failed: Could not resolve host";
+    const std::tuple<const char*, std::function<void()>, const char*, const char*, std::string> states[] = {
+        {"no controllers", [&] { scanShowing({}); }, "1100101", "Reset Ports|Update IDs|Ready", ""},
+        {"loaded", [&] { scanShowing(twoControllers); }, "1111101", "Reset Ports|Update IDs|Ready", ""},
         // silent, but the label still says so
-        {"scanning", [&] { model->refreshActiveUSBDevices(); }, "0011101", "Resetting...|Update IDs|Ready"},
+        {"scanning", [&] { model->refreshActiveUSBDevices(); }, "0011101", "Resetting...|Update IDs|Ready",
+         ""},
         {"updating",
          [&] {
              scheduler.runUntilIdle();
              model->updateIDsDatabases();
          },
-         "0011101", "Reset Ports|Updating IDs...|Ready"},
+         "0011101", "Reset Ports|Updating IDs...|Ready", ""},
         {"running",
          [&] {
              scheduler.runUntilIdle();
              model->startCollection();
          },
-         "0000000", "Reset Ports|Update IDs|Running"},
-        {"completed", [&] { scheduler.runUntilIdle(); }, "1111111", "Reset Ports|Update IDs|Completed"},
+         "0000000", "Reset Ports|Update IDs|Running", noNetwork},
+        {"completed", [&] { scheduler.runUntilIdle(); }, "1111111", "Reset Ports|Update IDs|Completed",
+         noNetwork},
+        {"ZIP gone",
+         [&] {
+             std::filesystem::remove(*model->lastZipURL());
+             parts().openZip->click();
+         },
+         "1111111", "Reset Ports|Update IDs|Completed",
+         noNetwork + "\nOpen ZIP found nothing: " + (desktopFolder / "Korvane.zip").string() +
+             " was moved or deleted."},
         {"failed",
          [&] {
              // A file where the Desktop should be: the work folder can't be made.
@@ -72,9 +92,11 @@ TEST_F(ContentViewTest, ControlsFollowTheModelsState) {
              model->startCollection();
              scheduler.runUntilIdle();
          },
-         "1111101", "Reset Ports|Update IDs|Ready"},
+         "1111101", "Reset Ports|Update IDs|Ready", "ERROR: Not a directory\n" + noNetwork},
+        {"next run", [&] { model->startCollection(); }, "0000000", "Reset Ports|Update IDs|Running",
+         noNetwork},
     };
-    for (const auto& [name, enter, enabled, labels] : states) {
+    for (const auto& [name, enter, enabled, labels, outcome] : states) {
         enter();
         const auto& p = parts();
         std::string flags;
@@ -83,9 +105,17 @@ TEST_F(ContentViewTest, ControlsFollowTheModelsState) {
             flags += button->isEnabled() ? '1' : '0';
         }
         EXPECT_EQ(flags, enabled) << name;
-        EXPECT_EQ((p.resetPorts->text() + "|" + p.updateIDs->text() + "|" + p.badge->text()).toStdString(),
+        EXPECT_EQ((shown(*p.resetPorts) + "|" + shown(*p.updateIDs) + "|" + p.badge->text()).toStdString(),
                   labels)
             << name;
+        QStringList lines;
+        for (const QLabel* line :
+             {p.outcome->runError(), p.outcome->idsUpdateResult(), p.outcome->openZipProblem()}) {
+            if (line->isVisibleTo(view.get())) {
+                lines << line->text();
+            }
+        }
+        EXPECT_EQ(lines.join("\n").toStdString(), outcome) << name;
     }
 }
 
@@ -219,6 +249,115 @@ TEST_F(ContentViewTest, PortLimitAlertStandsOnceAndOKOnlyDismisses) {
     QApplication::processEvents();
     EXPECT_FALSE(model->showPortLimitWarning());
     EXPECT_EQ(model->selectedPortIDs().size(), 16u) << "the selection stays";
+}
+
+// What is typed is the choice; the warning stands while the model is "Mac"
+// or not shaped like a Mac model, and like-named controllers are noted.
+TEST_F(ContentViewTest, TheTargetModelFieldSetsTheChoiceAndWarnsWhereMacOSWouldIgnoreTheMap) {
+    scanShowing({intelXHC(makePorts(1, 1)), makeController("XHC", 0x8086, 0x15e9, makePorts(1, 1))});
+    QComboBox& field = *parts().targetModel->menu();
+    const std::tuple<QString, QString, QString> rows[] = {
+        {"", "no model found", "macOS applies this map only on a Mac of the model it names."},
+        {"iMac19,1", "your choice", ""},
+        {"Mac", "your choice", "macOS applies this map only on a Mac of the model it names."},
+        {"My Mac", "your choice",
+         "\u201CMy Mac\u201D isn't shaped like a Mac model (iMac19,1, MacBookPro15,2): macOS applies this "
+         "map "
+         "only on a Mac whose model is exactly this text."},
+    };
+    for (const auto& [typed, source, warning] : rows) {
+        field.setEditText(typed);
+        QApplication::processEvents();
+        EXPECT_EQ(model->targetModelChoice(), typed.toStdString());
+        EXPECT_EQ(parts().targetModel->sourceLabel()->text(), source) << typed.toStdString();
+        EXPECT_EQ(parts().targetModelWarning->text(), warning) << typed.toStdString();
+        EXPECT_EQ(parts().targetModelWarning->isVisibleTo(view.get()), !warning.isEmpty());
+    }
+    EXPECT_THAT(parts().personalityNotes->text().toStdString(),
+                testing::HasSubstr("merge personality is named My Mac-XHC 8086_15E9"));
+    view->setSettingsProblem("The target model can't be remembered for the next start: Not a directory");
+    EXPECT_THAT(parts().targetModelWarning->text().toStdString(), testing::EndsWith("Not a directory"));
+}
+
+TEST_F(ContentViewTest, EachSectionSaysWhatARunWouldWriteForIt) {
+    scanShowing(twoControllers);
+    auto lines = [this] {
+        std::vector<std::string> texts;
+        for (auto* section : sections()) {
+            texts.push_back(section->contribution()->text().toStdString());
+        }
+        return texts;
+    };
+    EXPECT_THAT(lines(), ElementsAre("1 port checked", "support personality only"));
+    sections()[0]->header()->click(); // closed sections say it too
+    parts().deselectAll->click();
+    EXPECT_THAT(lines(), ElementsAre("no port checked: the built-in template's 24 ports will be written",
+                                     "support personality only"));
+    parts().selectAll->click();
+    EXPECT_THAT(lines(), ElementsAre("4 ports checked", "2 ports checked"));
+}
+
+// Tab walks the window as it reads: the editor's buttons, each section's
+// header and rows, the action row, the log toggle, the footer. The keyboard
+// starts at the first control once the first scan is in.
+TEST_F(ContentViewTest, TheKeyboardFollowsTheReadingOrder) {
+    view->show();
+    QApplication::setActiveWindow(view.get());
+    scans.push_back({{intelXHC(makePorts(1, 1)), makeController("XHC2", 0x1b73, 0x1100, makePorts(1))}});
+    scheduler.runUntilIdle();
+    QApplication::processEvents();
+
+    std::vector<std::string> visited;
+    for (int step = 0; step < 14; ++step) {
+        QWidget* focused = QApplication::focusWidget();
+        const auto* button = qobject_cast<const QPushButton*>(focused);
+        visited.push_back((button ? shown(*button) : focused->accessibleName()).toStdString());
+        QKeyEvent tab(QEvent::KeyPress, Qt::Key_Tab, Qt::NoModifier);
+        QApplication::sendEvent(focused, &tab);
+    }
+    EXPECT_THAT(visited, ElementsAre("Reset Ports", "Update IDs", "Select All", "Deselect All", "XHC",
+                                     "Selected", "Connector", "XHC2", "Selected", "Connector",
+                                     "Generate Korvane.kext", "Target Mac model", "Log", "PayPal Donate"));
+
+    // Every button in sight has a mnemonic, and no two share one.
+    std::set<QChar> keys;
+    std::size_t shownButtons = 0;
+    for (const QPushButton* button : view->findChildren<QPushButton*>()) {
+        if (!button->isVisibleTo(view.get())) {
+            continue;
+        }
+        ++shownButtons;
+        const auto marker = button->text().indexOf('&');
+        ASSERT_GE(marker, 0) << button->text().toStdString();
+        keys.insert(button->text().at(marker + 1).toLower());
+    }
+    EXPECT_EQ(keys.size(), shownButtons);
+}
+
+class LogPanelTest : public ContentViewTest {
+  protected:
+    static constexpr const char* uuid = "12345678-ABCD-1234-ABCD-1234567890AB";
+    void customise(CollectorEnvironment&) override {
+        desktopFolder = home.path() / (std::string("Desktop-") + uuid);
+        std::filesystem::create_directories(desktopFolder);
+    }
+};
+
+TEST_F(LogPanelTest, TheLogShowsAsItGrowsAndIsCopiedMasked) {
+    OutcomePanel& outcome = *parts().outcome;
+    model->prepareInitialChecks();
+    EXPECT_FALSE(outcome.log()->isVisibleTo(view.get())) << "collapsed at first";
+    outcome.logToggle()->click();
+    EXPECT_TRUE(outcome.log()->isVisibleTo(view.get()));
+    EXPECT_EQ(outcome.log()->toPlainText().toStdString(), model->logText());
+    scanShowing(twoControllers);
+    EXPECT_EQ(outcome.log()->toPlainText().toStdString(), model->logText()) << "new lines follow";
+
+    outcome.copyLog()->click();
+    const std::string copied = QApplication::clipboard()->text().toStdString();
+    EXPECT_THAT(copied,
+                testing::HasSubstr("Target Desktop: " + (home.path() / "Desktop-XX-MASKED-UUID").string()));
+    EXPECT_THAT(copied, testing::Not(testing::HasSubstr(uuid)));
 }
 
 } // namespace

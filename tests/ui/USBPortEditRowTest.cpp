@@ -2,9 +2,12 @@
 
 #include "ViewFixture.h"
 
+#include <QAction>
 #include <QCheckBox>
 #include <QComboBox>
 #include <QLabel>
+#include <QPushButton>
+#include <QToolButton>
 
 namespace korvane {
 namespace {
@@ -61,6 +64,29 @@ TEST_F(USBPortEditRowTest, UnnamedConnectorShowsUntilTheUserPicks) {
     pick("USB2");
     EXPECT_EQ(model->connectorFor(controller, controller.ports[0]), 0);
     EXPECT_EQ(row->connectorMenu()->count(), 5) << "the extra entry goes once a named code is chosen";
+}
+
+TEST_F(USBPortEditRowTest, ACompanionShowsBesideThePortIsOfferedOnCheckingAndCanShareTheType) {
+    controller = makeController("XHC", 0x8086, 0xa36d, {makePort("HS01", 1), makePort("SS01", 17)});
+    controller.ports[0].companionKey = usbPortStableID(controller, controller.ports[1]);
+    scanShowing({controller});
+    row = std::make_unique<USBPortEditRow>(model, controller, controller.ports[0]);
+    USBPortEditRow lonely(model, controller, controller.ports[1]);
+    EXPECT_EQ(row->companionButton()->text(), "with SS01");
+    EXPECT_TRUE(lonely.companionButton()->isHidden());
+    EXPECT_TRUE(row->companionOffer()->isHidden());
+
+    row->checkbox()->click();
+    EXPECT_FALSE(row->companionOffer()->isHidden());
+    EXPECT_EQ(row->companionOffer()->text(), "Chec&k SS01 too");
+    row->companionOffer()->click();
+    EXPECT_TRUE(model->isPortSelected(controller, controller.ports[1]));
+    EXPECT_TRUE(row->companionOffer()->isHidden());
+
+    row->sameTypeAction()->trigger();
+    pick("Type-C");
+    EXPECT_EQ(model->connectorFor(controller, controller.ports[1]), 10);
+    EXPECT_TRUE(row->sameTypeAction()->isChecked());
 }
 
 } // namespace

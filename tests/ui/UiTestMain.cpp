@@ -17,9 +17,15 @@ class QtApplicationEnvironment : public testing::Environment {
         if (!std::getenv("DISPLAY") && !std::getenv("WAYLAND_DISPLAY")) {
             setenv("QT_QPA_PLATFORM", "offscreen", 0);
         }
+#ifdef KORVANE_TEST_SCALE_FACTOR
+        // The screen scale these tests are about, whoever runs them.
+        setenv("QT_SCALE_FACTOR", KORVANE_TEST_SCALE_FACTOR, 1);
+#endif
         application_ = std::make_unique<QApplication>(argc_, argv_);
     }
-    void TearDown() override { application_.reset(); }
+    void TearDown() override {
+        application_.reset();
+    }
 
   private:
     int& argc_;

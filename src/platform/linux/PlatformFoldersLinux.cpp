@@ -44,13 +44,16 @@ std::optional<std::filesystem::path> userDirValue(std::string_view value, const 
 
 } // namespace
 
+std::filesystem::path configurationDirectory(const Environment& environment) {
+    if (auto configHome = environment("XDG_CONFIG_HOME"); configHome && configHome->starts_with("/")) {
+        return *configHome;
+    }
+    return homeDirectory(environment) / ".config";
+}
+
 std::filesystem::path desktopURL(const Environment& environment) {
     const auto home = homeDirectory(environment);
-    auto configHome = environment("XDG_CONFIG_HOME").value_or("");
-    if (!configHome.starts_with("/")) {
-        configHome = (home / ".config").string();
-    }
-    if (auto contents = readFileBytes(std::filesystem::path(configHome) / "user-dirs.dirs")) {
+    if (auto contents = readFileBytes(configurationDirectory(environment) / "user-dirs.dirs")) {
         std::istringstream lines(*contents);
         std::string line;
         std::optional<std::filesystem::path> desktop;

@@ -51,12 +51,8 @@ std::optional<PCIAddress> PCIAddress::parse(std::string_view name) {
     return address;
 }
 
-std::string PCIAddress::registryLocation() const {
-    std::string text = lowerHex(device);
-    if (function != 0) {
-        text += ',' + lowerHex(function);
-    }
-    return text;
+std::string PCIAddress::debugText() const {
+    return std::to_string(bus) + ':' + std::to_string(device) + ':' + std::to_string(function);
 }
 
 std::optional<std::string> firmwareNodePath(const std::filesystem::path& deviceDirectory) {
@@ -135,7 +131,7 @@ PropertyDictionary SysfsPCIDevice::properties() const {
     if (auto path = firmwareNodePath(directory_)) {
         properties["acpi-path"] = *path;
     }
-    properties["location"] = address_.registryLocation();
+    properties["pcidebug"] = address_.debugText();
     return properties;
 }
 

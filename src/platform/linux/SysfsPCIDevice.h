@@ -18,14 +18,17 @@ struct PCIAddress {
     std::uint32_t function = 0;
 
     static std::optional<PCIAddress> parse(std::string_view name);
-    // The registry's location of the function: "14", or "0,3" for a function
-    // other than 0.
-    std::string registryLocation() const;
+    // "bus:device:function" in decimal, as the Mac's registry writes it in a
+    // PCI device's `pcidebug`.
+    std::string debugText() const;
 };
 
 // The PCI function's properties in the registry's conventions: IDs and class
 // as 4-byte little-endian data, `name`/`IOName` from the firmware when it
-// describes the device, `compatible`, `acpi-path` and `location`.
+// describes the device, `compatible`, `acpi-path` and `pcidebug`. Like the
+// Mac's, they hold no `location`: a controller takes its location from its
+// host service, which is unique on the machine, where the device number
+// alone is not (two controllers behind two bridges are both device 0).
 class SysfsPCIDevice {
   public:
     SysfsPCIDevice(std::filesystem::path directory, PCIAddress address)

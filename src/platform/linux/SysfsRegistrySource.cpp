@@ -7,6 +7,11 @@
 
 namespace korvane {
 
+struct SysfsRegistrySource::XHCIFunction {
+    NativeUSBNode* node;
+    SysfsPCIDevice device;
+};
+
 SysfsRegistrySource::SysfsRegistrySource(std::filesystem::path sysfsRoot) : root_(std::move(sysfsRoot)) {}
 
 std::unique_ptr<NativeUSBNode> SysfsRegistrySource::copyRoot() const {
@@ -17,6 +22,7 @@ std::unique_ptr<NativeUSBNode> SysfsRegistrySource::copyRoot() const {
     }
     auto root = std::make_unique<NativeUSBNode>("Root", "", "IORegistryEntry", PropertyDictionary{}, nullptr);
     SysfsTreeBuilder builder;
+    std::vector<XHCIFunction> xhci;
     // pci0000:00, pci0000:40, ...: one per host bridge (PCI segment and root bus).
     for (const auto& name : sysfs::subdirectories(devices)) {
         if (!name.starts_with("pci")) {
@@ -26,14 +32,25 @@ std::unique_ptr<NativeUSBNode> SysfsRegistrySource::copyRoot() const {
         properties["IOName"] = firmwareNodeName(devices / name).value_or(name);
         properties["sysfs-name"] = name;
         if (NativeUSBNode* host = builder.add(*root, "pci_host_bridge", std::move(properties))) {
-            addPCIChildren(*host, devices / name, builder, 1);
+            addPCIChildren(*host, devices / name, builder, 1, xhci);
         }
+    }
+    std::vector<PCIAddress> addresses;
+    addresses.reserve(xhci.size());
+    for (const auto& function : xhci) {
+        addresses.push_back(function.device.address());
+    }
+    const auto locationIDs = uniqueControllerLocationIDs(addresses);
+    for (std::size_t i = 0; i < xhci.size(); ++i) {
+        SysfsXHCIService(xhci[i].device, root_ / "kernel" / "debug", locationIDs[i])
+            .addTo(*xhci[i].node, builder);
     }
     return root;
 }
 
 void SysfsRegistrySource::addPCIChildren(NativeUSBNode& parent, const std::filesystem::path& directory,
-                                         SysfsTreeBuilder& builder, int depth) const {
+                                         SysfsTreeBuilder& builder, int depth,
+                                         std::vector<XHCIFunction>& xhci) const {
     if (depth > SysfsTreeBuilder::maxDepth) {
         return;
     }
@@ -48,10 +65,10 @@ void SysfsRegistrySource::addPCIChildren(NativeUSBNode& parent, const std::files
             return;
         }
         if (device.isXHCI()) {
-            SysfsXHCIService(device, root_ / "kernel" / "debug").addTo(*node, builder);
+            xhci.push_back({node, device});
         }
         // Functions behind a bridge sit in the bridge's folder.
-        addPCIChildren(*node, device.directory(), builder, depth + 1);
+        addPCIChildren(*node, device.directory(), builder, depth + 1, xhci);
     }
 }
 

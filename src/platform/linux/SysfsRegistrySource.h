@@ -3,6 +3,7 @@
 #include "scanner/RegistrySource.h"
 
 #include <filesystem>
+#include <vector>
 
 namespace korvane {
 
@@ -25,8 +26,12 @@ class SysfsRegistrySource final : public RegistrySource {
     std::unique_ptr<NativeUSBNode> copyRoot() const override;
 
   private:
+    struct XHCIFunction;
+
+    // Adds the PCI functions below `directory`; the xHCI ones are gathered
+    // in `xhci` for their services, which need every controller's address.
     void addPCIChildren(NativeUSBNode& parent, const std::filesystem::path& directory,
-                        SysfsTreeBuilder& builder, int depth) const;
+                        SysfsTreeBuilder& builder, int depth, std::vector<XHCIFunction>& xhci) const;
 
     std::filesystem::path root_;
 };

@@ -191,8 +191,36 @@ std::vector<SysfsXHCIService::RootPort> SysfsXHCIService::rootPorts() const {
     return ports;
 }
 
+std::vector<std::uint32_t> uniqueControllerLocationIDs(const std::vector<PCIAddress>& controllers) {
+    constexpr std::uint32_t values = 256;
+    std::vector<bool> isTaken(values, false);
+    std::vector<std::optional<std::uint32_t>> topBytes(controllers.size());
+    for (std::size_t i = 0; i < controllers.size(); ++i) {
+        const std::uint32_t own = controllers[i].device % values;
+        if (!isTaken[own]) {
+            isTaken[own] = true;
+            topBytes[i] = own;
+        }
+    }
+    std::vector<std::uint32_t> locationIDs;
+    locationIDs.reserve(controllers.size());
+    for (std::size_t i = 0; i < controllers.size(); ++i) {
+        std::uint32_t value = controllers[i].device % values;
+        if (!topBytes[i]) {
+            // More than 256 controllers can't all be told apart; past that
+            // the values repeat rather than run out.
+            for (std::uint32_t step = 1; step < values && isTaken[value]; ++step) {
+                value = (value + 1) % values;
+            }
+            isTaken[value] = true;
+        }
+        locationIDs.push_back(value << 24);
+    }
+    return locationIDs;
+}
+
 void SysfsXHCIService::addTo(NativeUSBNode& pciNode, SysfsTreeBuilder& builder) const {
-    const std::uint32_t controllerLocation = pci_.address().device << 24;
+    const std::uint32_t controllerLocation = locationID_;
     PropertyDictionary service;
     if (auto name = pciNode.properties.value("IOName")) {
         service["name"] = std::move(*name);

@@ -32,8 +32,10 @@ class SysfsXHCIService {
         std::string peerName;
     };
 
-    SysfsXHCIService(const SysfsPCIDevice& pci, std::filesystem::path debugfsRoot)
-        : pci_(pci), debugfsRoot_(std::move(debugfsRoot)) {}
+    // `locationID` is the service's, from uniqueControllerLocationIDs(); its
+    // ports' locations sit below it.
+    SysfsXHCIService(const SysfsPCIDevice& pci, std::filesystem::path debugfsRoot, std::uint32_t locationID)
+        : pci_(pci), debugfsRoot_(std::move(debugfsRoot)), locationID_(locationID) {}
 
     void addTo(NativeUSBNode& pciNode, SysfsTreeBuilder& builder) const;
 
@@ -43,6 +45,14 @@ class SysfsXHCIService {
   private:
     const SysfsPCIDevice& pci_;
     std::filesystem::path debugfsRoot_; // <sysfs root>/kernel/debug
+    std::uint32_t locationID_;
 };
+
+// The locationIDs of the machine's xHCI host services, in the order of
+// `controllers`, made the way the Mac makes them: the PCI device number as
+// the top byte, and where an earlier controller holds that value, the next
+// free one. Controllers whose own value is free keep it whatever comes
+// before them, so adding a card moves no other controller's ports.
+std::vector<std::uint32_t> uniqueControllerLocationIDs(const std::vector<PCIAddress>& controllers);
 
 } // namespace korvane

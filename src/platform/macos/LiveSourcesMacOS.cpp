@@ -1,4 +1,5 @@
 #include "platform/LiveSources.h"
+#include "platform/MachineModel.h"
 #include "platform/macos/IOKitHotplugSource.h"
 #include "platform/macos/IOKitRegistrySource.h"
 
@@ -10,6 +11,10 @@ std::unique_ptr<RegistrySource> makeLiveRegistrySource() {
 
 std::unique_ptr<HotplugSource> makeHotplugSource(Scheduler& scheduler) {
     return std::make_unique<IOKitHotplugSource>(scheduler);
+}
+
+std::optional<std::string> liveMachineModel(const ToolPaths& tools) {
+    return sysctlMachineModel(tools.sysctl);
 }
 
 } // namespace korvane

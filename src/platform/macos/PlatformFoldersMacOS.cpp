@@ -18,6 +18,10 @@ std::filesystem::path lockDirectory(const Environment& environment) {
     return homeDirectory(environment) / "Library" / "Caches" / "org.korvanegenerator.KorvaneGenerator";
 }
 
+std::filesystem::path configurationDirectory(const Environment& environment) {
+    return applicationSupportDirectory(environment);
+}
+
 std::filesystem::path executableDirectory() {
     std::uint32_t size = 0;
     _NSGetExecutablePath(nullptr, &size);

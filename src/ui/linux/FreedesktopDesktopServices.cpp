@@ -4,6 +4,7 @@
 #include "ui/SystemDesktopServices.h"
 
 #include <QDBusConnection>
+#include <QDBusConnectionInterface>
 #include <QDBusMessage>
 #include <QDBusPendingCallWatcher>
 #include <QDBusPendingReply>
@@ -62,16 +63,20 @@ void FreedesktopDesktopServices::playSound(const std::string& name) {
     }
 }
 
-void FreedesktopDesktopServices::revealInFileManager(const std::filesystem::path& file) {
+bool FreedesktopDesktopServices::revealInFileManager(const std::filesystem::path& file) {
     const QUrl folder = QUrl::fromLocalFile(fromPath(file.parent_path()));
     QDBusConnection bus = QDBusConnection::sessionBus();
-    if (!bus.isConnected()) {
-        QDesktopServices::openUrl(folder);
-        return;
+    const QString fileManager = "org.freedesktop.FileManager1";
+    // Asked up front, so that a desktop without a file manager is told at once
+    // rather than after the call's time-out.
+    const bool hasFileManager = bus.isConnected() && bus.interface() &&
+                                (bus.interface()->isServiceRegistered(fileManager).value() ||
+                                 bus.interface()->activatableServiceNames().value().contains(fileManager));
+    if (!hasFileManager) {
+        return QDesktopServices::openUrl(folder);
     }
-    QDBusMessage call =
-        QDBusMessage::createMethodCall("org.freedesktop.FileManager1", "/org/freedesktop/FileManager1",
-                                       "org.freedesktop.FileManager1", "ShowItems");
+    QDBusMessage call = QDBusMessage::createMethodCall(fileManager, "/org/freedesktop/FileManager1",
+                                                       "org.freedesktop.FileManager1", "ShowItems");
     call << QStringList{QUrl::fromLocalFile(fromPath(file)).toString()} << QString();
     // Asynchronous, so a slow file manager never holds up the window.
     auto* watcher =
@@ -83,6 +88,7 @@ void FreedesktopDesktopServices::revealInFileManager(const std::filesystem::path
                          }
                          done->deleteLater();
                      });
+    return true;
 }
 
 void FreedesktopDesktopServices::openURL(const std::string& address) {

@@ -19,7 +19,7 @@ class FreedesktopDesktopServices final : public DesktopServices {
     ~FreedesktopDesktopServices() override;
 
     void playSound(const std::string& name) override;
-    void revealInFileManager(const std::filesystem::path& file) override;
+    bool revealInFileManager(const std::filesystem::path& file) override;
     void openURL(const std::string& address) override;
 
     // The sound theme's event for one of the model's sound names: the

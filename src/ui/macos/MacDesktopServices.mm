@@ -19,12 +19,15 @@ class MacDesktopServices final : public DesktopServices {
         }
     }
 
-    void revealInFileManager(const std::filesystem::path& file) override {
+    bool revealInFileManager(const std::filesystem::path& file) override {
         @autoreleasepool {
             NSURL* url = [NSURL fileURLWithPath:[NSString stringWithUTF8String:file.c_str()]];
-            if (url) {
-                [[NSWorkspace sharedWorkspace] activateFileViewerSelectingURLs:@[ url ]];
+            if (!url) {
+                return false;
             }
+            // The Finder is always there to show it.
+            [[NSWorkspace sharedWorkspace] activateFileViewerSelectingURLs:@[ url ]];
+            return true;
         }
     }
 

@@ -8,13 +8,15 @@
 namespace korvane {
 namespace {
 
-TEST(PCIAddressTest, RegistryLocationIsTheDeviceNumberWithTheFunctionWhenNotZero) {
-    const std::pair<const char*, const char*> rows[] = {
-        {"0000:00:14.0", "14"}, {"0000:05:00.3", "0,3"}, {"0000:39:00.0", "0"}, {"0001:3a:1f.7", "1f,7"}};
-    for (const auto& [name, location] : rows) {
+TEST(PCIAddressTest, DebugTextIsBusDeviceAndFunctionInDecimalAsTheMacWritesThem) {
+    const std::pair<const char*, const char*> rows[] = {{"0000:00:14.0", "0:20:0"},
+                                                        {"0000:05:00.3", "5:0:3"},
+                                                        {"0000:39:00.0", "57:0:0"},
+                                                        {"0001:3a:1f.7", "58:31:7"}};
+    for (const auto& [name, debugText] : rows) {
         const auto address = PCIAddress::parse(name);
         ASSERT_TRUE(address) << name;
-        EXPECT_EQ(address->registryLocation(), location) << name;
+        EXPECT_EQ(address->debugText(), debugText) << name;
     }
     for (const char* bad :
          {"pci0000:00", "0000:00:14.8", "0000:00:14", "0000:0g:14.0", "0000:00:14.0x", ""}) {
@@ -42,7 +44,8 @@ TEST_F(SysfsPCIDeviceTest, PropertiesFollowTheRegistrysConventions) {
     EXPECT_EQ(properties.at("IOName"), PropertyValue("XHC"));
     EXPECT_EQ(properties.at("name"), PropertyValue(ByteBuffer{'X', 'H', 'C', 0}));
     EXPECT_EQ(properties.at("acpi-path"), PropertyValue("\\_SB_.PCI0.XHC_"));
-    EXPECT_EQ(properties.at("location"), PropertyValue("14"));
+    EXPECT_EQ(properties.at("pcidebug"), PropertyValue("0:20:0"));
+    EXPECT_EQ(properties.count("location"), 0u) << "the Mac's PCI devices have none";
     const std::string compatible("pci106b,1\0pci8086,a36d\0pciclass,0c0330\0", 39);
     EXPECT_EQ(properties.at("compatible"), PropertyValue(ByteBuffer(compatible.begin(), compatible.end())));
 }
@@ -54,7 +57,7 @@ TEST_F(SysfsPCIDeviceTest, WithoutAFirmwareNameTheIDsNameTheDevice) {
     const auto properties = propertiesOf("0000:05:00.3");
     EXPECT_EQ(properties.at("IOName"), PropertyValue("pci1022,15e0"));
     EXPECT_EQ(properties.count("acpi-path"), 0u);
-    EXPECT_EQ(properties.at("location"), PropertyValue("0,3"));
+    EXPECT_EQ(properties.at("pcidebug"), PropertyValue("5:0:3"));
 }
 
 TEST_F(SysfsPCIDeviceTest, UnreadableIDsGiveAPoorerNodeNotAFailure) {

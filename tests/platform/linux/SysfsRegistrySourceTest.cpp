@@ -65,8 +65,8 @@ TEST(SysfsRegistrySource, LinkLoopsNeitherHangTheWalkNorDoubleNodes) {
     ASSERT_NE(root, nullptr);
     EXPECT_EQ(treeText(*root), "Root <IORegistryEntry>\n"
                                "  pci0000:00 <pci_host_bridge>\n"
-                               "    IOPCIDevice@1C <IOPCIDevice>\n" // a bridge without IDs
-                               "      pci1b21,1242@0 <IOPCIDevice>\n"
+                               "    IOPCIDevice <IOPCIDevice>\n" // a bridge without IDs
+                               "      pci1b21,1242 <IOPCIDevice>\n"
                                "        pci1b21,1242@00000000 <xhci_hcd>\n"
                                "          HS01@00100000 <usb_port>\n"
                                "          HS02@00200000 <usb_port>\n");

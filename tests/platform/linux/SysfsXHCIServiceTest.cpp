@@ -39,7 +39,7 @@ class SysfsXHCIServiceTest : public ::testing::Test {
     std::vector<SysfsXHCIService::RootPort> rootPorts() const {
         const auto address = PCIAddress::parse("0000:00:14.0");
         const SysfsPCIDevice device(folder_.path() / controller, *address);
-        return SysfsXHCIService(device, folder_.path() / "kernel/debug").rootPorts();
+        return SysfsXHCIService(device, folder_.path() / "kernel/debug", 0x14000000).rootPorts();
     }
 
     TempFolder folder_;
@@ -78,6 +78,18 @@ TEST_F(SysfsXHCIServiceTest, DebugfsNumbersWinOverTheGuessButNotOverFirmware) {
         numbers.push_back(port.number);
     }
     EXPECT_EQ(numbers, (std::vector<std::uint32_t>{1, 4, 5, 17, 2}));
+}
+
+// Two Thunderbolt controllers at device 0 behind two bridges, the chipset's
+// at 0x14 and a card at device 1: the card keeps its own value, the second
+// Thunderbolt controller takes the next free one after it.
+TEST(UniqueControllerLocationIDs, TheDeviceNumberIsTheTopByteAndTheNextFreeOneWhenTaken) {
+    std::vector<PCIAddress> controllers;
+    for (const char* name : {"0000:00:14.0", "0000:39:00.0", "0000:3a:00.0", "0000:05:01.0"}) {
+        controllers.push_back(*PCIAddress::parse(name));
+    }
+    EXPECT_EQ(uniqueControllerLocationIDs(controllers),
+              (std::vector<std::uint32_t>{0x14000000, 0x00000000, 0x02000000, 0x01000000}));
 }
 
 } // namespace

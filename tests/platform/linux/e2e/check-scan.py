@@ -3,47 +3,74 @@
 from a VM against the ports the preset's QEMU arguments put there. A scan
 file holds the live scan and the scan of its snapshot.
 
-Usage: check-scan.py PRESET FILE
-PRESET is basic, dual or acpi for a scan, or watch for the hotplug run."""
+Usage: check-scan.py PRESET FILE [ZIP STDERR]
+PRESET is basic, dual or acpi for a scan, watch for the hotplug run, or twin
+for the two like controllers on iMac19,1 firmware, whose `korvane generate`
+left ZIP and wrote STDERR."""
 import json
+import plistlib
 import sys
+import zipfile
 
-# (vendor, device): [(port name, controller port number, attached device)]
-# in scan order. QEMU's xHCI numbers its USB 3 ports first, and a live kernel
-# tells the real numbers through debugfs or, with the acpi preset, _ADR.
+# (vendor, device): for each controller of that ID in scan order, its
+# [(port name, controller port number, attached device, companion's name)].
+# QEMU's xHCI numbers its USB 3 ports first, and a live kernel tells the real
+# numbers through debugfs or, with the acpi preset, _ADR; the kernel's peer
+# links pair HSn with SSn.
 QEMU_XHCI = (0x1B36, 0x000D)
 NEC = (0x1033, 0x0194)
+PAIRED = {f"{a}0{n}": f"{b}0{n}" for n in range(1, 5) for a, b in (("HS", "SS"), ("SS", "HS"))}
 
 
-def qemu_ports(devices):
+def qemu_ports(devices, unpaired=()):
     names = ["SS01", "SS02", "SS03", "SS04", "HS01", "HS02", "HS03", "HS04"]
-    return [(name, i + 1, devices.get(name, "")) for i, name in enumerate(names)]
+    return [(name, i + 1, devices.get(name, ""), None if name in unpaired else PAIRED[name])
+            for i, name in enumerate(names)]
 
 
+BASIC = qemu_ports({"SS04": "QEMU USB HARDDRIVE", "HS01": "QEMU USB Keyboard", "HS02": "QEMU USB Tablet",
+                    "HS03": "QEMU USB Hub"})
 EXPECTED = {
-    "basic": {QEMU_XHCI: qemu_ports({"SS04": "QEMU USB HARDDRIVE", "HS01": "QEMU USB Keyboard",
-                                     "HS02": "QEMU USB Tablet", "HS03": "QEMU USB Hub"})},
-    "acpi": {QEMU_XHCI: qemu_ports({"SS04": "QEMU USB HARDDRIVE", "HS01": "QEMU USB Keyboard",
-                                    "HS02": "QEMU USB Tablet", "HS03": "QEMU USB Hub"})},
+    "basic": {QEMU_XHCI: [BASIC]},
+    # The SSDT's _PLD pairs only ports 1 and 3.
+    "acpi": {QEMU_XHCI: [qemu_ports({"SS04": "QEMU USB HARDDRIVE", "HS01": "QEMU USB Keyboard",
+                                     "HS02": "QEMU USB Tablet", "HS03": "QEMU USB Hub"},
+                                    unpaired=("SS02", "SS04", "HS02", "HS04"))]},
     "dual": {
-        QEMU_XHCI: qemu_ports({"SS03": "QEMU USB HARDDRIVE", "HS01": "QEMU USB Keyboard"}),
-        # nec-usb-xhci p2=6 p3=2: USB 3 ports 1-2, USB 2 ports 3-8.
-        NEC: [("SS01", 1, ""), ("SS02", 2, "QEMU USB HARDDRIVE"), ("HS01", 3, "QEMU USB Tablet"),
-              ("HS02", 4, ""), ("HS03", 5, ""), ("HS04", 6, ""), ("HS05", 7, "QEMU USB Hub"),
-              ("HS06", 8, "QEMU USB HARDDRIVE")],
+        QEMU_XHCI: [qemu_ports({"SS03": "QEMU USB HARDDRIVE", "HS01": "QEMU USB Keyboard"})],
+        # nec-usb-xhci p2=6 p3=2: USB 3 ports 1-2, USB 2 ports 3-8, of which 3-6 have no peer.
+        NEC: [[("SS01", 1, "", "HS01"), ("SS02", 2, "QEMU USB HARDDRIVE", "HS02"),
+               ("HS01", 3, "QEMU USB Tablet", "SS01"), ("HS02", 4, "", "SS02"), ("HS03", 5, "", None),
+               ("HS04", 6, "", None), ("HS05", 7, "QEMU USB Hub", None), ("HS06", 8, "QEMU USB HARDDRIVE", None)]],
     },
+    # Two qemu-xhci behind two PCIe root ports, both device 0 on their bus:
+    # two controllers, locations 00000000 and 01000000, each with its device.
+    "twin": {QEMU_XHCI: [qemu_ports({"HS01": "QEMU USB Keyboard"}), qemu_ports({"HS02": "QEMU USB Tablet"})]},
 }
 # Preset empty with a keyboard plugged into port 1 and pulled again: the
 # first scan, one refresh with the keyboard, one without it.
-WATCH = [qemu_ports({}), qemu_ports({"HS01": "QEMU USB Keyboard"}), qemu_ports({})]
+WATCH = [[qemu_ports({})], [qemu_ports({"HS01": "QEMU USB Keyboard"})], [qemu_ports({})]]
 
 
 def ports_of(scan, identity):
-    for controller in scan["controllers"]:
-        if (controller["vendorID"], controller["deviceID"]) == identity:
-            return [(p["name"], int.from_bytes(bytes.fromhex(p["portData"]), "little"), p["activeDevice"])
-                    for p in controller["ports"]]
-    return None
+    keys = {p["portKey"]: p["name"] for c in scan["controllers"] for p in c["ports"]}
+    return [[(p["name"], int.from_bytes(bytes.fromhex(p["portData"]), "little"), p["activeDevice"],
+              keys.get(p["companion"]) if p["companion"] else None) for p in controller["ports"]]
+            for controller in scan["controllers"] if (controller["vendorID"], controller["deviceID"]) == identity]
+
+
+def check_twin_package(zip_path, stderr_path):
+    """One merge personality for the two (macOS can't tell them apart), named
+    and modelled for the firmware's iMac19,1, and a word on stderr about it."""
+    with zipfile.ZipFile(zip_path) as archive:
+        plist = plistlib.loads(archive.read("KorvaneGenerator_Work/Korvane.kext/Contents/Info.plist"))
+    merges = {name: p["model"] for name, p in plist["IOKitPersonalities"].items()
+              if "IOProviderMergeProperties" in p}
+    stderr = open(stderr_path, encoding="utf-8").read()
+    ok = compare("merge personalities", list(merges.values()), ["iMac19,1"])
+    ok &= compare("merge name", all(name.startswith("iMac19,1-") for name in merges), True)
+    ok &= compare("note on stderr", "which macOS can't tell apart" in stderr, True)
+    return ok & compare("no fallback warning", "--model" in stderr, False)
 
 
 def compare(label, got, want):
@@ -66,9 +93,12 @@ def main():
         ok = compare("JSON objects", len(lines), 2)
         ok &= compare("snapshot scan", lines[1:2], lines[0:1])
         scan = json.loads(lines[0]) if lines else {"controllers": []}
-        ok &= compare("controllers", len(scan["controllers"]), len(EXPECTED[preset]))
+        ok &= compare("controllers", len(scan["controllers"]), sum(map(len, EXPECTED[preset].values())))
         for identity, want in EXPECTED[preset].items():
             ok &= compare(f"{identity[0]:04x}:{identity[1]:04x}", ports_of(scan, identity), want)
+        if preset == "twin":
+            ok &= compare("locations", [c["location"] for c in scan["controllers"]], ["00000000", "01000000"])
+            ok &= check_twin_package(sys.argv[3], sys.argv[4])
     print(f"{preset}: {'ok' if ok else 'FAILED'}")
     return 0 if ok else 1
 

@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
-# The live Linux sources in a real kernel: `korvane scan --json` on three
-# QEMU machines (and again from a `korvane snapshot` of the same tree), and
-# `korvane watch --json` across a plug and an unplug.
+# The live Linux sources in a real kernel: `korvane scan --json` on four
+# QEMU machines (and again from a `korvane snapshot` of the same tree), a
+# `korvane generate` on the fourth, and `korvane watch --json` across a plug
+# and an unplug.
 # Usage: run-e2e.sh KORVANE HARNESS_DIR CACHE_DIR
 # Exits 77 (skipped) when QEMU or the harness isn't installed.
 #
@@ -73,6 +74,28 @@ for preset in basic dual acpi; do
     fi
     python3 "$here/check-scan.py" "$preset" "$work/$preset.out" || failed=1
 done
+
+# Two identical controllers behind two PCIe root ports, a device on each, on
+# firmware that says it is an iMac19,1 (",," is QEMU's escaped comma). The
+# package is made with the stand-in tools beside the program.
+tools=$(dirname "$korvane")/../libexec/korvane-generator
+twin=(--qemu-arg -smbios --qemu-arg "type=1,product=iMac19,,1")
+for n in 1 2; do
+    twin+=(--qemu-arg -device --qemu-arg "pcie-root-port,id=rp$n,chassis=$n,addr=0x$((5 + n))"
+           --qemu-arg -device --qemu-arg "qemu-xhci,id=x$n,bus=rp$n")
+done
+twin+=(--qemu-arg -device --qemu-arg usb-kbd,bus=x1.0,port=1 --qemu-arg -device --qemu-arg usb-tablet,bus=x2.0,port=2)
+if "$harness/run-in-vm.sh" --devices none "${twin[@]}" --file "$korvane:/payload/bin/korvane" \
+    --file "$tools/ditto:/payload/libexec/korvane-generator/ditto" \
+    --file "$tools/plutil:/payload/libexec/korvane-generator/plutil" --out "$work/twin" -- \
+    sh -c 'korvane scan --json && korvane snapshot -o /tmp/tree.plist >/dev/null &&
+           korvane scan --json --registry /tmp/tree.plist && HOME=/out korvane generate >/out/generate.txt' \
+    >"$work/twin.json" 2>"$work/twin.err"; then
+    python3 "$here/check-scan.py" twin "$work/twin.json" "$work/twin/Desktop/Korvane.zip" "$work/twin.err" ||
+        { cat "$work/twin.err"; failed=1; }
+else
+    echo "twin: the VM run failed"; cat "$work/twin.err" "$work/twin/generate.txt" 2>/dev/null; failed=1
+fi
 
 # SIGTERM ends the watch cleanly, so everything it printed arrives.
 vm watch --devices empty --hotplug "$here/plug-keyboard.steps" \

@@ -1,0 +1,26 @@
+#pragma once
+
+#include <filesystem>
+#include <string>
+
+namespace korvane {
+
+// What the window remembers between runs: a JSON object in the user's
+// configuration folder. Keys this version doesn't know are kept as they are.
+struct UserSettings {
+    std::string targetModelChoice; // empty: not chosen
+};
+
+// <configuration folder>/KorvaneGenerator/settings.json on this machine.
+std::filesystem::path userSettingsFile();
+
+// The settings in `file`; a missing, unreadable or damaged file gives the
+// defaults. Never throws.
+UserSettings readUserSettings(const std::filesystem::path& file);
+
+// Writes the settings into `file` atomically, making its folder, and keeps
+// the other keys a readable file already holds. Throws std::system_error
+// (or std::filesystem::filesystem_error) with the platform's wording.
+void writeUserSettings(const std::filesystem::path& file, const UserSettings& settings);
+
+} // namespace korvane

@@ -1,0 +1,75 @@
+#include "package/MergePersonalityNames.h"
+
+#include "package/PersonalityNames.h"
+#include "package/PortsToWrite.h"
+#include "records/ASCIIText.h"
+#include "records/PCIIdentityText.h"
+
+#include <map>
+
+namespace korvane {
+
+namespace {
+
+std::string upperPair(const USBControllerMap& controller) {
+    return asciiUppercased(vendorDeviceText(controller.vendorID, controller.deviceID));
+}
+
+// "XHC@00000000 (8086:15E9)": enough to tell two like-named controllers apart.
+std::string controllerLabel(const USBControllerMap& controller) {
+    std::string label = controller.name.empty() ? "USB Controller" : controller.name;
+    if (!controller.location.empty()) {
+        label += "@" + controller.location;
+    }
+    return label + " (" + upperPair(controller) + ")";
+}
+
+} // namespace
+
+std::vector<MergePersonalitySlot> mergePersonalitySlots(const std::vector<USBControllerMap>& controllers,
+                                                        std::string_view machineModel) {
+    std::vector<MergePersonalitySlot> slots;
+    std::map<std::string, std::size_t> holders; // name -> controller whose entry it is
+    for (std::size_t i = 0; i < controllers.size(); ++i) {
+        const USBControllerMap& controller = controllers[i];
+        if (controller.vendorID < 1 || controller.deviceID < 1 || portsToWrite(controller).ports.empty()) {
+            continue;
+        }
+        MergePersonalitySlot slot{i, mergePersonalityName(controller, machineModel), false, std::nullopt};
+        auto holder = holders.find(slot.name);
+        if (holder != holders.end() &&
+            primaryMatch(controllers[holder->second]) != primaryMatch(controller)) {
+            std::string pair = upperPair(controller);
+            pair[pair.find(':')] = '_';
+            slot.name += " " + pair;
+            slot.isRenamed = true;
+            holder = holders.find(slot.name);
+        }
+        if (holder != holders.end()) {
+            slot.replacedController = holder->second;
+        }
+        holders[slot.name] = i;
+        slots.push_back(std::move(slot));
+    }
+    return slots;
+}
+
+std::vector<std::string> mergePersonalityNotes(const std::vector<USBControllerMap>& controllers,
+                                               std::string_view machineModel) {
+    std::vector<std::string> notes;
+    for (const auto& slot : mergePersonalitySlots(controllers, machineModel)) {
+        const std::string label = controllerLabel(controllers[slot.controller]);
+        if (slot.replacedController) {
+            notes.push_back(label + " has the name and PCI ID of " +
+                            controllerLabel(controllers[*slot.replacedController]) +
+                            ", which macOS can't tell apart: the package keeps one merge personality, " +
+                            slot.name + ", with the ports of " + label + ".");
+        } else if (slot.isRenamed) {
+            notes.push_back(label + " shares its name with a controller of another PCI ID: its merge " +
+                            "personality is named " + slot.name + " so that both are kept.");
+        }
+    }
+    return notes;
+}
+
+} // namespace korvane

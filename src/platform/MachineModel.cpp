@@ -1,0 +1,17 @@
+#include "platform/MachineModel.h"
+
+#include "records/Text.h"
+#include "tools/ProcessRunner.h"
+
+namespace korvane {
+
+std::optional<std::string> sysctlMachineModel(const std::string& sysctlPath) {
+    constexpr double timeout = 5;
+    std::string model = trimmed(runProcessCapturing(sysctlPath, {"-n", "hw.model"}, timeout));
+    if (model.empty() || model.starts_with("Failure/")) {
+        return std::nullopt;
+    }
+    return model;
+}
+
+} // namespace korvane

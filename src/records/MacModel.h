@@ -1,0 +1,18 @@
+#pragma once
+
+#include <string_view>
+
+namespace korvane {
+
+// The Mac model a package is made for: the SMBIOS product name (iMac19,1,
+// MacBookPro15,2) that macOS compares with each merge personality's `model`.
+
+// What a package says when no model is known. macOS applies it on no Mac.
+inline constexpr std::string_view fallbackMacModel = "Mac";
+
+// Letters, digits, a comma, digits: the shape of every Mac model name. A
+// firmware product name of this shape means a Mac (or a machine set up as
+// one); anything else ("Standard PC (Q35 + ICH9, 2009)") is no Mac model.
+bool hasMacModelShape(std::string_view text);
+
+} // namespace korvane

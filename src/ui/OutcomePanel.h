@@ -1,0 +1,59 @@
+#pragma once
+
+#include "collector/CollectorModel.h"
+
+#include <QWidget>
+
+class QLabel;
+class QPlainTextEdit;
+class QPushButton;
+
+namespace korvane {
+
+// Under the action row: what came of the user's last actions (a failed run's
+// ERROR line, the ids update's result line, an Open ZIP that found nothing),
+// and the Log toggle with the log panel it opens: the model's log as it grows,
+// read-only and selectable, with a Copy button. Everything it shows is read
+// from the model; the panel itself remembers only whether the log is open.
+class OutcomePanel : public QWidget {
+  public:
+    explicit OutcomePanel(QWidget* parent = nullptr);
+
+    // Shows what the model holds now.
+    void showModel(const CollectorModel& model);
+    // Colours for the palette the panel stands on.
+    void applyColours();
+
+    QLabel* runError() const { return runError_; }
+    QLabel* idsUpdateResult() const { return idsUpdateResult_; }
+    QLabel* openZipProblem() const { return openZipProblem_; }
+    QPushButton* logToggle() const { return logToggle_; }
+    QPlainTextEdit* log() const { return log_; }
+    QPushButton* copyLog() const { return copyLog_; }
+    bool isLogOpen() const;
+
+    // Puts the log on the clipboard, masked as the ZIP's log file is: a log
+    // that is copied is mostly pasted somewhere public.
+    std::function<void()> onCopy;
+
+  protected:
+    void changeEvent(QEvent* event) override;
+
+  private:
+    void setLogOpen(bool isOpen);
+    void appendNewLog();
+
+    QLabel* runError_;
+    QLabel* idsUpdateResult_;
+    QLabel* openZipProblem_;
+    QPushButton* logToggle_;
+    QWidget* logArea_;
+    QPlainTextEdit* log_;
+    QPushButton* copyLog_;
+    const CollectorModel* model_ = nullptr; // as last shown
+    std::size_t shownLogSize_ = 0;          // how much of its log the view holds
+    bool showsFailedUpdate_ = false;
+    bool isApplyingColours_ = false;
+};
+
+} // namespace korvane

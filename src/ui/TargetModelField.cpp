@@ -1,0 +1,100 @@
+#include "ui/TargetModelField.h"
+
+#include "records/MacModel.h"
+#include "ui/WindowStyle.h"
+
+#include <QComboBox>
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QLineEdit>
+
+namespace korvane {
+
+namespace {
+
+// The SMBIOS models chosen most for machines that run macOS, desktops first,
+// newest first; any other model can be typed.
+constexpr const char* commonMacModels[] = {
+    "iMac20,1",       "iMac20,2",       "iMac19,1",       "iMac18,3",
+    "iMac17,1",       "iMacPro1,1",     "MacPro7,1",      "Macmini8,1",
+    "MacBookPro16,1", "MacBookPro16,2", "MacBookPro16,3", "MacBookPro15,2",
+    "MacBookPro15,1", "MacBookPro14,1", "MacBookAir9,1",  "MacBookAir8,1"};
+
+QString sourceText(TargetMacModel::Source source) {
+    switch (source) {
+    case TargetMacModel::Source::userChoice:
+        return "your choice";
+    case TargetMacModel::Source::thisMachine:
+        return "this machine's";
+    case TargetMacModel::Source::fallback:
+        break;
+    }
+    return "no model found";
+}
+
+} // namespace
+
+QString targetModelWarning(const TargetMacModel& target) {
+    if (target.value == fallbackMacModel) {
+        return "macOS applies this map only on a Mac of the model it names.";
+    }
+    if (!hasMacModelShape(target.value)) {
+        return "\u201C" + QString::fromStdString(target.value) +
+               "\u201D isn't shaped like a Mac model (iMac19,1, MacBookPro15,2): macOS applies this map only "
+               "on a Mac whose model is exactly this text.";
+    }
+    return "";
+}
+
+TargetModelField::TargetModelField(std::shared_ptr<CollectorModel> model, QWidget* parent)
+    : QWidget(parent), model_(std::move(model)), menu_(new QComboBox(this)), source_(new QLabel(this)) {
+    auto* layout = new QHBoxLayout(this);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->setSpacing(6);
+    auto* title = new QLabel("Target Mac model", this);
+    title->setFont(WindowStyle::font(TextStyle::caption, QFont::DemiBold));
+    title->setBuddy(menu_);
+    layout->addWidget(title);
+
+    menu_->setEditable(true);
+    menu_->setInsertPolicy(QComboBox::NoInsert);
+    menu_->setAccessibleName("Target Mac model");
+    menu_->setMinimumWidth(150);
+    menu_->setMinimumHeight(28);
+    for (const char* name : commonMacModels) {
+        menu_->addItem(name);
+    }
+    menu_->setCurrentIndex(-1);
+    layout->addWidget(menu_);
+
+    source_->setFont(WindowStyle::font(TextStyle::caption));
+    source_->setTextFormat(Qt::PlainText);
+    layout->addWidget(source_);
+
+    setToolTip("The SMBIOS model of the Mac this map is for. macOS applies the map only on a Mac of "
+               "this model. Empty: this machine's own model, or \"Mac\" when it names none.");
+
+    // Typing and picking both count; refreshing from the model doesn't come
+    // back here, for setEditText only follows what the model already holds.
+    connect(menu_, &QComboBox::editTextChanged, this, [this](const QString& text) {
+        if (text.trimmed().toStdString() != model_->targetModelChoice()) {
+            model_->setTargetModelChoice(text.toStdString());
+        }
+    });
+    refresh();
+}
+
+void TargetModelField::refresh() {
+    const std::string& choice = model_->targetModelChoice();
+    if (menu_->currentText().trimmed().toStdString() != choice) {
+        menu_->setEditText(QString::fromStdString(choice));
+    }
+    const TargetMacModel target = model_->targetMacModel();
+    // What a run would use when nothing is chosen.
+    const auto& found = model_->machineModel();
+    menu_->lineEdit()->setPlaceholderText(
+        QString::fromStdString(found.value_or(std::string(fallbackMacModel))));
+    source_->setText(sourceText(target.source));
+}
+
+} // namespace korvane
