@@ -13,9 +13,10 @@ packages=(
   # libraries
   libicu-dev libplist-dev libzip-dev libcurl4-openssl-dev libudev-dev
   libcli11-dev libfmt-dev nlohmann-json3-dev
-  # the ids databases bundled with the program, and sysctl, which it asks
-  # for the machine model
-  hwdata procps
+  # the ids databases bundled with the program, sysctl, which it asks for
+  # the machine model, and acpiexec, which reads each port's connector type
+  # from the firmware's ACPI tables
+  hwdata procps acpica-tools
   # the desktop window: Qt 6 Widgets (D-Bus and SVG icons), the sound theme
   # player and fonts for the window
   qt6-base-dev libqt6svg6 libcanberra-dev sound-theme-freedesktop fonts-dejavu-core
@@ -30,7 +31,8 @@ if [ "${1:-}" = "--test" ]; then
     libgtest-dev libgmock-dev googletest libbenchmark-dev libcpp-httplib-dev zip unzip python3
     # the end-to-end test in a real Linux kernel under QEMU (the packages of
     # the qemu-usb harness's own setup.sh)
-    qemu-system-x86 qemu-utils linux-image-amd64 busybox-static cpio kmod udev socat acpica-tools
+    # (acpica-tools, which it needs too, is in the list above)
+    qemu-system-x86 qemu-utils linux-image-amd64 busybox-static cpio kmod udev socat
     # a virtual display for the window's screenshots
     xvfb xauth
     # the Debian package: CPack's dependency list (dpkg-shlibdeps, file) and

@@ -34,7 +34,7 @@ std::vector<USBControllerMap> fourControllersOf26Ports() {
             char name[8];
             std::snprintf(name, sizeof name, "%s%02u", p <= 14 ? "HS" : "SS", p <= 14 ? p : p - 14);
             controller.ports.push_back({name, controller.location, p <= 14 ? 0 : 3, portData(p), "",
-                                        p % 5 == 0 ? "USB Receiver" : "", ""});
+                                        p % 5 == 0 ? "USB Receiver" : ""});
         }
         controllers.push_back(std::move(controller));
     }

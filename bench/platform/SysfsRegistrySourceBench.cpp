@@ -1,3 +1,4 @@
+#include "platform/PlatformFolders.h"
 #include "platform/linux/SysfsRegistrySource.h"
 #include "scanner/NativeUSBTreeScanner.h"
 #include "scanner/PropertyReaders.h"
@@ -96,6 +97,47 @@ void buildTreeAndScan(benchmark::State& state) {
     state.counters["ports"] = static_cast<double>(ports);
 }
 BENCHMARK(buildTreeAndScan)->Unit(benchmark::kMillisecond);
+
+// The firmware's connector types on the capture with ACPI port nodes, in wall
+// time (the work is acpiexec's, in a child): the scan without them, the scan
+// of a new source each time (one acpiexec run for all eight ports), and scans
+// of one kept source, which keeps the run's result.
+const std::filesystem::path firmwareFixture = KORVANE_LIVE_BENCH_FIRMWARE_SYSFS;
+
+void scanFirmwareFixture(benchmark::State& state, bool withAcpiexec, bool isSourceKept) {
+    const auto acpiexec = programOnPath("acpiexec", Environment::process());
+    if (withAcpiexec && !acpiexec) {
+        state.SkipWithError("acpiexec (acpica-tools) is not installed");
+        return;
+    }
+    const auto noIDs = std::filesystem::temp_directory_path() / "korvane-bench-no-ids";
+    IDsNameResolver names(IDsDatabaseLocations{noIDs, noIDs});
+    const std::string tool = withAcpiexec ? *acpiexec : std::string();
+    const SysfsRegistrySource kept(firmwareFixture, tool);
+    if (isSourceKept) {
+        (void)kept.copyRoot(); // the one run, before the timing
+    }
+    std::size_t firmwareTyped = 0;
+    for (auto _ : state) {
+        const SysfsRegistrySource fresh(firmwareFixture, tool);
+        const USBScanResult result = NativeUSBTreeScanner(isSourceKept ? kept : fresh, names).scan();
+        firmwareTyped = 0;
+        for (const auto& port : result.controllers.at(0).ports) {
+            firmwareTyped += port.connectorSource == ConnectorSource::firmware;
+        }
+    }
+    state.counters["firmware_typed_ports"] = static_cast<double>(firmwareTyped);
+}
+BENCHMARK_CAPTURE(scanFirmwareFixture, withoutAcpiexec, false, false)
+    ->Unit(benchmark::kMillisecond)
+    ->UseRealTime();
+BENCHMARK_CAPTURE(scanFirmwareFixture, acpiexecEachScan, true, false)
+    ->Unit(benchmark::kMillisecond)
+    ->UseRealTime()
+    ->Iterations(5);
+BENCHMARK_CAPTURE(scanFirmwareFixture, acpiexecKept, true, true)
+    ->Unit(benchmark::kMillisecond)
+    ->UseRealTime();
 
 } // namespace
 } // namespace korvane

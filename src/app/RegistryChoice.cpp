@@ -1,6 +1,7 @@
 #include "app/RegistryChoice.h"
 
 #include "platform/LiveSources.h"
+#include "platform/PlatformFolders.h"
 #include "savedregistry/SavedRegistry.h"
 
 namespace korvane {
@@ -34,7 +35,7 @@ std::shared_ptr<const RegistrySource> openRegistry(const RegistryChoice& choice)
         }
         return registry;
     }
-    return makeLiveRegistrySource();
+    return makeLiveRegistrySource(platformToolPaths(executableDirectory()));
 }
 
 } // namespace korvane

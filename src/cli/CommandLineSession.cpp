@@ -39,10 +39,18 @@ CommandLineSession::CommandLineSession(const RegistryChoice& choice, bool listen
             printedLog_ = log.size();
         }
     });
+    noticeObserver_ = model_->observe([this] {
+        for (const auto& notice : model_->scanNotices()) {
+            if (toldNotices_.insert(notice).second) {
+                std::fprintf(stderr, "%s\n", notice.c_str());
+            }
+        }
+    });
 }
 
 CommandLineSession::~CommandLineSession() {
     model_->stopObserving(logObserver_);
+    model_->stopObserving(noticeObserver_);
 }
 
 void CommandLineSession::scanForEditing() {

@@ -6,6 +6,8 @@
 
 #include <cstdio>
 #include <memory>
+#include <set>
+#include <string>
 
 namespace korvane {
 
@@ -18,7 +20,8 @@ struct UsageError {
 // The model as the command line drives it: the calling thread is the main
 // thread, the registry is the one the user chose, the desktop services stay
 // quiet (no sounds: nobody sits at a desktop), and the log goes to standard
-// error as it grows, leaving standard output to the results.
+// error as it grows, leaving standard output to the results. What a scan could
+// not learn (its notices) goes to standard error too, each sentence once.
 class CommandLineSession {
   public:
     // Throws UsageError when the chosen registry file can't serve.
@@ -44,6 +47,8 @@ class CommandLineSession {
     std::shared_ptr<CollectorModel> model_;
     std::size_t logObserver_ = 0;
     std::size_t printedLog_ = 0;
+    std::size_t noticeObserver_ = 0;
+    std::set<std::string> toldNotices_;
 };
 
 } // namespace korvane

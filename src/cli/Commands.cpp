@@ -275,6 +275,9 @@ int runPaths() {
     show("ditto:", paths.tools.ditto);
     show("plutil:", paths.tools.plutil);
     show("sysctl:", paths.tools.sysctl);
+    if (!paths.tools.acpiexec.empty()) {
+        show("acpiexec:", paths.tools.acpiexec);
+    }
     return 0;
 }
 

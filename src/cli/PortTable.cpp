@@ -18,6 +18,15 @@ std::string connectorText(std::int64_t code) {
 
 namespace {
 
+nlohmann::json placeJSON(const PortPlace& place) {
+    return {{"panel", place.panel},
+            {"verticalPosition", place.verticalPosition},
+            {"horizontalPosition", place.horizontalPosition},
+            {"dock", place.isOnDock},
+            {"lid", place.isInLid},
+            {"text", portPlaceText(place)}};
+}
+
 std::string controllerName(const USBControllerMap& controller) {
     return controller.name.empty() ? "USB Controller" : controller.name;
 }
@@ -67,11 +76,14 @@ std::string portTable(const CollectorModel& model, const std::set<std::string>& 
                             contributionText(controllerContribution(controller, model.selectedPortIDs())));
         for (const auto& port : controller.ports) {
             const auto key = usbPortStableID(controller, port);
+            const std::string place = port.place ? portPlaceText(*port.place) : std::string();
             text += fmt::format(
-                "  {} [{}] {:<6} port {:<10} {:<15} {:<9} {}\n", changed.contains(key) ? '*' : ' ',
+                "  {} [{}] {:<6} port {:<10} {:<15} {:<9} {:<8} {}{}\n", changed.contains(key) ? '*' : ' ',
                 model.isPortSelected(controller, port) ? 'x' : ' ', port.name, hexString(port.portData),
                 model.companionText(controller, port), connectorText(model.connectorFor(controller, port)),
-                port.activeDevice.empty() ? "No active device" : port.activeDevice);
+                connectorSourceName(model.connectorSourceFor(controller, port)),
+                port.activeDevice.empty() ? "No active device" : port.activeDevice,
+                place.empty() ? "" : "  (" + place + ")");
         }
     }
     text +=
@@ -84,16 +96,19 @@ nlohmann::json portJSON(const CollectorModel& model) {
     for (const auto& controller : model.scannedControllers()) {
         auto ports = nlohmann::json::array();
         for (const auto& port : controller.ports) {
-            ports.push_back({{"name", port.name},
-                             {"location", port.location},
-                             {"connector", model.connectorFor(controller, port)},
-                             {"portData", hexString(port.portData)},
-                             {"comment", port.comment},
-                             {"activeDevice", port.activeDevice},
-                             {"portKey", usbPortStableID(controller, port)},
-                             {"companion", port.companionKey.empty() ? nlohmann::json(nullptr)
-                                                                     : nlohmann::json(port.companionKey)},
-                             {"selected", model.isPortSelected(controller, port)}});
+            ports.push_back(
+                {{"name", port.name},
+                 {"location", port.location},
+                 {"connector", model.connectorFor(controller, port)},
+                 {"portData", hexString(port.portData)},
+                 {"comment", port.comment},
+                 {"activeDevice", port.activeDevice},
+                 {"portKey", usbPortStableID(controller, port)},
+                 {"companion",
+                  port.companionKey.empty() ? nlohmann::json(nullptr) : nlohmann::json(port.companionKey)},
+                 {"selected", model.isPortSelected(controller, port)},
+                 {"connectorSource", connectorSourceName(model.connectorSourceFor(controller, port))},
+                 {"place", port.place ? placeJSON(*port.place) : nlohmann::json()}});
         }
         const auto contribution = controllerContribution(controller, model.selectedPortIDs());
         controllers.push_back({{"name", controller.name},

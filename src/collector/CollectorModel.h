@@ -96,6 +96,9 @@ class CollectorModel : public std::enable_shared_from_this<CollectorModel> {
     bool isScanningUSB() const { return isScanningUSB_; }
     bool isUpdatingIDs() const { return isUpdatingIDs_; }
     bool showPortLimitWarning() const { return showPortLimitWarning_; }
+    // What the last scan could not learn and how to get it (firmware
+    // connector types on Linux without root or acpica-tools), one sentence each.
+    const std::vector<std::string>& scanNotices() const { return scanNotices_; }
     // The user's target Mac model; empty when not chosen.
     const std::string& targetModelChoice() const { return targetModelChoice_; }
     // What this machine said once asked (lookUpMachineModel or a run); no
@@ -143,6 +146,9 @@ class CollectorModel : public std::enable_shared_from_this<CollectorModel> {
     bool isPortSelected(const USBControllerMap& controller, const USBPortMap& port) const;
     // The connector a row shows and a run uses: the user's pick, else the scan's.
     std::int64_t connectorFor(const USBControllerMap& controller, const USBPortMap& port) const;
+    // Where that connector came from: the scan's source, or the user when
+    // their pick differs from the scanned code.
+    ConnectorSource connectorSourceFor(const USBControllerMap& controller, const USBPortMap& port) const;
     void setConnector(const USBControllerMap& controller, const USBPortMap& port, std::int64_t code);
     std::int64_t totalPortCount() const;
     void dismissPortLimitWarning();
@@ -211,6 +217,7 @@ class CollectorModel : public std::enable_shared_from_this<CollectorModel> {
     bool isScanningUSB_ = false;
     bool isUpdatingIDs_ = false;
     bool showPortLimitWarning_ = false;
+    std::vector<std::string> scanNotices_;
     std::string targetModelChoice_;
     std::optional<std::string> machineModel_;
     bool isMachineModelKnown_ = false;

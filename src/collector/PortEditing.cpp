@@ -40,7 +40,8 @@ void CollectorModel::runUSBScanForEditing(bool preserveExistingSelection, bool r
         onMain([this] { append("Scanning USB controllers and ports for editing..."); });
     }
 
-    std::vector<USBControllerMap> controllers = environment_.scanRegistry().controllers;
+    USBScanResult scan = environment_.scanRegistry();
+    std::vector<USBControllerMap> controllers = std::move(scan.controllers);
     for (auto& controller : controllers) {
         if (controller.ports.empty()) {
             controller.ports = legacyUSBPortTemplatePorts(controller);
@@ -64,6 +65,7 @@ void CollectorModel::runUSBScanForEditing(bool preserveExistingSelection, bool r
             preserveExistingSelection ? selectedPortIDs_ : std::set<std::string>{};
         selection.insert(active.begin(), active.end());
         scannedControllers_ = std::move(controllers);
+        scanNotices_ = std::move(scan.notices);
         indexCompanions();
         selectedPortIDs_ = std::move(selection);
         if (resetConnectorOverrides) {
@@ -142,6 +144,11 @@ bool CollectorModel::isPortSelected(const USBControllerMap& controller, const US
 std::int64_t CollectorModel::connectorFor(const USBControllerMap& controller, const USBPortMap& port) const {
     const auto override = connectorOverrides_.find(usbPortStableID(controller, port));
     return override != connectorOverrides_.end() ? override->second : port.connector;
+}
+
+ConnectorSource CollectorModel::connectorSourceFor(const USBControllerMap& controller,
+                                                   const USBPortMap& port) const {
+    return connectorFor(controller, port) == port.connector ? port.connectorSource : ConnectorSource::user;
 }
 
 void CollectorModel::setConnector(const USBControllerMap& controller, const USBPortMap& port,

@@ -231,6 +231,7 @@ std::vector<USBPortMap> parsePorts(const DumpLines& lines, std::size_t begin, st
         }
         const auto stated = firstIntegerProperty(connectorKeys, ownContext);
         port.connector = stated ? *stated : inferredConnectorFromDumpBlock(candidate.name, full);
+        port.connectorSource = stated ? ConnectorSource::registry : ConnectorSource::inferred;
         port.activeDevice = activeDeviceName(full);
         port.comment =
             connectorCommentLabel(port.connector, port.name) + " - Location 0x" + port.location + " - " +

@@ -15,8 +15,8 @@ namespace korvane {
 // program was built for.
 
 // Never null: a platform without a readable registry gives a source whose
-// tree is empty.
-std::unique_ptr<RegistrySource> makeLiveRegistrySource();
+// tree is empty. `tools` names the tools the source may run (acpiexec on Linux).
+std::unique_ptr<RegistrySource> makeLiveRegistrySource(const ToolPaths& tools);
 
 // Null where the platform can't tell about USB devices coming and going.
 // Events reach the main thread through `scheduler`.

@@ -4,6 +4,9 @@
 #include "tools/ToolPaths.h"
 
 #include <filesystem>
+#include <optional>
+#include <string>
+#include <string_view>
 
 namespace korvane {
 
@@ -51,7 +54,11 @@ std::filesystem::path resourceDirectory();
 // Where the external tools are, found relative to the running program:
 //   macOS: the system's own ditto, plutil and sysctl.
 //   Linux: our stand-ins for ditto and plutil in ../libexec/korvane-generator
-//   (build and installed trees alike), and the system's sysctl.
+//   (build and installed trees alike), the system's sysctl, and acpiexec
+//   from PATH (where acpica-tools puts it, /usr/bin, when it isn't there).
 ToolPaths platformToolPaths(const std::filesystem::path& executableFolder);
+
+// The first executable file `name` in the absolute folders of PATH.
+std::optional<std::string> programOnPath(std::string_view name, const Environment& environment);
 
 } // namespace korvane

@@ -25,6 +25,25 @@ inline constexpr std::array<std::int64_t, 5> connectorMenuCodes = {
 // The menu label of a named code; none for any other value.
 std::optional<std::string_view> connectorMenuLabel(std::int64_t code);
 
+// Where a port's connector code came from. A front shows it beside the code,
+// so that a guess is never taken for what the machine stated.
+enum class ConnectorSource {
+    firmware, // the port's ACPI _UPC, evaluated from the machine's tables
+    registry, // a UsbConnector (or like) property the registry or dump stated
+    kernel,   // Linux: the port's connect_type or its root hub's USB version
+    peer,     // Linux: the USB 2 half of a port that has a USB 3 peer
+    inferred, // worked out from the name and what is attached
+    user,     // the user's own pick, differing from the scanned code
+};
+
+// "firmware", "registry", "kernel", "peer", "inferred", "user": the word the
+// registry property connector-source, the command line and scripts use.
+std::string_view connectorSourceName(ConnectorSource source);
+// The source a word names; none for any other text.
+std::optional<ConnectorSource> connectorSourceNamed(std::string_view name);
+// One sentence for a person: where the code came from and how far to trust it.
+std::string_view connectorSourceDescription(ConnectorSource source);
+
 // The label a port comment uses. Code 3 reads "USB3" only on a port whose
 // upper-cased name begins with "SS": on an HSxx port it marks the USB 2 half of
 // a USB 3 connector.

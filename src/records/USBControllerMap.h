@@ -33,6 +33,9 @@ std::string usbPortStableID(const USBControllerMap& controller, const USBPortMap
 
 struct USBScanResult {
     std::vector<USBControllerMap> controllers;
+    // What the scan could not learn and how the user can get it, one
+    // sentence each, to be told once; none when nothing is missing.
+    std::vector<std::string> notices{};
 
     bool operator==(const USBScanResult&) const = default;
 };

@@ -1,8 +1,11 @@
 #pragma once
 
+#include "records/Connector.h"
 #include "records/PortNumber.h"
+#include "records/PortPlace.h"
 
 #include <cstdint>
+#include <optional>
 #include <string>
 
 namespace korvane {
@@ -15,10 +18,12 @@ struct USBPortMap {
     ByteBuffer portData;
     std::string comment;
     std::string activeDevice; // non-empty makes the port count as active
+    ConnectorSource connectorSource = ConnectorSource::inferred;
+    std::optional<PortPlace> place{}; // where the socket is, when the firmware says
     // The port key (usbPortStableID) of the other half of its connector: the
     // SuperSpeed port of a USB 2 port or the other way round, possibly on
     // another controller. Empty when the registry names none.
-    std::string companionKey;
+    std::string companionKey{};
 
     // Identity of a row within one controller's list: name|location|hex(portData).
     std::string stableID() const;

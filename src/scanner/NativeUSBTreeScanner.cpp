@@ -18,6 +18,26 @@ std::string vendorDevicePair(const PCIIdentity& identity) {
     return vendorDeviceText(identity.vendorID, identity.deviceID);
 }
 
+// The sentences a source left on the root for the user (a Linux scan without
+// firmware connector types says how to get them). A saved tree may hold
+// anything there, so only a few short texts pass.
+std::vector<std::string> scanNotices(const NativeUSBNode& root) {
+    constexpr std::size_t maxNotices = 4;
+    constexpr std::size_t maxNoticeBytes = 512;
+    std::vector<std::string> notices;
+    const auto found = root.properties.find("scan-notices");
+    if (found == root.properties.end() || !found->second.array()) {
+        return notices;
+    }
+    for (const auto& value : *found->second.array()) {
+        if (value.text() && !value.text()->empty() && value.text()->size() <= maxNoticeBytes &&
+            notices.size() < maxNotices) {
+            notices.push_back(*value.text());
+        }
+    }
+    return notices;
+}
+
 } // namespace
 
 USBScanResult NativeUSBTreeScanner::scan() const {
@@ -103,7 +123,7 @@ USBScanResult NativeUSBTreeScanner::scanTree(const NativeUSBNode& root) const {
                          }
                          return localizedStandardLess(a.location, b.location);
                      });
-    return {std::move(controllers)};
+    return {std::move(controllers), scanNotices(root)};
 }
 
 } // namespace korvane

@@ -21,7 +21,7 @@ std::optional<std::string> textOrNameData(const std::optional<PropertyValue>& va
     return std::nullopt;
 }
 
-struct PortPlace {
+struct PortIndex {
     std::size_t controller;
     std::size_t port;
 };
@@ -32,19 +32,19 @@ class CompanionResolver {
                       const std::vector<std::map<std::string, CompanionReference>>& references)
         : controllers_(controllers), references_(references) {}
 
-    std::optional<PortPlace> companionOf(PortPlace place) const {
+    std::optional<PortIndex> companionOf(PortIndex place) const {
         const CompanionReference* reference = referenceOf(place);
         if (!reference) {
             return std::nullopt;
         }
-        std::optional<PortPlace> first;
+        std::optional<PortIndex> first;
         for (std::size_t j = 0; j < controllers_.size(); ++j) {
             if (!isNamedBy(*reference, place.controller, j)) {
                 continue;
             }
             const auto& ports = controllers_[j].ports;
             for (std::size_t q = 0; q < ports.size(); ++q) {
-                const PortPlace candidate{j, q};
+                const PortIndex candidate{j, q};
                 if ((j == place.controller && q == place.port) || !isMeantBy(*reference, ports[q])) {
                     continue;
                 }
@@ -62,7 +62,7 @@ class CompanionResolver {
     }
 
   private:
-    const CompanionReference* referenceOf(PortPlace place) const {
+    const CompanionReference* referenceOf(PortIndex place) const {
         if (place.controller >= references_.size()) {
             return nullptr;
         }
@@ -113,19 +113,19 @@ std::optional<CompanionReference> companionReference(const NodeProperties& prope
 void assignCompanionKeys(std::vector<USBControllerMap>& controllers,
                          const std::vector<std::map<std::string, CompanionReference>>& references) {
     const CompanionResolver resolver(controllers, references);
-    std::vector<std::pair<PortPlace, PortPlace>> pairs;
+    std::vector<std::pair<PortIndex, PortIndex>> pairs;
     for (std::size_t i = 0; i < controllers.size(); ++i) {
         for (std::size_t p = 0; p < controllers[i].ports.size(); ++p) {
             if (auto companion = resolver.companionOf({i, p})) {
-                pairs.emplace_back(PortPlace{i, p}, *companion);
+                pairs.emplace_back(PortIndex{i, p}, *companion);
             }
         }
     }
-    auto keyOf = [&controllers](PortPlace place) {
+    auto keyOf = [&controllers](PortIndex place) {
         return usbPortStableID(controllers[place.controller],
                                controllers[place.controller].ports[place.port]);
     };
-    auto portAt = [&controllers](PortPlace place) -> USBPortMap& {
+    auto portAt = [&controllers](PortIndex place) -> USBPortMap& {
         return controllers[place.controller].ports[place.port];
     };
     for (const auto& [from, to] : pairs) {

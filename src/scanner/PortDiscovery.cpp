@@ -42,13 +42,51 @@ bool couldBePortName(std::string_view rawName) {
     return two == "HS" || two == "SS" || three == "USR" || three == "PRT";
 }
 
-std::optional<std::int64_t> explicitConnector(const NodeProperties& properties) {
+struct StatedConnector {
+    std::int64_t code = 0;
+    ConnectorSource source = ConnectorSource::registry;
+};
+
+// A Linux port node names where its code came from in connector-source; any
+// other stated code is the registry's own.
+std::optional<StatedConnector> explicitConnector(const NodeProperties& properties) {
     for (const char* key : {"UsbConnector", "usb-port-type", "portType"}) {
         if (auto value = intProperty(key, properties)) {
-            return value;
+            StatedConnector stated{*value};
+            const auto named = properties.value("connector-source");
+            if (named && named->text()) {
+                const auto source = connectorSourceNamed(*named->text());
+                if (source == ConnectorSource::firmware || source == ConnectorSource::kernel ||
+                    source == ConnectorSource::peer) {
+                    stated.source = *source;
+                }
+            }
+            return stated;
         }
     }
     return std::nullopt;
+}
+
+void setConnector(USBPortMap& port, const StatedConnector& stated) {
+    port.connector = stated.code;
+    port.connectorSource = stated.source;
+}
+
+// The physical-location dictionary of a Linux port node, in the kernel's words.
+std::optional<PortPlace> placeFrom(const NodeProperties& properties) {
+    const auto found = properties.value("physical-location");
+    if (!found || !found->dictionary()) {
+        return std::nullopt;
+    }
+    const PropertyDictionary& place = *found->dictionary();
+    auto word = [&place](std::string_view key) {
+        const auto value = place.find(key);
+        return value != place.end() && value->second.text() ? std::string_view(*value->second.text())
+                                                            : std::string_view();
+    };
+    return portPlaceFromWords(word("panel"), word("vertical_position"), word("horizontal_position"),
+                              intProperty("dock", place).value_or(0) != 0,
+                              intProperty("lid", place).value_or(0) != 0);
 }
 
 ByteBuffer portDataFrom(const NodeProperties& properties, std::string_view name, std::string_view location) {
@@ -105,12 +143,13 @@ void appendTablePorts(const NativeUSBNode& service, std::vector<USBPortMap>& por
         USBPortMap port;
         port.location = service.location;
         port.portData = portDataFrom(properties, name, port.location);
-        if (auto connectorCode = explicitConnector(properties)) {
-            port.connector = *connectorCode;
+        if (auto stated = explicitConnector(properties)) {
+            setConnector(port, *stated);
         } else {
             port.connector =
                 inferredConnectorFromNode(name, service, attachedNames.firstAttachedDeviceName(service));
         }
+        port.place = placeFrom(properties);
         port.name = std::move(name);
         ports.push_back(std::move(port));
     }
@@ -200,8 +239,8 @@ std::vector<USBPortMap> scanPorts(const NativeUSBNode& service, IDsNameResolver&
             }
             USBPortMap& record = ports[found->second];
             record.activeDevice = std::move(active);
-            if (auto connectorCode = explicitConnector(node->properties)) {
-                record.connector = *connectorCode;
+            if (auto stated = explicitConnector(node->properties)) {
+                setConnector(record, *stated);
             }
             continue;
         }
@@ -209,11 +248,12 @@ std::vector<USBPortMap> scanPorts(const NativeUSBNode& service, IDsNameResolver&
         USBPortMap port;
         port.location = node->location;
         port.portData = portDataFrom(node->properties, name, port.location);
-        if (auto connectorCode = explicitConnector(node->properties)) {
-            port.connector = *connectorCode;
+        if (auto stated = explicitConnector(node->properties)) {
+            setConnector(port, *stated);
         } else {
             port.connector = inferredConnectorFromNode(name, *node, active);
         }
+        port.place = placeFrom(node->properties);
         port.activeDevice = std::move(active);
         recordIndex.emplace(name, ports.size());
         port.name = std::move(name);

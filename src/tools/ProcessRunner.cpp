@@ -7,6 +7,7 @@
 #include <cerrno>
 #include <chrono>
 #include <cmath>
+#include <fcntl.h>
 #include <poll.h>
 #include <signal.h>
 #include <spawn.h>
@@ -70,9 +71,12 @@ std::string joinedArguments(const std::vector<std::string>& args) {
 }
 
 pid_t spawn(const std::string& path, const std::vector<std::string>& args,
-            const std::optional<std::filesystem::path>& currentDirectory, int outputFd) {
+            const std::optional<std::filesystem::path>& currentDirectory, int outputFd, ChildInput input) {
     SpawnObject<posix_spawn_file_actions_t, posix_spawn_file_actions_destroy> actions(
         posix_spawn_file_actions_init);
+    if (input == ChildInput::none) {
+        check(posix_spawn_file_actions_addopen(&actions.value, STDIN_FILENO, "/dev/null", O_RDONLY, 0));
+    }
     check(posix_spawn_file_actions_adddup2(&actions.value, outputFd, STDOUT_FILENO));
     check(posix_spawn_file_actions_adddup2(&actions.value, outputFd, STDERR_FILENO));
     if (currentDirectory) {
@@ -196,12 +200,13 @@ std::string wholeSeconds(double seconds) {
 } // namespace
 
 std::string runProcess(const std::string& path, const std::vector<std::string>& args,
-                       const std::optional<std::filesystem::path>& currentDirectory, double timeout) {
+                       const std::optional<std::filesystem::path>& currentDirectory, double timeout,
+                       ChildInput input) {
     const auto pipeEnds = detail::makeCloseOnExecPipe();
     FileDescriptor readEnd(pipeEnds[0]);
     FileDescriptor writeEnd(pipeEnds[1]);
 
-    const pid_t pid = spawn(path, args, currentDirectory, writeEnd.get());
+    const pid_t pid = spawn(path, args, currentDirectory, writeEnd.get(), input);
     // Only the child holds the write end from here on, so end of file means it
     // (and anything it passed the pipe to) has closed it.
     writeEnd.reset();

@@ -21,10 +21,14 @@ namespace korvane {
 //   - CollectorError::operationFailed("Command failed: {path} {args}\n{output}")
 //     on a non-zero exit status or a death by signal.
 // Blocks the calling thread: never call it from the main thread. The child
-// inherits the environment and standard input. No descriptor or zombie
-// outlives the call.
+// inherits the environment and standard input, or reads /dev/null when
+// `input` says so: a tool that puts a terminal on its input into raw mode
+// (acpiexec does) would otherwise leave the user's terminal without echo
+// when its time-out stops it. No descriptor or zombie outlives the call.
+enum class ChildInput { inherited, none };
 std::string runProcess(const std::string& path, const std::vector<std::string>& args,
-                       const std::optional<std::filesystem::path>& currentDirectory, double timeout);
+                       const std::optional<std::filesystem::path>& currentDirectory, double timeout,
+                       ChildInput input = ChildInput::inherited);
 
 // runProcess without a working folder that never throws: any failure gives
 // "Failure/timeout while running {path} {args}", and the leading "Failure/"

@@ -11,6 +11,8 @@ struct ToolPaths {
     std::string ditto;
     std::string plutil;
     std::string sysctl;
+    // ACPICA's AML evaluator, for the firmware's connector types on Linux.
+    std::string acpiexec{};
 };
 
 } // namespace korvane

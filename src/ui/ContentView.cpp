@@ -174,6 +174,11 @@ QWidget* ContentView::makeEditorPanel() {
     controls->addWidget(hint, 1);
     panel->addLayout(controls);
 
+    parts_.scanNotices = textLabel("", WindowStyle::font(TextStyle::caption));
+    parts_.scanNotices->setWordWrap(true);
+    parts_.scanNotices->setVisible(false);
+    panel->addWidget(parts_.scanNotices);
+
     connect(parts_.resetPorts, &QPushButton::clicked, this, [this] { model_->scanUSBPorts(); });
     connect(parts_.updateIDs, &QPushButton::clicked, this, [this] { model_->updateIDsDatabases(); });
     connect(parts_.selectAll, &QPushButton::clicked, this, [this] { model_->selectAllPorts(); });
@@ -204,7 +209,8 @@ QWidget* ContentView::makeEditorPanel() {
     listStack_->addWidget(parts_.list);
     panel->addWidget(listStack_, 1);
 
-    secondaryTexts_.insert(secondaryTexts_.end(), {parts_.counter, hint, parts_.emptyHint});
+    secondaryTexts_.insert(secondaryTexts_.end(),
+                           {parts_.counter, hint, parts_.scanNotices, parts_.emptyHint});
     return editorPanel_;
 }
 
@@ -358,6 +364,12 @@ void ContentView::refresh() {
     parts_.generate->setEnabled(!model.isRunning());
     parts_.openZip->setEnabled(model.lastZipURL().has_value() && !model.isRunning());
     parts_.donate->setEnabled(!model.isRunning());
+
+    QStringList notices;
+    for (const auto& notice : model.scanNotices()) {
+        notices << QString::fromStdString(notice);
+    }
+    setShownText(*parts_.scanNotices, notices.join("\n"));
 
     parts_.targetModel->refresh();
     QString warning = targetModelWarning(model.targetMacModel());

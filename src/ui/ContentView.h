@@ -46,6 +46,7 @@ class ContentView : public QWidget {
         QPushButton* updateIDs;
         QPushButton* selectAll;
         QPushButton* deselectAll;
+        QLabel* scanNotices; // what the last scan couldn't learn and how to; hidden when nothing
         QLabel* emptyHint;
         ControllerList* list;
         QPushButton* generate;

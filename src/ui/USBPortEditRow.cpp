@@ -20,6 +20,10 @@ namespace {
 
 constexpr int knownConnectorCount = static_cast<int>(connectorMenuCodes.size());
 
+QString fromView(std::string_view text) {
+    return QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size()));
+}
+
 } // namespace
 
 USBPortEditRow::USBPortEditRow(std::shared_ptr<CollectorModel> model, USBControllerMap controller,
@@ -27,8 +31,8 @@ USBPortEditRow::USBPortEditRow(std::shared_ptr<CollectorModel> model, USBControl
     : QWidget(parent), model_(std::move(model)), controller_(std::move(controller)), port_(std::move(port)),
       checkbox_(new QCheckBox(this)), name_(new QLabel(this)), number_(new QLabel(this)),
       connectorMenu_(new QComboBox(this)), companion_(new QToolButton(this)), companionMenu_(new QMenu(this)),
-      sameType_(companionMenu_->addAction("Same type for its companion")), offer_(new QPushButton(this)),
-      device_(new ElidedLabel(this)) {
+      sameType_(companionMenu_->addAction("Same type for its companion")), source_(new QLabel(this)),
+      offer_(new QPushButton(this)), device_(new ElidedLabel(this)), place_(new ElidedLabel(this)) {
     auto* layout = new QHBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
     layout->setSpacing(10);
@@ -75,6 +79,12 @@ USBPortEditRow::USBPortEditRow(std::shared_ptr<CollectorModel> model, USBControl
     }
     layout->addWidget(connectorMenu_);
 
+    // The source qualifies the connector, so it stands right beside it.
+    source_->setFont(WindowStyle::font(TextStyle::caption2));
+    WindowStyle::setTextColor(*source_, WindowStyle::white(WindowStyle::noDeviceOpacity));
+    source_->setFixedWidth(widthFor(*source_, 52, "firmware"));
+    layout->addWidget(source_);
+
     offer_->setFont(WindowStyle::font(TextStyle::caption2, QFont::DemiBold));
     offer_->setAutoDefault(false);
     offer_->hide();
@@ -82,6 +92,9 @@ USBPortEditRow::USBPortEditRow(std::shared_ptr<CollectorModel> model, USBControl
 
     device_->setFont(WindowStyle::font(TextStyle::caption2));
     layout->addWidget(device_);
+    place_->setFont(WindowStyle::font(TextStyle::caption2));
+    WindowStyle::setTextColor(*place_, WindowStyle::white(WindowStyle::noDeviceOpacity));
+    layout->addWidget(place_);
     layout->addStretch(1);
 
     // clicked and activated come from the user only, so refreshing the row
@@ -141,7 +154,7 @@ void USBPortEditRow::styleCheckbox() {
 void USBPortEditRow::setPort(const USBControllerMap& controller, const USBPortMap& port) {
     const bool textsChanged = port.name != port_.name || port.portData != port_.portData ||
                               port.activeDevice != port_.activeDevice ||
-                              port.companionKey != port_.companionKey;
+                              port.companionKey != port_.companionKey || port.place != port_.place;
     controller_ = controller;
     port_ = port;
     if (textsChanged) {
@@ -156,6 +169,10 @@ void USBPortEditRow::showPortTexts() {
     const bool hasDevice = !port_.activeDevice.empty();
     device_->setText(hasDevice ? QString::fromStdString(port_.activeDevice) : QString("No active device"));
     WindowStyle::setTextColor(*device_, WindowStyle::white(hasDevice ? 1.0 : WindowStyle::noDeviceOpacity));
+    const QString place = port_.place ? QString::fromStdString(portPlaceText(*port_.place)) : QString();
+    place_->setText(place);
+    place_->setToolTip(place);
+    place_->setVisible(!place.isEmpty());
 }
 
 void USBPortEditRow::refresh() {
@@ -164,7 +181,22 @@ void USBPortEditRow::refresh() {
         checkbox_->setChecked(selected);
     }
     showConnector(model_->connectorFor(controller_, port_));
+    showConnectorSource();
     showCompanion();
+}
+
+void USBPortEditRow::showConnectorSource() {
+    const ConnectorSource source = model_->connectorSourceFor(controller_, port_);
+    const QString name = fromView(connectorSourceName(source));
+    if (source_->text() == name) {
+        return;
+    }
+    const auto description = fromView(connectorSourceDescription(source));
+    source_->setText(name);
+    source_->setToolTip(description);
+    // The mark takes no focus; the menu it qualifies tells it to the keyboard.
+    connectorMenu_->setToolTip(description);
+    connectorMenu_->setAccessibleDescription(description);
 }
 
 void USBPortEditRow::showCompanion() {

@@ -17,9 +17,12 @@ class QToolButton;
 namespace korvane {
 
 // One line of the port editor: checkbox, name, port number, its companion
-// (the other half of the connector), connector menu and the attached device. The check mark and the connector
-// are read from the model at every refresh, never kept, so two rows of the same port key always agree and a
-// rescan carries the user's choices by key.
+// (the other half of the connector), connector menu with a small mark of where
+// the connector came from (its tooltip says more), the attached device and,
+// when the firmware tells it, where the socket is. The check mark and the
+// connector are read from the model at every refresh, never kept, so two rows
+// of the same port key always agree and a rescan carries the user's choices by
+// key.
 class USBPortEditRow : public QWidget {
   public:
     USBPortEditRow(std::shared_ptr<CollectorModel> model, USBControllerMap controller, USBPortMap port,
@@ -33,7 +36,9 @@ class USBPortEditRow : public QWidget {
     const USBPortMap& port() const { return port_; }
     QCheckBox* checkbox() const { return checkbox_; }
     QComboBox* connectorMenu() const { return connectorMenu_; }
+    QLabel* sourceLabel() const { return source_; }
     QLabel* deviceLabel() const { return device_; }
+    QLabel* placeLabel() const { return place_; }
     // "with SS01"; its menu (also the row's context menu) holds the checkable
     // "Same type for its companion". Hidden for a port without a companion.
     QToolButton* companionButton() const { return companion_; }
@@ -50,6 +55,7 @@ class USBPortEditRow : public QWidget {
     void styleCheckbox();
     void showPortTexts();
     void showConnector(std::int64_t code);
+    void showConnectorSource();
     void showCompanion();
 
     std::shared_ptr<CollectorModel> model_;
@@ -62,8 +68,10 @@ class USBPortEditRow : public QWidget {
     QToolButton* companion_;
     QMenu* companionMenu_;
     QAction* sameType_;
+    QLabel* source_;
     QPushButton* offer_;
     QLabel* device_;
+    QLabel* place_;
     bool isOfferingCompanion_ = false;
 };
 

@@ -43,7 +43,8 @@ ports = {p["name"]: p for p in xhc1["ports"]}
 assert ports["HS03"]["companion"] == ports["SS03"]["portKey"], ports["HS03"]
 assert ports["HS05"]["companion"] == ctrls[0]["ports"][0]["portKey"], ports["HS05"]
 PY
-"$korvane" scan --registry "$dump" | grep -Eq "HS05 +port 05000000 +with XHC2 SSP1 " || fail "companion column"
+"$korvane" scan --registry "$dump" | grep -Eq "HS05 +port 05000000 +with XHC2 SSP1 +Type-C\+Sw +registry " ||
+  fail "companion, connector and source columns"
 
 # The table says what a run would write for each controller.
 "$korvane" scan --registry "$dump" 2>/dev/null > "$home/table.txt"

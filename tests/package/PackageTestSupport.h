@@ -15,8 +15,7 @@ namespace korvane {
 // length, and nothing filled in that a test doesn't set.
 inline USBPortMap makePort(std::string name, ByteBuffer data, std::int64_t connector = 3,
                            std::string location = "", std::string activeDevice = "") {
-    return {
-        std::move(name), std::move(location), connector, std::move(data), "", std::move(activeDevice), ""};
+    return {std::move(name), std::move(location), connector, std::move(data), "", std::move(activeDevice)};
 }
 
 inline USBControllerMap makeController(std::string name, std::int64_t vendorID, std::int64_t deviceID,

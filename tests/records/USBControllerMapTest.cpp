@@ -7,7 +7,7 @@ namespace {
 
 TEST(USBControllerMap, APortKeyNamesItsControllerButNotItsOwnLocation) {
     USBControllerMap controller{"XHC1", "14", 0x8086, 0xa36d, "pci8086,a36d", "", "", {}};
-    USBPortMap port{"HS01", "14100000", 3, portData(1), "", "", ""};
+    USBPortMap port{"HS01", "14100000", 3, portData(1), "", ""};
     const auto key = usbPortStableID(controller, port);
     EXPECT_EQ(key, "8086:a36d|XHC1|14|HS01|01000000");
 

@@ -27,10 +27,10 @@ TEST(NameOrdering, IsATotalOrderEvenForTextsTheCollationCallsEqual) {
 }
 
 TEST(NameOrdering, PortsGoByNumberThenByName) {
-    std::vector<USBPortMap> ports = {{"SS02", "", 3, portData(2), "", "", ""},
-                                     {"HS10", "", 3, portData(10), "", "", ""},
-                                     {"HS02", "", 3, portData(2), "", "", ""},
-                                     {"USR1", "", 3, {}, "", "", ""}};
+    std::vector<USBPortMap> ports = {{"SS02", "", 3, portData(2), "", ""},
+                                     {"HS10", "", 3, portData(10), "", ""},
+                                     {"HS02", "", 3, portData(2), "", ""},
+                                     {"USR1", "", 3, {}, "", ""}};
     sortPortsByNumberThenName(ports);
     std::string order;
     for (const auto& port : ports) {

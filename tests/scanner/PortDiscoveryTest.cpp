@@ -103,5 +103,23 @@ TEST_F(ScanPorts, BluetoothAndUSRPortsAreInternalWhenNothingStatesAConnector) {
               "USR1 15 255 @ |");
 }
 
+// A saved tree may claim anything: only the three sources a Linux port node
+// sets pass, and only beside a code it states; odd place words are dropped.
+TEST_F(ScanPorts, ASourceNeedsAStatedCodeAndAPlaceOnlyTheKernelsWords) {
+    auto& service = addService({});
+    const PropertyDictionary place{{"panel", "back"}, {"vertical_position", "sideways"}, {"dock", 1}};
+    addPort(service, "HS01", "", {{"port", 1}, {"UsbConnector", 9}, {"connector-source", "firmware"}});
+    addPort(service, "HS02", "",
+            {{"port", 2}, {"connector-source", "firmware"}, {"physical-location", place}});
+    addPort(service, "HS03", "", {{"port", 3}, {"UsbConnector", 0}, {"connector-source", "user"}});
+    addPort(service, "HS04", "", {{"port", 4}, {"portType", 255}});
+    std::string sources;
+    for (const auto& port : scanPorts(service, ids.names())) {
+        sources += std::string(connectorSourceName(port.connectorSource)) + " ";
+    }
+    EXPECT_EQ(sources, "firmware inferred registry registry ");
+    EXPECT_EQ(scanPorts(service, ids.names())[1].place, portPlaceFromWords("back", "", "", true, false));
+}
+
 } // namespace
 } // namespace korvane

@@ -80,6 +80,11 @@ TEST(ProcessRunner, OutputOfBothStreamsArrivesWholeAndInOrder) {
     EXPECT_EQ(sh("printf 'a\\325b'"), "") << "invalid UTF-8 is no text at all";
 }
 
+TEST(ProcessRunner, AToolAskedToReadNothingGetsNoTerminalOrPipeOfOurs) {
+    EXPECT_EQ(runProcess("/bin/readlink", {"/proc/self/fd/0"}, std::nullopt, 10, ChildInput::none),
+              "/dev/null\n");
+}
+
 TEST(ProcessRunner, AFailingToolThrowsItsPathArgumentsAndOutput) {
     EXPECT_EQ(failureOf([] { sh("printf x; exit 1"); }), "Command failed: /bin/sh -c printf x; exit 1\nx");
     EXPECT_EQ(failureOf([] { runProcess("/bin/false", {}, std::nullopt, 10); }),

@@ -119,6 +119,16 @@ TEST_F(ContentViewTest, ControlsAndOutcomesFollowTheModelsState) {
     }
 }
 
+TEST_F(ContentViewTest, ScanNoticesShowUntilAScanHasNone) {
+    scans.push_back({twoControllers, {"Connector types from the firmware need root."}});
+    model->scanUSBPorts();
+    scheduler.runUntilIdle();
+    EXPECT_EQ(parts().scanNotices->text(), "Connector types from the firmware need root.");
+    EXPECT_FALSE(parts().scanNotices->isHidden());
+    scanShowing(twoControllers);
+    EXPECT_TRUE(parts().scanNotices->isHidden());
+}
+
 TEST_F(ContentViewTest, RowsAndSectionsStayLiveDuringARunAndItsZipCanBeShown) {
     scanShowing(twoControllers);
     model->startCollection();

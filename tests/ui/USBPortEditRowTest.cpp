@@ -57,6 +57,24 @@ TEST_F(USBPortEditRowTest, TheCheckboxAndAPickReachTheModelAndAPickOfTheScannedV
     EXPECT_EQ(model->connectorOverrides().at(key), 3);
 }
 
+TEST_F(USBPortEditRowTest, MarksWhereTheConnectorCameFromAndShowsThePlaceWhenThereIsOne) {
+    USBPortMap port = makePort("HS01", 1, "", 9);
+    port.connectorSource = ConnectorSource::firmware;
+    port.place = portPlaceFromWords("back", "center", "left", false, false);
+    rowFor(port);
+    EXPECT_EQ(row->sourceLabel()->text(), "firmware");
+    EXPECT_TRUE(row->connectorMenu()->toolTip().contains("ACPI _UPC"));
+    EXPECT_EQ(row->connectorMenu()->accessibleDescription(), row->connectorMenu()->toolTip())
+        << "the keyboard's way to the mark, which takes no focus";
+    EXPECT_EQ(row->placeLabel()->text(), "back panel, left");
+    pick("USB3");
+    EXPECT_EQ(row->sourceLabel()->text(), "user") << "a pick of another type is no longer the firmware's";
+
+    rowFor(makePort("HS02", 2));
+    EXPECT_EQ(row->sourceLabel()->text(), "inferred");
+    EXPECT_TRUE(row->placeLabel()->isHidden());
+}
+
 TEST_F(USBPortEditRowTest, UnnamedConnectorShowsUntilTheUserPicks) {
     rowFor(makePort("HS01", 1, "", 7));
     EXPECT_EQ(row->connectorMenu()->currentText(), "Other (7)");

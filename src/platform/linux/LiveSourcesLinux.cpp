@@ -11,8 +11,8 @@ const std::filesystem::path liveSysfsRoot = "/sys";
 
 } // namespace
 
-std::unique_ptr<RegistrySource> makeLiveRegistrySource() {
-    return std::make_unique<SysfsRegistrySource>(liveSysfsRoot);
+std::unique_ptr<RegistrySource> makeLiveRegistrySource(const ToolPaths& tools) {
+    return std::make_unique<SysfsRegistrySource>(liveSysfsRoot, tools.acpiexec);
 }
 
 std::unique_ptr<HotplugSource> makeHotplugSource(Scheduler& scheduler) {

@@ -12,7 +12,10 @@ struct SysfsRegistrySource::XHCIFunction {
     SysfsPCIDevice device;
 };
 
-SysfsRegistrySource::SysfsRegistrySource(std::filesystem::path sysfsRoot) : root_(std::move(sysfsRoot)) {}
+SysfsRegistrySource::SysfsRegistrySource(std::filesystem::path sysfsRoot, std::string acpiexec,
+                                         double acpiexecTimeout)
+    : root_(std::move(sysfsRoot)),
+      firmware_(root_ / "firmware" / "acpi" / "tables", std::move(acpiexec), acpiexecTimeout) {}
 
 std::unique_ptr<NativeUSBNode> SysfsRegistrySource::copyRoot() const {
     const auto devices = root_ / "devices";
@@ -22,6 +25,7 @@ std::unique_ptr<NativeUSBNode> SysfsRegistrySource::copyRoot() const {
     }
     auto root = std::make_unique<NativeUSBNode>("Root", "", "IORegistryEntry", PropertyDictionary{}, nullptr);
     SysfsTreeBuilder builder;
+    FirmwarePortTypes firmwareTypes(firmware_);
     std::vector<XHCIFunction> xhci;
     // pci0000:00, pci0000:40, ...: one per host bridge (PCI segment and root bus).
     for (const auto& name : sysfs::subdirectories(devices)) {
@@ -32,7 +36,7 @@ std::unique_ptr<NativeUSBNode> SysfsRegistrySource::copyRoot() const {
         properties["IOName"] = firmwareNodeName(devices / name).value_or(name);
         properties["sysfs-name"] = name;
         if (NativeUSBNode* host = builder.add(*root, "pci_host_bridge", std::move(properties))) {
-            addPCIChildren(*host, devices / name, builder, 1, xhci);
+            addPCIChildren(*host, devices / name, builder, firmwareTypes, 1, xhci);
         }
     }
     std::vector<PCIAddress> addresses;
@@ -42,15 +46,18 @@ std::unique_ptr<NativeUSBNode> SysfsRegistrySource::copyRoot() const {
     }
     const auto locationIDs = uniqueControllerLocationIDs(addresses);
     for (std::size_t i = 0; i < xhci.size(); ++i) {
-        SysfsXHCIService(xhci[i].device, root_ / "kernel" / "debug", locationIDs[i])
+        SysfsXHCIService(xhci[i].device, root_ / "kernel" / "debug", locationIDs[i], &firmwareTypes)
             .addTo(*xhci[i].node, builder);
+    }
+    if (auto notices = firmwareTypes.notices(); !notices.empty()) {
+        root->properties["scan-notices"] = PropertyArray(notices.begin(), notices.end());
     }
     return root;
 }
 
 void SysfsRegistrySource::addPCIChildren(NativeUSBNode& parent, const std::filesystem::path& directory,
-                                         SysfsTreeBuilder& builder, int depth,
-                                         std::vector<XHCIFunction>& xhci) const {
+                                         SysfsTreeBuilder& builder, FirmwarePortTypes& firmwareTypes,
+                                         int depth, std::vector<XHCIFunction>& xhci) const {
     if (depth > SysfsTreeBuilder::maxDepth) {
         return;
     }
@@ -68,7 +75,7 @@ void SysfsRegistrySource::addPCIChildren(NativeUSBNode& parent, const std::files
             xhci.push_back({node, device});
         }
         // Functions behind a bridge sit in the bridge's folder.
-        addPCIChildren(*node, device.directory(), builder, depth + 1, xhci);
+        addPCIChildren(*node, device.directory(), builder, firmwareTypes, depth + 1, xhci);
     }
 }
 

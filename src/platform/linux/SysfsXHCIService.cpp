@@ -104,6 +104,26 @@ std::optional<std::pair<std::uint32_t, std::uint32_t>> parsePortEntryName(std::s
     return std::pair{*bus, *port};
 }
 
+// The kernel's words for where the firmware's _PLD puts the socket; "yes"
+// and "no" become 1 and 0. None without the folder (no firmware node).
+std::optional<PropertyDictionary> physicalLocation(const std::filesystem::path& directory) {
+    PropertyDictionary place;
+    for (const char* key : {"panel", "vertical_position", "horizontal_position"}) {
+        if (auto word = sysfs::readText(directory / key)) {
+            place[key] = *word;
+        }
+    }
+    for (const char* key : {"dock", "lid"}) {
+        if (auto answer = sysfs::readText(directory / key)) {
+            place[key] = std::int64_t{*answer == "yes"};
+        }
+    }
+    if (place.empty()) {
+        return std::nullopt;
+    }
+    return place;
+}
+
 const char* numberSourceText(SysfsXHCIService::NumberSource source) {
     switch (source) {
     case SysfsXHCIService::NumberSource::firmware:
@@ -162,8 +182,20 @@ std::vector<SysfsXHCIService::RootPort> SysfsXHCIService::rootPorts() const {
                 port.connector = 3;
             } else if (peer) {
                 port.connector = 3;
+                port.connectorSource = ConnectorSource::peer;
             } else if (connectType == "hotplug") {
                 port.connector = 0;
+            }
+            // The firmware's word wins where it gives one. Each half of a USB 3
+            // connector asks its own node, so halves the firmware types
+            // differently stay different.
+            if (directory && firmwareTypes_) {
+                if (auto path = firmwareNodePath(*directory)) {
+                    if (auto type = firmwareTypes_->connectorType(*path, port.name)) {
+                        port.connector = *type;
+                        port.connectorSource = ConnectorSource::firmware;
+                    }
+                }
             }
             if (!hub.isUSB3) {
                 ++usb2Count;
@@ -240,6 +272,7 @@ void SysfsXHCIService::addTo(NativeUSBNode& pciNode, SysfsTreeBuilder& builder) 
         properties["port-number-source"] = numberSourceText(port.numberSource);
         if (port.connector) {
             properties["UsbConnector"] = *port.connector;
+            properties["connector-source"] = std::string(connectorSourceName(port.connectorSource));
         }
         properties["locationID"] = std::int64_t{locationID};
         properties["location"] = hex8(locationID);
@@ -250,6 +283,9 @@ void SysfsXHCIService::addTo(NativeUSBNode& pciNode, SysfsTreeBuilder& builder) 
         if (port.directory) {
             if (auto connectType = sysfs::readText(*port.directory / "connect_type")) {
                 properties["sysfs-connect-type"] = *connectType;
+            }
+            if (auto place = physicalLocation(*port.directory / "physical_location")) {
+                properties["physical-location"] = std::move(*place);
             }
         }
         NativeUSBNode* portNode = builder.add(*serviceNode, "usb_port", std::move(properties));

@@ -1,7 +1,9 @@
 #pragma once
 
+#include "platform/linux/FirmwarePortTypes.h"
 #include "platform/linux/SysfsPCIDevice.h"
 #include "platform/linux/SysfsTreeBuilder.h"
+#include "records/Connector.h"
 
 #include <cstdint>
 #include <filesystem>
@@ -29,13 +31,17 @@ class SysfsXHCIService {
         std::uint32_t number = 0;
         NumberSource numberSource = NumberSource::rootHubPosition;
         std::optional<std::int64_t> connector;
+        ConnectorSource connectorSource = ConnectorSource::kernel; // of `connector`, when there is one
         std::string peerName;
     };
 
     // `locationID` is the service's, from uniqueControllerLocationIDs(); its
-    // ports' locations sit below it.
-    SysfsXHCIService(const SysfsPCIDevice& pci, std::filesystem::path debugfsRoot, std::uint32_t locationID)
-        : pci_(pci), debugfsRoot_(std::move(debugfsRoot)), locationID_(locationID) {}
+    // ports' locations sit below it. `firmwareTypes`, when given, types the
+    // ports that the firmware types.
+    SysfsXHCIService(const SysfsPCIDevice& pci, std::filesystem::path debugfsRoot, std::uint32_t locationID,
+                     FirmwarePortTypes* firmwareTypes = nullptr)
+        : pci_(pci), debugfsRoot_(std::move(debugfsRoot)), locationID_(locationID),
+          firmwareTypes_(firmwareTypes) {}
 
     void addTo(NativeUSBNode& pciNode, SysfsTreeBuilder& builder) const;
 
@@ -46,6 +52,7 @@ class SysfsXHCIService {
     const SysfsPCIDevice& pci_;
     std::filesystem::path debugfsRoot_; // <sysfs root>/kernel/debug
     std::uint32_t locationID_;
+    FirmwarePortTypes* firmwareTypes_;
 };
 
 // The locationIDs of the machine's xHCI host services, in the order of

@@ -5,7 +5,7 @@
 
 namespace korvane {
 
-std::unique_ptr<RegistrySource> makeLiveRegistrySource() {
+std::unique_ptr<RegistrySource> makeLiveRegistrySource(const ToolPaths&) {
     return std::make_unique<IOKitRegistrySource>();
 }
 

@@ -40,7 +40,7 @@ std::filesystem::path resourceDirectory(const std::filesystem::path& executableF
 }
 
 ToolPaths platformToolPaths(const std::filesystem::path&) {
-    return {"/usr/bin/ditto", "/usr/bin/plutil", "/usr/sbin/sysctl"};
+    return {"/usr/bin/ditto", "/usr/bin/plutil", "/usr/sbin/sysctl", ""};
 }
 
 } // namespace korvane

@@ -1,11 +1,14 @@
 #include "platform/linux/SysfsRegistrySource.h"
 
+#include "records/FileIO.h"
 #include "scanner/NativeUSBTreeScanner.h"
 #include "scanner/PropertyReaders.h"
+#include "support/FakeTool.h"
 #include "support/Golden.h"
 #include "support/IDsHome.h"
 #include "support/RegistryTrees.h"
 #include "support/ScanText.h"
+#include "support/TestData.h"
 
 #include <fstream>
 #include <gtest/gtest.h>
@@ -19,22 +22,34 @@ const char* const machines[] = {"qemu-basic",
                                 "qemu-empty",
                                 "qemu-dual",
                                 "qemu-acpi",
+                                "qemu-firmware-ports",
                                 "amd-1022-43d5-nb1010",
                                 "amd-1022-1639-upektc",
                                 "amd-1022-15e0-fido2-hub",
                                 "intel-tb3-8086-15b5-hub-chain",
                                 "intel-8086-9ded-usbkbd"};
 
+std::filesystem::path fixtureRoot(const char* machine) {
+    return std::filesystem::path(KORVANE_LINUX_FIXTURES_DIR) / machine / "sys";
+}
+
 class SysfsMachineTest : public ::testing::TestWithParam<const char*> {
   protected:
     IDsHome ids{"", ""};
+    TempFolder tools;
 };
 
 TEST_P(SysfsMachineTest, ScansToTheControllersPortsAndDevicesOfTheCapture) {
-    const auto sysfsRoot = std::filesystem::path(KORVANE_LINUX_FIXTURES_DIR) / GetParam() / "sys";
+    const auto sysfsRoot = fixtureRoot(GetParam());
     ASSERT_TRUE(std::filesystem::is_directory(sysfsRoot / "devices")) << "the build unpacks " << sysfsRoot;
-    const SysfsRegistrySource source(sysfsRoot);
-    EXPECT_TRUE(matchesGolden(scanText(NativeUSBTreeScanner(source, ids.names()).scan()),
+    // A machine with a recorded acpiexec run gets a fake acpiexec that prints it.
+    const auto run =
+        std::filesystem::path(KORVANE_TEST_DATA_DIR) / "linux" / GetParam() / "acpiexec-all-upc.txt";
+    const SysfsRegistrySource source(
+        sysfsRoot, std::filesystem::exists(run)
+                       ? writeFakeTool(tools.path(), "acpiexec", "cat '" + run.string() + "'")
+                       : "");
+    EXPECT_TRUE(matchesGolden(scanText(NativeUSBTreeScanner(source, ids.names()).scan(), true),
                               std::string("sysfs-scans/") + GetParam() + ".txt"));
 }
 
@@ -44,6 +59,39 @@ INSTANTIATE_TEST_SUITE_P(Fixtures, SysfsMachineTest, ::testing::ValuesIn(machine
                              std::replace(name.begin(), name.end(), '-', '_');
                              return name;
                          });
+
+// However the firmware's types fail to come, the scan is the kernel's, as
+// before there were any, and it says once how to get them. The tool runs
+// once for all ports, and not again while the tables stay as they were.
+TEST(SysfsRegistrySource, FirmwareTypesComeFromOneRunOrTheScanSaysHowToGetThem) {
+    IDsHome ids{"", ""};
+    TempFolder tools;
+    const auto root = fixtureRoot("qemu-firmware-ports");
+    const auto runs = tools.path() / "runs";
+    const auto counted =
+        writeFakeTool(tools.path(), "counted",
+                      "echo run >> '" + runs.string() + "'\ncat '" +
+                          testDataPath("linux/qemu-firmware-ports/acpiexec-all-upc.txt").string() + "'");
+    const SysfsRegistrySource source(root, counted);
+    const NativeUSBTreeScanner scanner(source, ids.names());
+    EXPECT_TRUE(scanner.scan().notices.empty());
+    EXPECT_TRUE(scanner.scan().notices.empty());
+    EXPECT_EQ(readFileBytes(runs), "run\n") << "one run for every port of two scans";
+
+    const std::pair<std::string, const char*> failures[] = {
+        {"", "install acpica-tools (sudo apt install acpica-tools)"},
+        {writeFakeTool(tools.path(), "failing", "echo 'Could not open input file: DSDT'; exit 255"),
+         "could not be read: acpiexec failed: Could not open input file: DSDT."},
+        {writeFakeTool(tools.path(), "hanging", "exec sleep 10"), "acpiexec did not finish within 0.3 s"}};
+    for (const auto& [acpiexec, notice] : failures) {
+        const auto result =
+            NativeUSBTreeScanner(SysfsRegistrySource(root, acpiexec, 0.3), ids.names()).scan();
+        EXPECT_TRUE(
+            matchesGolden(scanText(result, true), "sysfs-scans/qemu-firmware-ports-without-acpiexec.txt"));
+        ASSERT_EQ(result.notices.size(), 1u);
+        EXPECT_NE(result.notices[0].find(notice), std::string::npos) << result.notices[0];
+    }
+}
 
 // Links are never walked into, so a loop planted anywhere in the tree (or a
 // link back to a controller) neither hangs the walk nor doubles a node.

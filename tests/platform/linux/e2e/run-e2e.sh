@@ -2,25 +2,28 @@
 # The live Linux sources in a real kernel: `korvane scan --json` on four
 # QEMU machines (and again from a `korvane snapshot` of the same tree), a
 # `korvane generate` on the fourth, and `korvane watch --json` across a plug
-# and an unplug.
+# and an unplug. The third machine has ACPI port nodes of our own
+# (firmware-ports.asl) and acpiexec: it is scanned a third time with acpiexec
+# out of reach, as a machine without acpica-tools.
 # Usage: run-e2e.sh KORVANE HARNESS_DIR CACHE_DIR
-# Exits 77 (skipped) when QEMU or the harness isn't installed.
+# Exits 77 (skipped) when QEMU, the harness or acpica-tools isn't installed.
 #
 # Bounded so that a guest that never comes back (a /dev/kvm that exists but
 # hangs, as in a VM inside a VM) fails the test in minutes: each VM run gets
 # E2E_VM_TIMEOUT seconds (90; a run takes about 10, and 40 on two cores busy
-# with builds), the whole test E2E_TOTAL_TIMEOUT (300), and after a run hangs
+# with builds), the whole test E2E_TOTAL_TIMEOUT (360), and after a run hangs
 # no further one starts, since it would hang the same way. A hung run is
 # named, with its console's tail.
 set -uo pipefail
 
 korvane=$1 harness=$2 cache=$3
 vmTimeout=${E2E_VM_TIMEOUT:-90}
-deadline=$((SECONDS + ${E2E_TOTAL_TIMEOUT:-300}))
+deadline=$((SECONDS + ${E2E_TOTAL_TIMEOUT:-360}))
 here=$(cd "$(dirname "$0")" && pwd)
+acpiexec=$(command -v acpiexec || true)
 if ! command -v qemu-system-x86_64 >/dev/null || [ ! -x "$harness/run-in-vm.sh" ] ||
-   ! ls /boot/vmlinuz-* >/dev/null 2>&1; then
-    echo "skipped: QEMU, a kernel image or the qemu-usb harness is missing"
+   ! ls /boot/vmlinuz-* >/dev/null 2>&1 || [ -z "$acpiexec" ] || ! command -v iasl >/dev/null; then
+    echo "skipped: QEMU, a kernel image, the qemu-usb harness or acpica-tools is missing"
     exit 77
 fi
 mkdir -p "$cache"
@@ -63,16 +66,30 @@ vm() {
     return "$status"
 }
 
-for preset in basic dual acpi; do
-    vm "$preset" --devices "$preset" --file "$korvane:/payload/bin/korvane" -- \
-        sh -c 'korvane scan --json && korvane snapshot -o /tmp/tree.plist >/dev/null &&
-               korvane scan --json --registry /tmp/tree.plist'
-    status=$?
-    if [ "$status" -ne 0 ]; then
-        [ "$status" -ne 200 ] && { echo "$preset: the VM run failed ($status)"; cat "$work/$preset.err"; }
-        failed=1; continue
+# A run that ended with a status of its own other than 0 prints its error output.
+ranWell() {
+    local name=$1 status=$2
+    [ "$status" -eq 0 ] && return 0
+    [ "$status" -ne 200 ] && { echo "$name: the VM run failed ($status)"; cat "$work/$name.err"; }
+    failed=1
+    return 1
+}
+
+iasl -p "$work/firmware-ports" "$here/firmware-ports.asl" >/dev/null || { echo "iasl failed"; exit 1; }
+
+for preset in basic dual firmware; do
+    args=(--devices "$preset") extra=""
+    if [ "$preset" = firmware ]; then
+        args=(--devices basic --qemu-arg -acpitable --qemu-arg "file=$work/firmware-ports.aml"
+              --file "$acpiexec:/payload/bin/acpiexec")
+        # Without acpiexec on PATH or in /usr/bin.
+        extra='&& PATH=/bin /payload/bin/korvane scan --json'
     fi
-    python3 "$here/check-scan.py" "$preset" "$work/$preset.out" || failed=1
+    vm "$preset" "${args[@]}" --file "$korvane:/payload/bin/korvane" -- \
+        sh -c "korvane scan --json && korvane snapshot -o /tmp/tree.plist >/dev/null &&
+               korvane scan --json --registry /tmp/tree.plist $extra"
+    ranWell "$preset" $? || continue
+    python3 "$here/check-scan.py" "$preset" "$work/$preset.out" "$work/$preset.err" || failed=1
 done
 
 # Two identical controllers behind two PCIe root ports, a device on each, on
@@ -85,16 +102,16 @@ for n in 1 2; do
            --qemu-arg -device --qemu-arg "qemu-xhci,id=x$n,bus=rp$n")
 done
 twin+=(--qemu-arg -device --qemu-arg usb-kbd,bus=x1.0,port=1 --qemu-arg -device --qemu-arg usb-tablet,bus=x2.0,port=2)
-if "$harness/run-in-vm.sh" --devices none "${twin[@]}" --file "$korvane:/payload/bin/korvane" \
+vm twin --devices none "${twin[@]}" --file "$korvane:/payload/bin/korvane" \
     --file "$tools/ditto:/payload/libexec/korvane-generator/ditto" \
     --file "$tools/plutil:/payload/libexec/korvane-generator/plutil" --out "$work/twin" -- \
     sh -c 'korvane scan --json && korvane snapshot -o /tmp/tree.plist >/dev/null &&
-           korvane scan --json --registry /tmp/tree.plist && HOME=/out korvane generate >/out/generate.txt' \
-    >"$work/twin.json" 2>"$work/twin.err"; then
-    python3 "$here/check-scan.py" twin "$work/twin.json" "$work/twin/Desktop/Korvane.zip" "$work/twin.err" ||
+           korvane scan --json --registry /tmp/tree.plist && HOME=/out korvane generate >/out/generate.txt'
+if ranWell twin $?; then
+    python3 "$here/check-scan.py" twin "$work/twin.out" "$work/twin/Desktop/Korvane.zip" "$work/twin.err" ||
         { cat "$work/twin.err"; failed=1; }
 else
-    echo "twin: the VM run failed"; cat "$work/twin.err" "$work/twin/generate.txt" 2>/dev/null; failed=1
+    cat "$work/twin/generate.txt" 2>/dev/null
 fi
 
 # SIGTERM ends the watch cleanly, so everything it printed arrives.
@@ -102,11 +119,8 @@ vm watch --devices empty --hotplug "$here/plug-keyboard.steps" \
     --file "$korvane:/payload/bin/korvane" -- timeout -s TERM 14 korvane watch --json
 status=$?
 # 124 and 143 are timeout's own ways of saying it ended the watch.
-if [ "$status" -eq 200 ]; then
-    failed=1
-elif [ "$status" -ne 0 ] && [ "$status" -ne 143 ] && [ "$status" -ne 124 ]; then
-    echo "watch: the VM run failed ($status)"; cat "$work/watch.err"; failed=1
-elif ! python3 "$here/check-scan.py" watch "$work/watch.out"; then
+[ "$status" -eq 143 ] || [ "$status" -eq 124 ] && status=0
+if ranWell watch "$status" && ! python3 "$here/check-scan.py" watch "$work/watch.out"; then
     cat "$work/watch.err"; failed=1
 fi
 exit $failed
