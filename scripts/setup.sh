@@ -35,6 +35,9 @@ if [ "${1:-}" = "--test" ]; then
     qemu-system-x86 qemu-utils linux-image-amd64 busybox-static cpio kmod udev socat
     # a virtual display for the window's screenshots
     xvfb xauth
+    # the Debian package: CPack's dependency list (dpkg-shlibdeps, file) and
+    # the checks scripts/package.sh and the test command run on it
+    dpkg-dev file lintian desktop-file-utils appstream
   )
 elif [ $# -gt 0 ]; then
   echo "usage: $0 [--test]" >&2

@@ -1,10 +1,8 @@
-// Parsing a whole-machine-sized dump: 50 MB made by repeating real controller
-// subtrees from the corpus (with the controller's IDs copied onto its xHCI node
-// so that the port parser runs over every port and device below it), timed
-// against `grep -c '+-o'` over the same file as the floor of any line scan.
+// Parsing a whole-machine-sized dump (WholeMachineDump), timed against
+// `grep -c '+-o'` over the same file as the floor of any line scan.
 
+#include "bench/support/WholeMachineDump.h"
 #include "dumpscan/DumpParser.h"
-#include "dumpscan/DumpText.h"
 #include "dumpscan/USBTreeScanner.h"
 #include "records/FileIO.h"
 #include "support/BuildTree.h"
@@ -13,74 +11,13 @@
 #include <benchmark/benchmark.h>
 #include <chrono>
 #include <filesystem>
-#include <fstream>
-#include <stdexcept>
 #include <string>
-#include <unistd.h>
 
 namespace korvane {
 namespace {
 
-constexpr std::size_t targetBytes = 50u << 20;
-
-// The PCI node's whole block, with an ID line put into the xHCI node's own properties.
-std::string controllerSubtree(const std::string& file, std::string_view pciLine, const std::string& idLines) {
-    const auto bytes = readFileBytes(std::filesystem::path(KORVANE_TEST_DATA_DIR) / file);
-    if (!bytes) {
-        throw std::runtime_error("missing fixture " + file);
-    }
-    const DumpLines lines(*bytes);
-    for (std::size_t i = 0; i < lines.size(); ++i) {
-        if (lines.line(i).find(pciLine) == std::string_view::npos) {
-            continue;
-        }
-        std::string subtree;
-        for (std::size_t j = i; j < lines.blockEnd(i); ++j) {
-            subtree.append(lines.line(j)).push_back('\n');
-            if (lines.line(j).find("<class AppleUSBXHCI") != std::string_view::npos) {
-                subtree.append(idLines);
-            }
-        }
-        return subtree;
-    }
-    throw std::runtime_error("no controller subtree in " + file);
-}
-
-class BenchDump {
-  public:
-    BenchDump() {
-        const std::string hackintosh = controllerSubtree(
-            "macos/hackintosh-CML/ioreg_ioservice.txt", "+-o XHC@14  <class IOPCIDevice",
-            "    | |   | | \"vendor-id\" = <86800000>\n    | |   | | \"device-id\" = <ed020000>\n");
-        const std::string macPro = controllerSubtree(
-            "macos/iMacPro1-1/IOReg.txt", "+-o XHC1@14  <class IOPCIDevice",
-            "    | |   | | \"vendor-id\" = <86800000>\n    | |   | | \"device-id\" = <afa20000>\n");
-        text_ = "+-o Root  <class IORegistryEntry, id 0x100000100, retain 10>\n";
-        while (text_.size() < targetBytes) {
-            text_ += hackintosh;
-            text_ += macPro;
-        }
-        path_ = std::filesystem::temp_directory_path() /
-                ("korvane-dumpscan-bench-" + std::to_string(::getpid()) + ".txt");
-        std::ofstream(path_, std::ios::binary) << text_;
-    }
-    ~BenchDump() {
-        std::error_code ignored;
-        std::filesystem::remove(path_, ignored);
-    }
-    BenchDump(const BenchDump&) = delete;
-    BenchDump& operator=(const BenchDump&) = delete;
-
-    const std::string& text() const { return text_; }
-    const std::filesystem::path& path() const { return path_; }
-
-  private:
-    std::string text_;
-    std::filesystem::path path_;
-};
-
-const BenchDump& dump() {
-    static const BenchDump instance;
+const WholeMachineDump& dump() {
+    static const WholeMachineDump instance;
     return instance;
 }
 

@@ -1,6 +1,7 @@
 #include "app/CollectorAssembly.h"
 
 #include "dumpscan/USBTreeScanner.h"
+#include "platform/FileWorkFolderLocks.h"
 #include "platform/LiveSources.h"
 #include "platform/PlatformFolders.h"
 
@@ -43,6 +44,7 @@ std::shared_ptr<CollectorModel> assembleCollectorModel(const RegistryChoice& cho
     if (listenForHotplug && choice.isLive()) {
         environment.hotplugSource = makeHotplugSource(scheduler);
     }
+    environment.workFolderLocks = std::make_shared<FileWorkFolderLocks>(lockDirectory());
     environment.idsSources = IDsDownloadSources::standard();
     environment.idsLocations = names.locations();
     return CollectorModel::create(std::move(environment));

@@ -23,6 +23,29 @@ namespace {
 // is the project's own.
 constexpr const char* donateAddress = "https://www.paypal.com/donate/?hosted_button_id=KORVANEGENERATOR";
 
+// A run removes a work folder it finds only when a run of ours left it: one
+// carrying the mark, or an empty one. Anything else there is the user's.
+void removeLeftoverWorkFolder(const fs::path& workFolder) {
+    const auto status = fs::symlink_status(workFolder);
+    if (!fs::exists(status)) {
+        return;
+    }
+    if (fs::is_directory(status) &&
+        (fs::is_empty(workFolder) ||
+         fs::is_regular_file(fs::symlink_status(workFolder / CollectorModel::workFolderMarkName)))) {
+        fs::remove_all(workFolder);
+        return;
+    }
+    throw CollectorError::operationFailed(workFolder.string() +
+                                          " was not made by KorvaneGenerator and is left as it is. Move it "
+                                          "away from the Desktop or rename it, then generate again.");
+}
+
+void markWorkFolder(const fs::path& workFolder) {
+    writeFileAtomically(workFolder / CollectorModel::workFolderMarkName,
+                        "KorvaneGenerator's work folder: its next run removes it.\n");
+}
+
 std::string clockText(std::chrono::system_clock::time_point when) {
     const std::time_t seconds = std::chrono::system_clock::to_time_t(when);
     std::tm local{};
@@ -95,7 +118,24 @@ void CollectorModel::startCollection() {
     });
 }
 
+std::unique_ptr<WorkFolderLock> CollectorModel::lockWorkFolder(const fs::path& workFolder) {
+    if (!environment_.workFolderLocks) {
+        return nullptr;
+    }
+    if (auto lock = environment_.workFolderLocks->tryLock(workFolder)) {
+        return lock;
+    }
+    onMain([&] {
+        append("Another KorvaneGenerator run is using " + workFolder.string() + "; waiting for it to end...");
+    });
+    return environment_.workFolderLocks->lock(workFolder);
+}
+
 void CollectorModel::runCollection() {
+    // Held until the failure ending has marked the folder again, so no other
+    // run finds it unmarked.
+    std::unique_ptr<WorkFolderLock> lock;
+    fs::path createdWorkFolder;
     try {
         onMain([this] {
             append(std::string(40, '-'));
@@ -105,10 +145,11 @@ void CollectorModel::runCollection() {
         const fs::path workFolder = desktop / workFolderName;
         const fs::path zipURL = desktop / zipName;
 
-        if (fs::exists(fs::symlink_status(workFolder))) {
-            fs::remove_all(workFolder);
-        }
+        lock = lockWorkFolder(workFolder);
+        removeLeftoverWorkFolder(workFolder);
         fs::create_directories(workFolder);
+        createdWorkFolder = workFolder;
+        markWorkFolder(workFolder);
         onMain([&] { append("Temporary folder created: " + workFolder.string()); });
 
         std::size_t controllerCount = 0;
@@ -140,6 +181,9 @@ void CollectorModel::runCollection() {
             fs::remove_all(zipURL);
         }
         onMain([this] { append("Creating ZIP on Desktop..."); });
+        // The ZIP holds the run's files only; a failure from here on marks
+        // the folder again.
+        fs::remove(workFolder / workFolderMarkName);
         runProcess(environment_.tools.ditto,
                    {"-c", "-k", "--sequesterRsrc", "--keepParent", workFolder.string(), zipURL.string()},
                    desktop, environment_.dittoTimeout);
@@ -147,6 +191,7 @@ void CollectorModel::runCollection() {
 
         std::error_code ignored;
         fs::remove_all(workFolder, ignored);
+        lock.reset(); // before the run is seen to end, so a new one never waits on it
         onMain([&] {
             append("Temporary Desktop folder removed after ZIP creation.");
             lastZipURL_ = zipURL;
@@ -156,6 +201,15 @@ void CollectorModel::runCollection() {
         });
     } catch (...) {
         const std::string line = "ERROR: " + errorDescription(std::current_exception());
+        if (!createdWorkFolder.empty()) {
+            try {
+                markWorkFolder(createdWorkFolder);
+            } catch (...) {
+                // Unmarked, the next run asks the user to move the folder
+                // away rather than remove it.
+            }
+        }
+        lock.reset();
         onMain([&] {
             append(line);
             lastRunError_ = line;

@@ -3,6 +3,7 @@
 #include "collector/DesktopServices.h"
 #include "collector/Scheduler.h"
 #include "collector/USBDeviceHotplugMonitor.h"
+#include "collector/WorkFolderLocks.h"
 #include "ids/IDsDownload.h"
 #include "ids/IDsNameResolver.h"
 #include "mapfile/USBMapFile.h"
@@ -38,6 +39,8 @@ struct CollectorEnvironment {
     std::function<std::filesystem::path()> desktopURL;
     std::function<std::chrono::system_clock::time_point()> now = std::chrono::system_clock::now;
     std::unique_ptr<HotplugSource> hotplugSource{};
+    // None leaves runs of other processes unseen; the fronts always give one.
+    std::shared_ptr<WorkFolderLocks> workFolderLocks{};
     // This machine's model when it names a Mac's (the platform's lookup), no
     // value otherwise or when absent. Called on a background thread.
     std::function<std::optional<std::string>()> machineModel{};
@@ -82,6 +85,9 @@ class CollectorModel : public std::enable_shared_from_this<CollectorModel> {
     static constexpr const char* zipName = "Korvane.zip";
     static constexpr const char* workFolderName = "KorvaneGenerator_Work";
     static constexpr const char* logFileName = "KorvaneGenerator-log.txt";
+    // Inside a work folder a run made, so that the next run knows it may
+    // remove it; a folder without it is the user's and is never touched.
+    static constexpr const char* workFolderMarkName = ".korvane-work-folder";
     static constexpr std::int64_t portLimit = 15;
     static constexpr Scheduler::Seconds hotplugDebounce{0.18};
 
@@ -234,6 +240,7 @@ class CollectorModel : public std::enable_shared_from_this<CollectorModel> {
     std::filesystem::path desktopURL() const;
 
     void runCollection();
+    std::unique_ptr<WorkFolderLock> lockWorkFolder(const std::filesystem::path& workFolder);
     void writeCollectorLog(const std::filesystem::path& file);
 
     void startGuardedScan(bool preserveExistingSelection, bool resetConnectorOverrides, bool silent);

@@ -5,7 +5,7 @@
 #include "package/LegacyUSBPortTemplate.h"
 #include "records/Text.h"
 
-#include <sstream>
+#include <string_view>
 
 namespace korvane {
 
@@ -289,12 +289,15 @@ bool shouldWarnAboutSystemPortLimit(const USBControllerMap& controller) {
                 c = ' ';
             }
         }
-        std::istringstream pieces(words);
-        std::string piece;
-        while (pieces >> piece) {
+        // Only blanks part words: "Intel<TAB>XHCI" is one piece, not two.
+        std::string_view rest = words;
+        while (!rest.empty()) {
+            const auto blank = rest.find(' ');
+            const auto piece = rest.substr(0, blank);
             if (piece == "XHC" || piece == "XHCI") {
                 return true;
             }
+            rest.remove_prefix(blank == std::string_view::npos ? rest.size() : blank + 1);
         }
     }
     return false;

@@ -68,7 +68,7 @@ void redactSensitiveProperties(NativeUSBNode& root) {
     while (!pending.empty()) {
         NativeUSBNode* node = pending.back();
         pending.pop_back();
-        redactDictionary(node->properties);
+        redactDictionary(node->properties.editableDictionary());
         for (auto& child : node->children) {
             pending.push_back(child.get());
         }

@@ -23,6 +23,10 @@ std::filesystem::path applicationSupportDirectory() {
     return applicationSupportDirectory(Environment::process());
 }
 
+std::filesystem::path lockDirectory() {
+    return lockDirectory(Environment::process());
+}
+
 std::filesystem::path configurationDirectory() {
     return configurationDirectory(Environment::process());
 }

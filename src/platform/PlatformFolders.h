@@ -26,6 +26,14 @@ std::filesystem::path desktopURL();
 std::filesystem::path applicationSupportDirectory(const Environment& environment);
 std::filesystem::path applicationSupportDirectory();
 
+// Where runs of the program keep their work folder locks: per user, never on
+// the Desktop.
+//   Linux: $XDG_RUNTIME_DIR/korvane-generator, else
+//   $XDG_CACHE_HOME (or ~/.cache)/korvane-generator.
+//   macOS: ~/Library/Caches/org.korvanegenerator.KorvaneGenerator.
+std::filesystem::path lockDirectory(const Environment& environment);
+std::filesystem::path lockDirectory();
+
 // The per-user configuration folder (the window's settings live below it).
 //   Linux: $XDG_CONFIG_HOME, else ~/.config.  macOS: ~/Library/Application Support.
 std::filesystem::path configurationDirectory(const Environment& environment);

@@ -6,6 +6,8 @@
 #include "savedregistry/SavedRegistryLimits.h"
 
 #include <algorithm>
+#include <cstdint>
+#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
@@ -53,6 +55,23 @@ struct NodeLine {
     std::string className;
 };
 
+// A value as it stands in the text: its lines were cut at line feeds, each
+// without its carriage return, and are read joined by line feeds. Only a
+// value over several lines of a CRLF text needs a copy.
+std::optional<PropertyValue> parseValueLines(std::string_view lines) {
+    if (lines.find("\r\n") == std::string_view::npos) {
+        return parseIORegValue(lines);
+    }
+    std::string joined;
+    joined.reserve(lines.size());
+    for (std::size_t i = 0; i < lines.size(); ++i) {
+        if (lines[i] != '\r' || i + 1 >= lines.size() || lines[i + 1] != '\n') {
+            joined.push_back(lines[i]);
+        }
+    }
+    return parseIORegValue(joined);
+}
+
 std::string validTextOrEmpty(std::string_view bytes) {
     return isRegistryText(bytes) ? std::string(bytes) : std::string();
 }
@@ -80,9 +99,16 @@ NodeLine parseNodeLine(std::string_view text) {
     return result;
 }
 
+// Builds the nodes from the node lines and leaves their values unparsed:
+// each property line only marks where its key and value stand in the text,
+// which the tree keeps.
 class TreeBuilder {
   public:
-    std::unique_ptr<NativeUSBNode> build(std::string_view bytes) {
+    explicit TreeBuilder(std::string bytes)
+        : values_(std::make_shared<UnparsedPropertyText>(std::move(bytes), parseValueLines)) {}
+
+    std::unique_ptr<NativeUSBNode> build() {
+        const std::string_view bytes = values_->text();
         std::size_t position = 0;
         while (position < bytes.size()) {
             std::size_t end = bytes.find('\n', position);
@@ -98,6 +124,7 @@ class TreeBuilder {
         }
         flushProperty();
         finishNode();
+        values_->shrinkToFit();
         return takeRoot();
     }
 
@@ -135,6 +162,7 @@ class TreeBuilder {
         path_.resize(depth);
         NativeUSBNode& parent = depth == 0 ? top_ : *path_.back();
         current_ = &parent.addChild({}, {}, std::move(nodeLine.className), {});
+        firstValue_ = values_->size();
         path_.push_back(current_);
         entryName_ = std::move(nodeLine.name);
         entryLocation_ = std::move(nodeLine.location);
@@ -142,6 +170,7 @@ class TreeBuilder {
 
     void finishNode() {
         if (current_) {
+            current_->properties = NodeProperties(values_, firstValue_, values_->size() - firstValue_);
             assignNodeIdentity(*current_, entryName_, entryLocation_);
             current_ = nullptr;
         }
@@ -150,20 +179,17 @@ class TreeBuilder {
     void startProperty(std::string_view rest) {
         const std::size_t keyEnd = rest.find(kKeyEnd, 1);
         key_ = rest.substr(1, keyEnd - 1);
-        firstValueLine_ = rest.substr(keyEnd + kKeyEnd.size());
-        joinedValue_.reset();
+        value_ = rest.substr(keyEnd + kKeyEnd.size());
         hasProperty_ = true;
     }
 
+    // A text value's further lines: the lines of a text lie one after
+    // another, so the value grows to the end of this one.
     void continueProperty(std::string_view raw) {
-        if (!hasProperty_) {
-            return;
+        if (hasProperty_) {
+            value_ = std::string_view(value_.data(),
+                                      static_cast<std::size_t>(raw.data() + raw.size() - value_.data()));
         }
-        if (!joinedValue_) {
-            joinedValue_.emplace(firstValueLine_);
-        }
-        joinedValue_->push_back('\n');
-        joinedValue_->append(raw);
     }
 
     void flushProperty() {
@@ -171,14 +197,9 @@ class TreeBuilder {
             return;
         }
         hasProperty_ = false;
-        if (!current_ || !isRegistryText(key_)) {
-            return;
+        if (current_ && isRegistryText(key_)) {
+            values_->add(key_, value_);
         }
-        const std::string_view text = joinedValue_ ? std::string_view(*joinedValue_) : firstValueLine_;
-        if (auto value = parseIORegValue(text)) {
-            current_->properties.insert_or_assign(std::string(key_), std::move(*value));
-        }
-        joinedValue_.reset();
     }
 
     std::unique_ptr<NativeUSBNode> takeRoot() {
@@ -207,16 +228,22 @@ class TreeBuilder {
     std::string entryName_;
     std::string entryLocation_;
 
+    std::shared_ptr<UnparsedPropertyText> values_;
+    std::size_t firstValue_ = 0;
     bool hasProperty_ = false;
     std::string_view key_;
-    std::string_view firstValueLine_;
-    std::optional<std::string> joinedValue_;
+    std::string_view value_;
 };
 
 } // namespace
 
-std::unique_ptr<NativeUSBNode> parseIORegText(std::string_view bytes) {
-    return TreeBuilder().build(bytes);
+std::unique_ptr<NativeUSBNode> parseIORegText(std::string bytes) {
+    // The tree's values name places in the text by 32-bit offsets.
+    static_assert(maximumSavedRegistryBytes <= UINT32_MAX);
+    if (bytes.size() > maximumSavedRegistryBytes) {
+        return nullptr;
+    }
+    return TreeBuilder(std::move(bytes)).build();
 }
 
 bool looksLikeIORegText(std::string_view bytes) {

@@ -34,8 +34,8 @@ SavedRegistryFileSource::SavedRegistryFileSource(std::filesystem::path path, Par
     : path_(std::move(path)), parse_(std::move(parse)) {}
 
 std::unique_ptr<NativeUSBNode> SavedRegistryFileSource::copyRoot() const {
-    const auto bytes = readSavedRegistryFile(path_);
-    return bytes ? parse_(*bytes) : nullptr;
+    auto bytes = readSavedRegistryFile(path_);
+    return bytes ? parse_(std::move(*bytes)) : nullptr;
 }
 
 std::unique_ptr<RegistrySource> openSavedRegistry(const std::filesystem::path& path) {
@@ -45,7 +45,8 @@ std::unique_ptr<RegistrySource> openSavedRegistry(const std::filesystem::path& p
     }
     switch (savedRegistryFormat(*bytes)) {
     case SavedRegistryFormat::Snapshot:
-        return std::make_unique<SavedRegistryFileSource>(path, parseSnapshot);
+        return std::make_unique<SavedRegistryFileSource>(
+            path, [](std::string text) { return parseSnapshot(text); });
     case SavedRegistryFormat::IORegText:
         return std::make_unique<SavedRegistryFileSource>(path, parseIORegText);
     case SavedRegistryFormat::Unknown:
@@ -54,12 +55,12 @@ std::unique_ptr<RegistrySource> openSavedRegistry(const std::filesystem::path& p
     return nullptr;
 }
 
-std::unique_ptr<NativeUSBNode> parseSavedRegistry(std::string_view bytes) {
+std::unique_ptr<NativeUSBNode> parseSavedRegistry(std::string bytes) {
     switch (savedRegistryFormat(bytes)) {
     case SavedRegistryFormat::Snapshot:
         return parseSnapshot(bytes);
     case SavedRegistryFormat::IORegText:
-        return parseIORegText(bytes);
+        return parseIORegText(std::move(bytes));
     case SavedRegistryFormat::Unknown:
         break;
     }

@@ -23,11 +23,11 @@ SavedRegistryFormat savedRegistryFormat(std::string_view bytes);
 std::optional<std::string> readSavedRegistryFile(const std::filesystem::path& path);
 
 // A registry saved in a file. The file is read afresh on each copyRoot() and
-// its bytes handed to `parse`; a missing, oversized or unreadable file gives
-// nullptr.
+// its bytes handed over to `parse`; a missing, oversized or unreadable file
+// gives nullptr.
 class SavedRegistryFileSource final : public RegistrySource {
   public:
-    using Parse = std::function<std::unique_ptr<NativeUSBNode>(std::string_view bytes)>;
+    using Parse = std::function<std::unique_ptr<NativeUSBNode>(std::string bytes)>;
 
     SavedRegistryFileSource(std::filesystem::path path, Parse parse);
     std::unique_ptr<NativeUSBNode> copyRoot() const override;
@@ -43,6 +43,6 @@ std::unique_ptr<RegistrySource> openSavedRegistry(const std::filesystem::path& p
 
 // The tree of saved registry bytes in either format; nullptr for anything
 // else.
-std::unique_ptr<NativeUSBNode> parseSavedRegistry(std::string_view bytes);
+std::unique_ptr<NativeUSBNode> parseSavedRegistry(std::string bytes);
 
 } // namespace korvane

@@ -95,6 +95,7 @@ bool isBookkeepingKey(std::string_view key) {
 void readEntry(plist_t entry, NativeUSBNode& node, int depth) {
     std::string entryName;
     std::string entryLocation;
+    PropertyDictionary properties;
     plist_t children = nullptr;
     forEachDictionaryItem(entry, [&](std::string_view key, plist_t item) {
         if (key == kClassKey) {
@@ -107,11 +108,12 @@ void readEntry(plist_t entry, NativeUSBNode& node, int depth) {
             children = item;
         } else if (!isBookkeepingKey(key) && isRegistryText(key)) {
             if (auto value = valueFromPlist(item, 0)) {
-                node.properties.insert_or_assign(std::string(key), std::move(*value));
+                properties.insert_or_assign(std::string(key), std::move(*value));
             }
         }
         return true;
     });
+    node.properties = std::move(properties);
     assignNodeIdentity(node, entryName, entryLocation);
     if (!children || depth + 1 >= maximumSavedTreeDepth) {
         return;
@@ -174,7 +176,7 @@ plist_t plistFromValue(const PropertyValue& value) {
 }
 
 plist_t plistFromEntry(const NativeUSBNode& node) {
-    plist_t entry = plistFromDictionary(node.properties);
+    plist_t entry = plistFromDictionary(node.properties.dictionary());
     plist_dict_set_item(entry, kClassKey, plist_new_string(node.className.c_str()));
     plist_dict_set_item(entry, kNameKey, plist_new_string(node.name.c_str()));
     if (!node.location.empty()) {

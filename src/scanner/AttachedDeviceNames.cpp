@@ -17,15 +17,10 @@ bool contains(std::string_view text, std::string_view part) {
     return text.find(part) != std::string_view::npos;
 }
 
-const PropertyValue* lookup(const NativeUSBNode& node, const char* key) {
-    const auto it = node.properties.find(key);
-    return it == node.properties.end() ? nullptr : &it->second;
-}
-
 bool isBluetoothDevice(const NativeUSBNode& node, const std::string& base) {
     std::string text = base + ' ' + node.className;
     for (const char* key : {"USB Product Name", "Product Name", "kUSBProductString", "BluetoothTransport"}) {
-        if (const auto* value = lookup(node, key)) {
+        if (const auto value = node.properties.value(key)) {
             if (const auto* valueText = value->text()) {
                 text += ' ';
                 text += *valueText;
@@ -43,8 +38,8 @@ std::optional<std::string> nameFromProperties(const NativeUSBNode& node) {
         "kUSBProductString", "kUSBVendorString",         "USB Serial Number", "USB Product String",
         "USB Vendor String", "USB Serial Number String", "IOUserClientClass", "IOProviderClass"};
     for (const char* key : keys) {
-        const auto* value = lookup(node, key);
-        if (value == nullptr) {
+        const auto value = node.properties.value(key);
+        if (!value) {
             continue;
         }
         std::optional<std::string> candidate;

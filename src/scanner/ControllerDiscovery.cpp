@@ -45,11 +45,11 @@ bool isAppleXHCIService(const NativeUSBNode& node) {
     }
     for (const char* key : {"IOClass", "CFBundleIdentifier", "CFBundleIdentifierKernel", "IOProviderClass",
                             "IOPersonalityPublisher"}) {
-        const auto it = node.properties.find(key);
-        if (it == node.properties.end()) {
+        const auto value = node.properties.value(key);
+        if (!value) {
             continue;
         }
-        if (const auto* text = it->second.text(); text && text->find("USBXHCI") != std::string::npos) {
+        if (const auto* text = value->text(); text && text->find("USBXHCI") != std::string::npos) {
             return true;
         }
     }
@@ -81,9 +81,9 @@ const NativeUSBNode* nearestUSBControllerPCIDevice(const NativeUSBNode& node) {
 std::string pciIdentitySearchText(const NativeUSBNode& node) {
     std::string text = node.name + ' ' + node.location + ' ' + node.className;
     for (const char* key : {"IOName", "name", "compatible", "acpi-path", "IOProviderClass", "device_type"}) {
-        if (const auto it = node.properties.find(key); it != node.properties.end()) {
+        if (const auto value = node.properties.value(key)) {
             text += ' ';
-            appendIdentityText(text, it->second, 0);
+            appendIdentityText(text, *value, 0);
         }
     }
     return text;

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "scanner/PropertyValue.h"
+#include "scanner/NodeProperties.h"
 
 #include <memory>
 #include <string>
@@ -14,7 +14,7 @@ namespace korvane {
 class NativeUSBNode {
   public:
     NativeUSBNode(std::string nodeName, std::string nodeLocation, std::string nodeClassName,
-                  PropertyDictionary nodeProperties, NativeUSBNode* parentNode)
+                  NodeProperties nodeProperties, NativeUSBNode* parentNode)
         : name(std::move(nodeName)), location(std::move(nodeLocation)), className(std::move(nodeClassName)),
           properties(std::move(nodeProperties)), parent(parentNode) {}
 
@@ -37,7 +37,7 @@ class NativeUSBNode {
 
     // Makes a child of this node and appends it.
     NativeUSBNode& addChild(std::string childName, std::string childLocation, std::string childClassName,
-                            PropertyDictionary childProperties) {
+                            NodeProperties childProperties) {
         children.push_back(std::make_unique<NativeUSBNode>(std::move(childName), std::move(childLocation),
                                                            std::move(childClassName),
                                                            std::move(childProperties), this));
@@ -47,7 +47,7 @@ class NativeUSBNode {
     std::string name;      // may carry an "@..." part
     std::string location;  // may be empty
     std::string className; // empty when the source gives none
-    PropertyDictionary properties;
+    NodeProperties properties;
     NativeUSBNode* parent = nullptr;
     std::vector<std::unique_ptr<NativeUSBNode>> children;
 };

@@ -25,11 +25,11 @@ std::vector<std::string> scanNotices(const NativeUSBNode& root) {
     constexpr std::size_t maxNotices = 4;
     constexpr std::size_t maxNoticeBytes = 512;
     std::vector<std::string> notices;
-    const auto found = root.properties.find("scan-notices");
-    if (found == root.properties.end() || !found->second.array()) {
+    const auto found = root.properties.value("scan-notices");
+    if (!found || !found->array()) {
         return notices;
     }
-    for (const auto& value : *found->second.array()) {
+    for (const auto& value : *found->array()) {
         if (value.text() && !value.text()->empty() && value.text()->size() <= maxNoticeBytes &&
             notices.size() < maxNotices) {
             notices.push_back(*value.text());

@@ -8,15 +8,14 @@ namespace korvane {
 
 namespace {
 
-std::optional<std::string> textOrNameData(const PropertyDictionary& properties, std::string_view key) {
-    const auto it = properties.find(key);
-    if (it == properties.end()) {
+std::optional<std::string> textOrNameData(const std::optional<PropertyValue>& value) {
+    if (!value) {
         return std::nullopt;
     }
-    if (const auto* text = it->second.text()) {
+    if (const auto* text = value->text()) {
         return *text;
     }
-    if (const auto* bytes = it->second.bytes()) {
+    if (const auto* bytes = value->bytes()) {
         return stringFromNullTerminatedData(*bytes);
     }
     return std::nullopt;
@@ -91,21 +90,21 @@ class CompanionResolver {
 
 } // namespace
 
-std::optional<CompanionReference> companionReference(const PropertyDictionary& properties) {
+std::optional<CompanionReference> companionReference(const NodeProperties& properties) {
     for (const char* key : {"UsbCompanionSS", "UsbCompanionSSP", "UsbCompanionHS"}) {
-        const auto it = properties.find(key);
-        if (it == properties.end()) {
+        const auto value = properties.value(key);
+        if (!value) {
             continue;
         }
-        const PropertyDictionary companion = normalizedDictionary(it->second);
+        const NodeProperties companion(normalizedDictionary(*value));
         const auto number = intProperty("UsbCompanionPortNumber", companion);
         if (!number || *number <= 0) {
             continue;
         }
-        return CompanionReference{textOrNameData(companion, "UsbCompanionControllerName").value_or(""),
+        return CompanionReference{textOrNameData(companion.value("UsbCompanionControllerName")).value_or(""),
                                   *number, ""};
     }
-    if (auto peer = textOrNameData(properties, "peer"); peer && !peer->empty()) {
+    if (auto peer = textOrNameData(properties.value("peer")); peer && !peer->empty()) {
         return CompanionReference{"", 0, portNameFrom(*peer)};
     }
     return std::nullopt;

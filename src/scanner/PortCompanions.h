@@ -1,7 +1,7 @@
 #pragma once
 
 #include "records/USBControllerMap.h"
-#include "scanner/PropertyValue.h"
+#include "scanner/NodeProperties.h"
 
 #include <cstdint>
 #include <map>
@@ -26,7 +26,7 @@ struct CompanionReference {
 };
 
 // The reference in a port node's (or ports-table entry's) properties, if any.
-std::optional<CompanionReference> companionReference(const PropertyDictionary& properties);
+std::optional<CompanionReference> companionReference(const NodeProperties& properties);
 
 // Sets each port's companionKey. `references[i]` holds, by port name, what the
 // ports of `controllers[i]` said. A controller name that several controllers

@@ -49,13 +49,13 @@ struct StatedConnector {
 
 // A Linux port node names where its code came from in connector-source; any
 // other stated code is the registry's own.
-std::optional<StatedConnector> explicitConnector(const PropertyDictionary& properties) {
+std::optional<StatedConnector> explicitConnector(const NodeProperties& properties) {
     for (const char* key : {"UsbConnector", "usb-port-type", "portType"}) {
         if (auto value = intProperty(key, properties)) {
             StatedConnector stated{*value};
-            const auto named = properties.find("connector-source");
-            if (named != properties.end() && named->second.text()) {
-                const auto source = connectorSourceNamed(*named->second.text());
+            const auto named = properties.value("connector-source");
+            if (named && named->text()) {
+                const auto source = connectorSourceNamed(*named->text());
                 if (source == ConnectorSource::firmware || source == ConnectorSource::kernel ||
                     source == ConnectorSource::peer) {
                     stated.source = *source;
@@ -73,12 +73,12 @@ void setConnector(USBPortMap& port, const StatedConnector& stated) {
 }
 
 // The physical-location dictionary of a Linux port node, in the kernel's words.
-std::optional<PortPlace> placeFrom(const PropertyDictionary& properties) {
-    const auto found = properties.find("physical-location");
-    if (found == properties.end() || !found->second.dictionary()) {
+std::optional<PortPlace> placeFrom(const NodeProperties& properties) {
+    const auto found = properties.value("physical-location");
+    if (!found || !found->dictionary()) {
         return std::nullopt;
     }
-    const PropertyDictionary& place = *found->second.dictionary();
+    const PropertyDictionary& place = *found->dictionary();
     auto word = [&place](std::string_view key) {
         const auto value = place.find(key);
         return value != place.end() && value->second.text() ? std::string_view(*value->second.text())
@@ -89,8 +89,7 @@ std::optional<PortPlace> placeFrom(const PropertyDictionary& properties) {
                               intProperty("lid", place).value_or(0) != 0);
 }
 
-ByteBuffer portDataFrom(const PropertyDictionary& properties, std::string_view name,
-                        std::string_view location) {
+ByteBuffer portDataFrom(const NodeProperties& properties, std::string_view name, std::string_view location) {
     for (const char* key : {"port", "usb-port-number"}) {
         if (auto data = dataProperty(key, properties)) {
             return *data;
@@ -109,7 +108,7 @@ ByteBuffer portDataFrom(const PropertyDictionary& properties, std::string_view n
 }
 
 void noteCompanion(std::map<std::string, CompanionReference>* companions, const std::string& name,
-                   const PropertyDictionary& properties) {
+                   const NodeProperties& properties) {
     if (companions && !companions->contains(name)) {
         if (auto reference = companionReference(properties)) {
             companions->emplace(name, std::move(*reference));
@@ -120,11 +119,11 @@ void noteCompanion(std::map<std::string, CompanionReference>* companions, const 
 void appendTablePorts(const NativeUSBNode& service, std::vector<USBPortMap>& ports,
                       std::unordered_set<std::string>& seen, AttachedDeviceNameCache& attachedNames,
                       std::map<std::string, CompanionReference>* companions) {
-    const auto table = service.properties.find("ports");
-    if (table == service.properties.end()) {
+    const auto table = service.properties.value("ports");
+    if (!table) {
         return;
     }
-    const PropertyDictionary entries = normalizedDictionary(table->second);
+    const PropertyDictionary entries = normalizedDictionary(*table);
     std::vector<const std::string*> keys;
     keys.reserve(entries.size());
     for (const auto& entry : entries) {
@@ -139,7 +138,7 @@ void appendTablePorts(const NativeUSBNode& service, std::vector<USBPortMap>& por
         if (!matchesPortNamePattern(name) || !seen.insert(name).second) {
             continue;
         }
-        const PropertyDictionary properties = normalizedDictionary(entries.at(*key));
+        const NodeProperties properties(normalizedDictionary(entries.at(*key)));
         noteCompanion(companions, name, properties);
         USBPortMap port;
         port.location = service.location;

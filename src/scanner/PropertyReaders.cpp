@@ -10,9 +10,90 @@ namespace korvane {
 
 namespace {
 
+// Both give something that tests true and points to the value when the key
+// has one: the dictionary's own value, or one read out for the caller.
 const PropertyValue* lookup(std::string_view key, const PropertyDictionary& properties) {
     const auto it = properties.find(key);
     return it == properties.end() ? nullptr : &it->second;
+}
+
+std::optional<PropertyValue> lookup(std::string_view key, const NodeProperties& properties) {
+    return properties.value(key);
+}
+
+std::optional<std::int64_t> intValue(const PropertyValue& value) {
+    if (const auto* number = value.number()) {
+        return *number;
+    }
+    if (const auto* bytes = value.bytes()) {
+        return littleEndianValue(*bytes).value_or(0);
+    }
+    if (const auto* text = value.text()) {
+        const std::string clean = trimmed(*text);
+        const std::string_view view(clean);
+        // Only a lower-case prefix: firmware writes "0x", and "0X" was never seen
+        // to mean hex in a registry.
+        if (view.starts_with("0x")) {
+            return parseSignedInteger(view.substr(2), 16);
+        }
+        return parseSignedInteger(view, 10);
+    }
+    return std::nullopt;
+}
+
+std::optional<ByteBuffer> dataValue(const PropertyValue& value) {
+    if (const auto* bytes = value.bytes()) {
+        return *bytes;
+    }
+    if (const auto* number = value.number()) {
+        // Numbers beyond 32 bits have no 4-byte form; keeping the low bits is
+        // as good as any choice and never fails.
+        return portData(static_cast<std::uint32_t>(*number));
+    }
+    return std::nullopt;
+}
+
+template <class Properties>
+std::string registryNameOf(const Properties& properties, const std::string& fallbackClass) {
+    for (const char* key : {"IOName", "name"}) {
+        if (const auto value = lookup(key, properties)) {
+            if (const auto* text = value->text(); text && !text->empty()) {
+                return *text;
+            }
+        }
+    }
+    for (const char* key : {"name", "compatible"}) {
+        if (const auto value = lookup(key, properties)) {
+            if (const auto* bytes = value->bytes()) {
+                if (auto text = stringFromNullTerminatedData(*bytes); text && !text->empty()) {
+                    return *text;
+                }
+            }
+        }
+    }
+    return fallbackClass;
+}
+
+template <class Properties> std::string registryLocationOf(const Properties& properties) {
+    if (const auto value = lookup("location", properties)) {
+        if (const auto* text = value->text(); text && !text->empty()) {
+            return uppercased(*text);
+        }
+        if (const auto* bytes = value->bytes()) {
+            if (auto text = stringFromNullTerminatedData(*bytes); text && !text->empty()) {
+                return uppercased(*text);
+            }
+        }
+    }
+    for (const char* key : {"locationID", "port", "usb-port-number"}) {
+        if (const auto number = intProperty(key, properties)) {
+            char text[16];
+            std::snprintf(text, sizeof text, "%08X",
+                          static_cast<unsigned>(static_cast<std::uint32_t>(*number)));
+            return text;
+        }
+    }
+    return {};
 }
 
 // Plain text for text-form output; nesting is bounded so a hostile value
@@ -115,85 +196,39 @@ std::optional<std::string> stringFromNullTerminatedData(const ByteBuffer& data) 
 }
 
 std::string registryName(const PropertyDictionary& properties, const std::string& fallbackClass) {
-    for (const char* key : {"IOName", "name"}) {
-        if (const auto* value = lookup(key, properties)) {
-            if (const auto* text = value->text(); text && !text->empty()) {
-                return *text;
-            }
-        }
-    }
-    for (const char* key : {"name", "compatible"}) {
-        if (const auto* value = lookup(key, properties)) {
-            if (const auto* bytes = value->bytes()) {
-                if (auto text = stringFromNullTerminatedData(*bytes); text && !text->empty()) {
-                    return *text;
-                }
-            }
-        }
-    }
-    return fallbackClass;
+    return registryNameOf(properties, fallbackClass);
+}
+
+std::string registryName(const NodeProperties& properties, const std::string& fallbackClass) {
+    return registryNameOf(properties, fallbackClass);
 }
 
 std::string registryLocation(const PropertyDictionary& properties) {
-    if (const auto* value = lookup("location", properties)) {
-        if (const auto* text = value->text(); text && !text->empty()) {
-            return uppercased(*text);
-        }
-        if (const auto* bytes = value->bytes()) {
-            if (auto text = stringFromNullTerminatedData(*bytes); text && !text->empty()) {
-                return uppercased(*text);
-            }
-        }
-    }
-    for (const char* key : {"locationID", "port", "usb-port-number"}) {
-        if (const auto number = intProperty(key, properties)) {
-            char text[16];
-            std::snprintf(text, sizeof text, "%08X",
-                          static_cast<unsigned>(static_cast<std::uint32_t>(*number)));
-            return text;
-        }
-    }
-    return {};
+    return registryLocationOf(properties);
+}
+
+std::string registryLocation(const NodeProperties& properties) {
+    return registryLocationOf(properties);
 }
 
 std::optional<std::int64_t> intProperty(std::string_view key, const PropertyDictionary& properties) {
     const auto* value = lookup(key, properties);
-    if (value == nullptr) {
-        return std::nullopt;
-    }
-    if (const auto* number = value->number()) {
-        return *number;
-    }
-    if (const auto* bytes = value->bytes()) {
-        return littleEndianValue(*bytes).value_or(0);
-    }
-    if (const auto* text = value->text()) {
-        const std::string clean = trimmed(*text);
-        const std::string_view view(clean);
-        // Only a lower-case prefix: firmware writes "0x", and "0X" was never seen
-        // to mean hex in a registry.
-        if (view.starts_with("0x")) {
-            return parseSignedInteger(view.substr(2), 16);
-        }
-        return parseSignedInteger(view, 10);
-    }
-    return std::nullopt;
+    return value ? intValue(*value) : std::nullopt;
+}
+
+std::optional<std::int64_t> intProperty(std::string_view key, const NodeProperties& properties) {
+    const auto value = properties.value(key);
+    return value ? intValue(*value) : std::nullopt;
 }
 
 std::optional<ByteBuffer> dataProperty(std::string_view key, const PropertyDictionary& properties) {
     const auto* value = lookup(key, properties);
-    if (value == nullptr) {
-        return std::nullopt;
-    }
-    if (const auto* bytes = value->bytes()) {
-        return *bytes;
-    }
-    if (const auto* number = value->number()) {
-        // Numbers beyond 32 bits have no 4-byte form; keeping the low bits is
-        // as good as any choice and never fails.
-        return portData(static_cast<std::uint32_t>(*number));
-    }
-    return std::nullopt;
+    return value ? dataValue(*value) : std::nullopt;
+}
+
+std::optional<ByteBuffer> dataProperty(std::string_view key, const NodeProperties& properties) {
+    const auto value = properties.value(key);
+    return value ? dataValue(*value) : std::nullopt;
 }
 
 PropertyDictionary normalizedDictionary(const PropertyValue& value) {

@@ -12,14 +12,19 @@
 
 namespace korvane {
 
-// Typed readers over a node's property dictionary. Pure functions; none of
-// them throws or fails: what can't be read gives no value.
+// Typed readers over a node's properties, or a dictionary of them not yet in
+// a node. Pure functions; none of them throws or fails: what can't be read
+// gives no value.
 
 std::optional<std::string> stringFromNullTerminatedData(const ByteBuffer& data);
 std::string registryName(const PropertyDictionary& properties, const std::string& fallbackClass);
+std::string registryName(const NodeProperties& properties, const std::string& fallbackClass);
 std::string registryLocation(const PropertyDictionary& properties);
+std::string registryLocation(const NodeProperties& properties);
 std::optional<std::int64_t> intProperty(std::string_view key, const PropertyDictionary& properties);
+std::optional<std::int64_t> intProperty(std::string_view key, const NodeProperties& properties);
 std::optional<ByteBuffer> dataProperty(std::string_view key, const PropertyDictionary& properties);
+std::optional<ByteBuffer> dataProperty(std::string_view key, const NodeProperties& properties);
 PropertyDictionary normalizedDictionary(const PropertyValue& value);
 
 // Text as a signed 64-bit integer in base 10 or 16: one optional leading "+"

@@ -43,6 +43,7 @@ TEST_F(GenerationRunTest, ASuccessfulRunLeavesTheZipWithTheCheckedPortsTheReport
     model->prepareInitialChecks();
     loadPorts();
     fs::create_directories(work() / "leftover");
+    writeFileAtomically(work() / CollectorModel::workFolderMarkName, ""); // a failed run's
     writeFileAtomically(zip(), "old");
 
     generate();
@@ -171,6 +172,51 @@ TEST_F(GenerationRunTest, ADesktopThatIsAFileEndsInOneErrorLine) {
     EXPECT_FALSE(model->lastZipURL());
 }
 
+TEST_F(GenerationRunTest, OnlyAnEmptyOrMarkedWorkFolderIsRemovedAnythingElseIsTheUsers) {
+    const std::pair<std::function<void()>, bool> rows[] = {
+        {[&] { fs::create_directories(work()); }, true},
+        {[&] { fs::create_directories(work() / "mine"); }, false},
+        {[&] { writeFileAtomically(work(), "mine"); }, false},
+        {[&] { fs::create_directory_symlink(home.path(), work()); }, false},
+    };
+    for (const auto& [make, isRemoved] : rows) {
+        fs::remove_all(desktopFolder);
+        fs::create_directories(desktopFolder);
+        make();
+        recordingDesktop.sounds.clear();
+        generate();
+        EXPECT_THAT(recordingDesktop.sounds, ElementsAre(isRemoved ? "Glass" : "Basso"));
+        if (!isRemoved) {
+            EXPECT_EQ(logLines().back(),
+                      "ERROR: " + work().string() +
+                          " was not made by KorvaneGenerator and is left as it is. Move it "
+                          "away from the Desktop or rename it, then generate again.");
+            EXPECT_TRUE(fs::exists(fs::symlink_status(work())));
+        }
+    }
+}
+
+// Another run holds the work folder when this one first asks.
+struct BusyWorkFolderLocks final : WorkFolderLocks {
+    std::unique_ptr<WorkFolderLock> tryLock(const fs::path&) override { return nullptr; }
+    std::unique_ptr<WorkFolderLock> lock(const fs::path&) override {
+        return std::make_unique<WorkFolderLock>();
+    }
+};
+
+class LockedRunTest : public GenerationRunTest {
+    void customise(CollectorEnvironment& environment) override {
+        environment.workFolderLocks = std::make_shared<BusyWorkFolderLocks>();
+    }
+};
+
+TEST_F(LockedRunTest, ARunWaitsForAnotherOnTheSameWorkFolderAndSaysSo) {
+    generate();
+    EXPECT_THAT(logLines(), Contains("Another KorvaneGenerator run is using " + work().string() +
+                                     "; waiting for it to end..."));
+    EXPECT_THAT(recordingDesktop.sounds, ElementsAre("Glass"));
+}
+
 // A stand-in for one tool that fails as the row says.
 class BrokenToolRunTest : public GenerationRunTest {
   protected:
@@ -194,6 +240,7 @@ TEST_F(BrokenToolRunTest, AFailingDittoKeepsTheWorkFolderAndTheToolsWords) {
                                            zip().string() + "\ndisk full\n\n"))
         << model->logText();
     EXPECT_TRUE(fs::exists(work() / "KorvaneGenerator-log.txt"));
+    EXPECT_TRUE(fs::exists(work() / CollectorModel::workFolderMarkName)) << "for the next run to remove";
     EXPECT_FALSE(fs::exists(zip())) << "the old ZIP went in the same step";
     EXPECT_THAT(recordingDesktop.sounds, ElementsAre("Basso"));
 }

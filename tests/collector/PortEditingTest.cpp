@@ -157,6 +157,8 @@ TEST(PortLimit, OnlyIntelControllersNamedXHCOrXHCIAsAWholeWordAreEligible) {
         {0x8086, "AppleIntelXHCI", "XHCI1", "", false},
         {0x8086, "EHC1", "pci8086,1", "PCI0:XHC", true},
         {0x1b73, "XHCI", "", "", false},
+        {0x8086, "Intel\tXHCI", "", "", false},
+        {0x8086, "XHC\nXHCI", "", "", false},
     };
     for (const auto& [vendor, name, match, location, isEligible] : rows) {
         auto controller = makeController(name, vendor, 0x1);
@@ -197,6 +199,17 @@ TEST_F(PortEditingTest, ARefreshThatFiresDuringAScanIsDroppedAndALateOneFindsNoM
     EXPECT_TRUE(weak.expired());
     scheduler.advance(Scheduler::Seconds(1));
     EXPECT_EQ(scanCount, 1);
+}
+
+TEST_F(PortEditingTest, AnEventStillQueuedWhenTheModelIsGoneDoesNothing) {
+    model->startUSBHotplugMonitoring();
+    // As the platform sources do: the event reaches the model through a task
+    // on the main queue, which can still be waiting when the window closes.
+    scheduler.postToMain(hotplug->onChange);
+    model.reset();
+    scheduler.runUntilIdle();
+    scheduler.advance(Scheduler::Seconds(1));
+    EXPECT_EQ(scanCount, 0);
 }
 
 } // namespace

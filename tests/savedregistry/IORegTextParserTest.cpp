@@ -58,7 +58,7 @@ TEST(IORegTextParser, TheNodeLinesLocationStandsInOnlyForAnEntryPrintedWithoutPr
                                "  pci1b73,1100@AB <IOPCIDevice>\n" // its own IOName and location win
                                "  AppleUSBXHCI <AppleUSBXHCI>\n"
                                "    XHCI Root Hub SS Simulation@14 <IOUSBRootHubDevice>\n");
-    EXPECT_EQ(root->children[0]->properties.size(), 2U) << "stand-ins never become properties";
+    EXPECT_EQ(root->children[0]->properties.dictionary().size(), 2U) << "stand-ins never become properties";
 }
 
 TEST(IORegTextParser, ABrokenValueLosesOnlyItsPropertyAndTextsRunOverLines) {
@@ -73,11 +73,19 @@ TEST(IORegTextParser, ABrokenValueLosesOnlyItsPropertyAndTextsRunOverLines) {
                                      "   +-o Data: Oly.Maui\r\n"
                                      "\"\r\n"
                                      "      \"next\" = Yes\r\n"
+                                     "      \"good\" = (1,\r\n"
+                                     "      \"next\" = No\r\n"
                                      "    }\r\n");
     ASSERT_TRUE(root);
+    // Of a key given twice the last readable value counts, whether the values
+    // are read one by one, as a scan does, or all at once.
     const PropertyDictionary expected{
-        {"good", 1}, {"CLMVersion", "API: 18.1\n   +-o Data: Oly.Maui\n"}, {"next", 1}};
-    EXPECT_EQ(root->properties, expected);
+        {"good", 1}, {"CLMVersion", "API: 18.1\n   +-o Data: Oly.Maui\n"}, {"next", 0}};
+    EXPECT_EQ(root->properties.dictionary(), expected);
+    for (const auto& [key, value] : expected) {
+        EXPECT_EQ(root->properties.value(key), value) << key;
+    }
+    EXPECT_FALSE(root->properties.contains("broken"));
 }
 
 TEST(IORegTextParser, MalformedDepthsHangUnderTheDeepestNodeAndNestWithinTheBound) {

@@ -59,7 +59,7 @@ TEST(SnapshotCodec, AnyTreeReadsBackTheSameWithKeysOfOtherKindsAsText) {
         nullptr);
     const auto keyed = parseSnapshot(snapshotPropertyList(root));
     ASSERT_TRUE(keyed);
-    EXPECT_EQ(keyed->properties.at("ports"), PropertyValue(PropertyDictionary{{"7", "seven"}}));
+    EXPECT_EQ(keyed->properties.value("ports"), PropertyValue(PropertyDictionary{{"7", "seven"}}));
 }
 
 TEST(SnapshotCodec, ReadsTheShapeIoregWrites) {
@@ -73,15 +73,16 @@ TEST(SnapshotCodec, ReadsTheShapeIoregWrites) {
     EXPECT_EQ(treeText(*root),
               "Root <IORegistryEntry>\n  XHC1 <IOPCIDevice>\n    HS01@ABC <AppleUSB20XHCIPort>\n"
               "  IOResources <IOResources>\n");
-    EXPECT_EQ(root->properties, (PropertyDictionary{{"IOConsoleLocked", 0}, {"IOBluetoothActive", 1}}))
+    EXPECT_EQ(root->properties.dictionary(),
+              (PropertyDictionary{{"IOConsoleLocked", 0}, {"IOBluetoothActive", 1}}))
         << "bookkeeping keys, reals and dates are no properties";
-    EXPECT_EQ(root->children[0]->properties.size(), 1U);
+    EXPECT_EQ(root->children[0]->properties.dictionary().size(), 1U);
 }
 
 TEST(SnapshotCodec, ANulInATextIsLeftOutButInABinaryKeyGivesNoTree) {
     const auto root = parseSnapshot(testDataBytes("fuzz-seeds/snapshot/nul-in-string.xml"));
     ASSERT_TRUE(root);
-    EXPECT_EQ(root->properties, (PropertyDictionary{{"kept", 1}}));
+    EXPECT_EQ(root->properties.dictionary(), (PropertyDictionary{{"kept", 1}}));
     EXPECT_EQ(parseSnapshot(testDataBytes("fuzz-seeds/snapshot/nul-in-binary-key.bplist")), nullptr);
 }
 

@@ -92,7 +92,8 @@ TEST_F(NativeUSBTreeScannerTest, CompanionsResolveAcrossControllersAndFillTheUnn
     port(second, "HS02", 2, {{"UsbCompanionHS", PropertyDictionary{{"UsbCompanionPortNumber", 9}}}});
     port(second, "SS01", 3, {{"UsbCompanionHS", companion(4, "XHC")}});
     auto& thunderbolt = addService(addXHCIPCIDevice(*root, "XHC2@0", "", 0x8086, 0x15EC), "XHC2", "01000000");
-    thunderbolt.properties["ports"] = PropertyDictionary{{"SSP1", PropertyDictionary{{"port", 3}}}};
+    thunderbolt.properties.editableDictionary()["ports"] =
+        PropertyDictionary{{"SSP1", PropertyDictionary{{"port", 3}}}};
     first.addChild("HS04", "", "AppleUSB20XHCIPort",
                    {{"port", ByteBuffer{4, 0, 0, 0}}, {"UsbCompanionSS", companion(3, "XHC")}});
     std::string text = scan();

@@ -47,10 +47,10 @@ TEST(PropertyReaders, IntegersFromBytesAndTextWithinSixtyFourBits) {
         {PropertyArray{1}, std::nullopt},
     };
     for (const auto& [value, number] : rows) {
-        EXPECT_EQ(intProperty("k", {{"k", value}}), number);
+        EXPECT_EQ(intProperty("k", PropertyDictionary{{"k", value}}), number);
     }
-    EXPECT_EQ(dataProperty("k", {{"k", 5}}), (B{5, 0, 0, 0}));
-    EXPECT_EQ(dataProperty("k", {{"k", "5"}}), std::nullopt);
+    EXPECT_EQ(dataProperty("k", PropertyDictionary{{"k", 5}}), (B{5, 0, 0, 0}));
+    EXPECT_EQ(dataProperty("k", PropertyDictionary{{"k", "5"}}), std::nullopt);
 }
 
 TEST(PropertyReaders, KeysOfOtherKindsBecomeTextAndBaseNamesCutAtTheAtSign) {

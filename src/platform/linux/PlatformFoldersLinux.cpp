@@ -82,6 +82,18 @@ std::filesystem::path applicationSupportDirectory(const Environment& environment
     return homeDirectory(environment) / ".local" / "share";
 }
 
+std::filesystem::path lockDirectory(const Environment& environment) {
+    // The runtime folder is the user's own and empties at log-out; relative
+    // values are invalid there as everywhere in the base directory rules.
+    if (auto runtime = environment("XDG_RUNTIME_DIR"); runtime && runtime->starts_with("/")) {
+        return std::filesystem::path(*runtime) / "korvane-generator";
+    }
+    if (auto cache = environment("XDG_CACHE_HOME"); cache && cache->starts_with("/")) {
+        return std::filesystem::path(*cache) / "korvane-generator";
+    }
+    return homeDirectory(environment) / ".cache" / "korvane-generator";
+}
+
 std::filesystem::path executableDirectory() {
     std::error_code error;
     const auto self = std::filesystem::read_symlink("/proc/self/exe", error);

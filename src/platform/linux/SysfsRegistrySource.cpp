@@ -50,7 +50,7 @@ std::unique_ptr<NativeUSBNode> SysfsRegistrySource::copyRoot() const {
             .addTo(*xhci[i].node, builder);
     }
     if (auto notices = firmwareTypes.notices(); !notices.empty()) {
-        root->properties["scan-notices"] = PropertyArray(notices.begin(), notices.end());
+        root->properties.editableDictionary()["scan-notices"] = PropertyArray(notices.begin(), notices.end());
     }
     return root;
 }

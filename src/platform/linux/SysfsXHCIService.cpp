@@ -254,8 +254,8 @@ std::vector<std::uint32_t> uniqueControllerLocationIDs(const std::vector<PCIAddr
 void SysfsXHCIService::addTo(NativeUSBNode& pciNode, SysfsTreeBuilder& builder) const {
     const std::uint32_t controllerLocation = locationID_;
     PropertyDictionary service;
-    if (auto name = pciNode.properties.find("IOName"); name != pciNode.properties.end()) {
-        service["name"] = name->second;
+    if (auto name = pciNode.properties.value("IOName")) {
+        service["name"] = std::move(*name);
     }
     service["IOPersonalityPublisher"] = "com.apple.driver.usb.AppleUSBXHCIPCI";
     service["locationID"] = std::int64_t{controllerLocation};

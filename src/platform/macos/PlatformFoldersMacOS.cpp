@@ -14,6 +14,10 @@ std::filesystem::path applicationSupportDirectory(const Environment& environment
     return homeDirectory(environment) / "Library" / "Application Support";
 }
 
+std::filesystem::path lockDirectory(const Environment& environment) {
+    return homeDirectory(environment) / "Library" / "Caches" / "org.korvanegenerator.KorvaneGenerator";
+}
+
 std::filesystem::path configurationDirectory(const Environment& environment) {
     return applicationSupportDirectory(environment);
 }

@@ -148,7 +148,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
             }
             break;
         case 2:
-            current->properties[pick(interestingKeys, in)] = value(in, 0);
+            current->properties.editableDictionary()[pick(interestingKeys, in)] = value(in, 0);
             break;
         default:
             (void)registryName(current->properties, current->className);

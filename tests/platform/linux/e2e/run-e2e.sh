@@ -7,9 +7,18 @@
 # acpiexec out of reach, as a machine without acpica-tools.
 # Usage: run-e2e.sh KORVANE HARNESS_DIR CACHE_DIR
 # Exits 77 (skipped) when QEMU, the harness or acpica-tools isn't installed.
+#
+# Bounded so that a guest that never comes back (a /dev/kvm that exists but
+# hangs, as in a VM inside a VM) fails the test in minutes: each VM run gets
+# E2E_VM_TIMEOUT seconds (90; a run takes about 10, and 40 on two cores busy
+# with builds), the whole test E2E_TOTAL_TIMEOUT (360), and after a run hangs
+# no further one starts, since it would hang the same way. A hung run is
+# named, with its console's tail.
 set -uo pipefail
 
 korvane=$1 harness=$2 cache=$3
+vmTimeout=${E2E_VM_TIMEOUT:-90}
+deadline=$((SECONDS + ${E2E_TOTAL_TIMEOUT:-360}))
 here=$(cd "$(dirname "$0")" && pwd)
 acpiexec=$(command -v acpiexec || true)
 if ! command -v qemu-system-x86_64 >/dev/null || [ ! -x "$harness/run-in-vm.sh" ] ||
@@ -22,9 +31,52 @@ export QEMU_USB_CACHE=$cache
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 
+failed=0 hung=""
+# vm NAME RUN-IN-VM-ARGS...: one VM run, its stdout in $work/NAME.out and its
+# stderr in $work/NAME.err; returns the command's status, or 200 when the run
+# hung or no time was left for it.
+vm() {
+    local name=$1; shift
+    local left=$((deadline - SECONDS)) limit=$vmTimeout
+    if [ -n "$hung" ] || [ "$left" -le 15 ]; then
+        if [ -n "$hung" ]; then
+            echo "$name: not run: the VM run \"$hung\" hung, and this one would too"
+        else
+            echo "$name: not run: the test is out of time"
+        fi
+        return 200
+    fi
+    [ "$left" -lt $((limit + 15)) ] && limit=$((left - 15))
+    # The harness stops qemu at its --timeout (and 10 s later kills it); the
+    # outer timeout catches a harness that hangs itself.
+    local started=$SECONDS
+    timeout -k 5 $((limit + 15)) "$harness/run-in-vm.sh" --timeout "$limit" --console "$work/$name.console" \
+        "$@" >"$work/$name.out" 2>"$work/$name.err"
+    local status=$?
+    # The harness's 124 can't be told from a command's own by the status.
+    if grep -q "^run-in-vm.sh: no result from the VM" "$work/$name.err" ||
+       [ $((SECONDS - started)) -ge $((limit + 15)) ]; then
+        hung=$name
+        echo "$name: the VM run hung: no result within $limit s (status $status). Console tail:"
+        tail -n 25 "$work/$name.console" 2>/dev/null || echo "(no console saved)"
+        echo "Harness output tail:"
+        tail -n 15 "$work/$name.err"
+        return 200
+    fi
+    return "$status"
+}
+
+# A run that ended with a status of its own other than 0 prints its error output.
+ranWell() {
+    local name=$1 status=$2
+    [ "$status" -eq 0 ] && return 0
+    [ "$status" -ne 200 ] && { echo "$name: the VM run failed ($status)"; cat "$work/$name.err"; }
+    failed=1
+    return 1
+}
+
 iasl -p "$work/firmware-ports" "$here/firmware-ports.asl" >/dev/null || { echo "iasl failed"; exit 1; }
 
-failed=0
 for preset in basic dual firmware; do
     args=(--devices "$preset") extra=""
     if [ "$preset" = firmware ]; then
@@ -33,12 +85,11 @@ for preset in basic dual firmware; do
         # Without acpiexec on PATH or in /usr/bin.
         extra='&& PATH=/bin /payload/bin/korvane scan --json'
     fi
-    if ! "$harness/run-in-vm.sh" "${args[@]}" --file "$korvane:/payload/bin/korvane" -- \
+    vm "$preset" "${args[@]}" --file "$korvane:/payload/bin/korvane" -- \
         sh -c "korvane scan --json && korvane snapshot -o /tmp/tree.plist >/dev/null &&
-               korvane scan --json --registry /tmp/tree.plist $extra" >"$work/$preset.json" 2>"$work/$preset.err"; then
-        echo "$preset: the VM run failed"; cat "$work/$preset.err"; failed=1; continue
-    fi
-    python3 "$here/check-scan.py" "$preset" "$work/$preset.json" "$work/$preset.err" || failed=1
+               korvane scan --json --registry /tmp/tree.plist $extra"
+    ranWell "$preset" $? || continue
+    python3 "$here/check-scan.py" "$preset" "$work/$preset.out" "$work/$preset.err" || failed=1
 done
 
 # Two identical controllers behind two PCIe root ports, a device on each, on
@@ -51,29 +102,30 @@ for n in 1 2; do
            --qemu-arg -device --qemu-arg "qemu-xhci,id=x$n,bus=rp$n")
 done
 twin+=(--qemu-arg -device --qemu-arg usb-kbd,bus=x1.0,port=1 --qemu-arg -device --qemu-arg usb-tablet,bus=x2.0,port=2)
-if "$harness/run-in-vm.sh" --devices none "${twin[@]}" --file "$korvane:/payload/bin/korvane" \
+vm twin --devices none "${twin[@]}" --file "$korvane:/payload/bin/korvane" \
     --file "$tools/ditto:/payload/libexec/korvane-generator/ditto" \
     --file "$tools/plutil:/payload/libexec/korvane-generator/plutil" --out "$work/twin" -- \
     sh -c 'korvane scan --json && korvane snapshot -o /tmp/tree.plist >/dev/null &&
-           korvane scan --json --registry /tmp/tree.plist && HOME=/out korvane generate >/out/generate.txt' \
-    >"$work/twin.json" 2>"$work/twin.err"; then
-    python3 "$here/check-scan.py" twin "$work/twin.json" "$work/twin/Desktop/Korvane.zip" "$work/twin.err" ||
+           korvane scan --json --registry /tmp/tree.plist && HOME=/out korvane generate >/out/generate.txt'
+if ranWell twin $?; then
+    python3 "$here/check-scan.py" twin "$work/twin.out" "$work/twin/Desktop/Korvane.zip" "$work/twin.err" ||
         { cat "$work/twin.err"; failed=1; }
 else
-    echo "twin: the VM run failed"; cat "$work/twin.err" "$work/twin/generate.txt" 2>/dev/null; failed=1
+    cat "$work/twin/generate.txt" 2>/dev/null
 fi
 
 # SIGTERM ends the watch cleanly, so everything it printed arrives. The map
 # it saves after each refresh comes back through /out.
-"$harness/run-in-vm.sh" --devices empty --hotplug "$here/plug-keyboard.steps" \
+vm watch --devices empty --hotplug "$here/plug-keyboard.steps" \
     --file "$korvane:/payload/bin/korvane" --out "$work/out" -- \
-    timeout -s TERM 14 korvane watch --json --save-map /out/session.korvanemap \
-    >"$work/watch.json" 2>"$work/watch.err"
+    timeout -s TERM 14 korvane watch --json --save-map /out/session.korvanemap
 status=$?
 # 124 and 143 are timeout's own ways of saying it ended the watch.
-if [ "$status" -ne 0 ] && [ "$status" -ne 143 ] && [ "$status" -ne 124 ]; then
-    echo "watch: the VM run failed ($status)"; cat "$work/watch.err"; failed=1
+[ "$status" -eq 143 ] || [ "$status" -eq 124 ] && status=0
+if ranWell watch "$status" && ! python3 "$here/check-scan.py" watch "$work/watch.out"; then
+    cat "$work/watch.err"; failed=1
 fi
-python3 "$here/check-scan.py" watch "$work/watch.json" || { cat "$work/watch.err"; failed=1; }
-python3 "$here/check-scan.py" map "$work/out/session.korvanemap" || { cat "$work/watch.err"; failed=1; }
+if [ "$status" -eq 0 ] && ! python3 "$here/check-scan.py" map "$work/out/session.korvanemap"; then
+    cat "$work/watch.err"; failed=1
+fi
 exit $failed
