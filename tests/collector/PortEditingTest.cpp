@@ -152,20 +152,14 @@ TEST_F(PortEditingTest, AHotplugBurstGivesOneSilentRefreshAfterTheLastEvent) {
     EXPECT_THAT(model->logText(), IsEmpty());
 }
 
-TEST_F(PortEditingTest, ARefreshThatFiresDuringAScanIsDroppedAndALateOneFindsNoModel) {
-    scans = {{{intel(makePorts(2, 0))}}};
+TEST_F(PortEditingTest, ARefreshDueAfterTheModelIsGoneDoesNothing) {
     model->startUSBHotplugMonitoring();
-    model->scanUSBPorts(); // still queued when the refresh fires
-    hotplug->onChange();
-    scheduler.advance(Scheduler::Seconds(0.2));
-    EXPECT_EQ(scanCount, 1) << "the reset ran, the refresh that fired during it was dropped";
-
     hotplug->onChange();
     std::weak_ptr<CollectorModel> weak = model;
     model.reset();
-    EXPECT_TRUE(weak.expired());
+    EXPECT_TRUE(weak.expired()) << "the pending refresh holds no model";
     scheduler.advance(Scheduler::Seconds(1));
-    EXPECT_EQ(scanCount, 1);
+    EXPECT_EQ(scanCount, 0);
 }
 
 } // namespace

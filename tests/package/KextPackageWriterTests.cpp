@@ -2,8 +2,8 @@
 #include "package/GenerationReport.h"
 #include "package/KextInfoPlist.h"
 #include "package/KextPackageWriter.h"
-#include "records/CollectorError.h"
 #include "support/BuildTree.h"
+#include "support/Failure.h"
 #include "support/FakeTool.h"
 #include "support/TempFolder.h"
 
@@ -26,8 +26,8 @@ class KextPackageWriterTest : public ::testing::Test {
     TempFolder work;
     ToolPaths tools = buildTreeToolPaths();
     fs::path out = work.path() / "out";
-    const std::vector<USBControllerMap> controllers{makeController(
-        "XHC1", 0x8086, 0xa36d, {makePort("HS01", {0x01, 0, 0, 0}, 0), makePort("SS01", {0x11, 0, 0, 0})})};
+    const std::vector<USBControllerMap> controllers{
+        makeController("XHC1", 0x8086, 0xa36d, {makePort("HS01", 1, "", 0), makePort("SS01", 17)})};
 };
 
 TEST_F(KextPackageWriterTest, WritesTheInfoPlistAloneInItsBundleAndTheReportBeside) {
@@ -64,13 +64,9 @@ TEST_F(KextPackageWriterTest, AnEmptyListWritesTheReportAloneAndAnAbsentOneTakes
 
 TEST_F(KextPackageWriterTest, ARejectedListThrowsTheToolsOutputAndWritesNoReport) {
     tools.plutil = writeFakeTool(work.path(), "plutil", "echo 'Info.plist: Property List error'; exit 1");
-    try {
-        generateKorvaneKext(out, std::nullopt, controllers, tools);
-        ADD_FAILURE() << "no error";
-    } catch (const CollectorError& error) {
-        EXPECT_EQ(error.description(), "Command failed: " + tools.plutil + " -lint " + infoPlist().string() +
-                                           "\nInfo.plist: Property List error\n");
-    }
+    EXPECT_EQ(failureOf([&] { generateKorvaneKext(out, std::nullopt, controllers, tools); }),
+              "Command failed: " + tools.plutil + " -lint " + infoPlist().string() +
+                  "\nInfo.plist: Property List error\n");
     EXPECT_TRUE(fs::exists(infoPlist())) << "nothing is rolled back";
     EXPECT_FALSE(fs::exists(out / "Korvane-report.txt"));
 

@@ -1,5 +1,6 @@
 #include "PackageTestSupport.h"
 #include "package/OutputSanitizer.h"
+#include "support/BinaryPlist.h"
 #include "support/BuildTree.h"
 #include "support/TempFolder.h"
 
@@ -41,13 +42,7 @@ TEST_F(OutputSanitizerTest, MasksTextLikeFilesAtAnyDepthButNoHiddenOnes) {
 }
 
 TEST_F(OutputSanitizerTest, PropertyListsComeOutAsMaskedXMLAndOtherFilesAsTheyCan) {
-    PlistPtr tree(plist_new_dict());
-    plist_dict_set_item(tree.get(), "IOPlatformSerialNumber", plist_new_string("C02XK1ABJHD3"));
-    char* bytes = nullptr;
-    std::uint32_t length = 0;
-    plist_to_bin(tree.get(), &bytes, &length);
-    write("Info.plist", std::string(bytes, length));
-    plist_to_bin_free(bytes);
+    write("Info.plist", binaryPlist("IOPlatformSerialNumber", "C02XK1ABJHD3"));
     write("profile.xml", "<broken>\n" + serialLine);
     const std::string mixed = serialLine + "experience\xD5s iMac\n";
     write("mixed.txt", mixed);

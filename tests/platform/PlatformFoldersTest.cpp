@@ -65,18 +65,5 @@ TEST(PlatformFolders, ApplicationSupportFollowsXDGDataHome) {
         << "a relative XDG_DATA_HOME is invalid and ignored";
 }
 
-TEST(PlatformFolders, ToolsAndResourcesAreFoundBesideTheRunningProgram) {
-    EXPECT_EQ(resourceDirectory("/usr/bin"), fs::path("/usr/share/korvane-generator"));
-    const auto tools = platformToolPaths("/opt/korvane/bin");
-    EXPECT_EQ(tools.ditto, "/opt/korvane/libexec/korvane-generator/ditto");
-    EXPECT_EQ(tools.plutil, "/opt/korvane/libexec/korvane-generator/plutil");
-    EXPECT_EQ(tools.sysctl, "/usr/sbin/sysctl");
-
-    // The test itself runs from the build tree, which has the same layout.
-    const auto built = platformToolPaths(executableDirectory());
-    EXPECT_TRUE(fs::exists(built.ditto)) << built.ditto;
-    EXPECT_TRUE(fs::exists(built.plutil)) << built.plutil;
-}
-
 } // namespace
 } // namespace korvane
