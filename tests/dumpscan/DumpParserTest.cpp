@@ -25,12 +25,7 @@ TEST_P(HandMadeDumpTest, ParsesToItsReviewedControllersAndPorts) {
 INSTANTIATE_TEST_SUITE_P(Dumps, HandMadeDumpTest,
                          ::testing::Values("handmade-every-port-branch.txt", "handmade-controller-rules.txt",
                                            "handmade-odd-markers-and-depth.txt"),
-                         [](const ::testing::TestParamInfo<const char*>& row) {
-                             std::string name = std::string(row.param).substr(9);
-                             name.resize(name.size() - 4);
-                             std::erase(name, '-');
-                             return name;
-                         });
+                         [](const auto& row) { return testNameOf(row.param); });
 
 TEST(DumpParser, TheIMac19_1DumpParsedAsRawBytesGivesItsPCIController) {
     // As text it is empty (one Mac Roman byte); see the corpus golden file.

@@ -21,10 +21,9 @@ namespace korvane {
 struct RecordingDesktop final : DesktopServices {
     std::vector<std::string> sounds;
     std::vector<std::filesystem::path> revealed;
-    std::vector<std::string> opened;
     void playSound(const std::string& name) override { sounds.push_back(name); }
     void revealInFileManager(const std::filesystem::path& file) override { revealed.push_back(file); }
-    void openURL(const std::string& address) override { opened.push_back(address); }
+    void openURL(const std::string&) override {}
 };
 
 struct ManualHotplugSource final : HotplugSource {

@@ -2,6 +2,7 @@
 
 #include "records/FileIO.h"
 
+#include <cctype>
 #include <sstream>
 #include <stdexcept>
 
@@ -58,6 +59,12 @@ std::vector<std::vector<std::string>> testDataRows(std::string_view relative) {
         rows.push_back(std::move(row));
     }
     return rows;
+}
+
+std::string testNameOf(std::string_view path) {
+    std::string name(path);
+    std::erase_if(name, [](char c) { return !std::isalnum(static_cast<unsigned char>(c)); });
+    return name;
 }
 
 } // namespace korvane

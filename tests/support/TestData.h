@@ -18,4 +18,7 @@ std::string testDataBytes(std::string_view relative);
 // Lines that are blank or begin with "#" are notes.
 std::vector<std::vector<std::string>> testDataRows(std::string_view relative);
 
+// A test name for a row named by a file or path: its letters and digits.
+std::string testNameOf(std::string_view path);
+
 } // namespace korvane
