@@ -42,7 +42,6 @@ class USBTreeScannerTest : public ::testing::Test {
 
 TEST_F(USBTreeScannerTest, TheDumpIsReadOnlyWhenTheLiveScanFindsNothing) {
     EXPECT_EQ(scanner(nothingLive, handMade).scan(), scanner(nothingLive, std::nullopt).scanDump(handMade));
-    EXPECT_EQ(scanner(nothingLive, handMade).scan().controllers.size(), 2u);
     const TreeSource oneLive([] {
         auto tree = makeRoot();
         addXHCIPCIDevice(*tree, "LIVE", "1", 0x1022, 0x149c);

@@ -1,6 +1,5 @@
 #include "PackageTestSupport.h"
 #include "package/OutputSanitizer.h"
-#include "support/BinaryPlist.h"
 #include "support/BuildTree.h"
 #include "support/TempFolder.h"
 
@@ -42,7 +41,13 @@ TEST_F(OutputSanitizerTest, MasksTextLikeFilesAtAnyDepthButNoHiddenOnes) {
 }
 
 TEST_F(OutputSanitizerTest, PropertyListsComeOutAsMaskedXMLAndOtherFilesAsTheyCan) {
-    write("Info.plist", binaryPlist("IOPlatformSerialNumber", "C02XK1ABJHD3"));
+    PlistPtr tree(plist_new_dict());
+    plist_dict_set_item(tree.get(), "IOPlatformSerialNumber", plist_new_string("C02XK1ABJHD3"));
+    char* bytes = nullptr;
+    std::uint32_t length = 0;
+    plist_to_bin(tree.get(), &bytes, &length);
+    write("Info.plist", std::string(bytes, length));
+    std::free(bytes);
     write("profile.xml", "<broken>\n" + serialLine);
     const std::string mixed = serialLine + "experience\xD5s iMac\n";
     write("mixed.txt", mixed);

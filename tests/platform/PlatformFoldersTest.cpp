@@ -54,15 +54,16 @@ TEST(PlatformFolders, TheDesktopReadsUserDirsFromXDGConfigHome) {
               home.path() / "Bureau");
 }
 
-TEST(PlatformFolders, ApplicationSupportFollowsXDGDataHome) {
-    EXPECT_EQ(applicationSupportDirectory(environmentOf({{"HOME", "/home/ada"}})),
-              fs::path("/home/ada/.local/share"));
-    EXPECT_EQ(applicationSupportDirectory(environmentOf({{"HOME", "/home/ada"}, {"XDG_DATA_HOME", "/data"}})),
-              fs::path("/data"));
-    EXPECT_EQ(
-        applicationSupportDirectory(environmentOf({{"HOME", "/home/ada"}, {"XDG_DATA_HOME", "relative"}})),
-        fs::path("/home/ada/.local/share"))
-        << "a relative XDG_DATA_HOME is invalid and ignored";
+TEST(PlatformFolders, ApplicationSupportFollowsAnAbsoluteXDGDataHome) {
+    for (const auto& [dataHome, expected] : {std::pair{"", "/home/ada/.local/share"},
+                                             {"/data", "/data"},
+                                             {"relative", "/home/ada/.local/share"}}) {
+        std::map<std::string, std::string> variables{{"HOME", "/home/ada"}};
+        if (*dataHome) {
+            variables["XDG_DATA_HOME"] = dataHome;
+        }
+        EXPECT_EQ(applicationSupportDirectory(environmentOf(variables)), fs::path(expected)) << dataHome;
+    }
 }
 
 } // namespace

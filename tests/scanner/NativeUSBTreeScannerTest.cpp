@@ -21,7 +21,7 @@ class NativeUSBTreeScannerTest : public ::testing::Test {
     }
 
     // Names only for 1b21:1242, and only in usb.ids, which the scanner asks second.
-    IDsHome ids{"", IDsHome::tinyUSB};
+    IDsHome ids{"", testDataBytes("ids/tiny-usb.ids")};
     std::unique_ptr<NativeUSBNode> root = makeRoot();
 };
 

@@ -2,7 +2,6 @@
 
 #include "linux/SysfsFixtureWriter.h"
 #include "scanner/NativeUSBTreeScanner.h"
-#include "scanner/PropertyReaders.h"
 #include "support/Golden.h"
 #include "support/IDsHome.h"
 #include "support/RegistryTrees.h"
