@@ -1,6 +1,6 @@
 #include "platform/linux/SysfsRegistrySource.h"
 
-#include "linux/SysfsFixtureWriter.h"
+#include "linux/SysfsTree.h"
 #include "scanner/NativeUSBTreeScanner.h"
 #include "support/Golden.h"
 #include "support/IDsHome.h"

@@ -1,6 +1,6 @@
 #include "platform/linux/SysfsXHCIService.h"
 
-#include "linux/SysfsFixtureWriter.h"
+#include "linux/SysfsTree.h"
 #include "support/TempFolder.h"
 
 #include <gtest/gtest.h>
