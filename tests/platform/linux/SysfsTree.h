@@ -11,15 +11,14 @@ namespace korvane {
 // Lays out below `root` one of the small hand-made sysfs trees of
 // tests/data/linux/handmade, for the cases the real captures don't show. A
 // tree is described one entry a line: "PATH<tab>TEXT" for an attribute (the
-// kernel's line feed added), "PATH<tab>-> TARGET" for a link, "PATH/" for an
-// empty folder.
+// kernel's line feed added), "PATH<tab>-> TARGET" for a link.
 inline void writeSysfsTree(const std::filesystem::path& root, std::string_view name) {
     for (const auto& entry : testDataRows("linux/handmade/" + std::string(name))) {
         const auto path = root / entry.at(0);
-        std::filesystem::create_directories(entry.at(0).ends_with('/') ? path : path.parent_path());
-        if (entry.size() > 1 && entry[1].starts_with("-> ")) {
+        std::filesystem::create_directories(path.parent_path());
+        if (entry.at(1).starts_with("-> ")) {
             std::filesystem::create_symlink(entry[1].substr(3), path);
-        } else if (entry.size() > 1) {
+        } else {
             std::ofstream(path, std::ios::binary) << entry[1] << '\n';
         }
     }

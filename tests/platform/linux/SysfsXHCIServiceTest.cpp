@@ -33,7 +33,7 @@ TEST_F(SysfsXHCIServiceTest, PortsTakeFirmwareFactsAndGuessOnlyWhereNoneExist) {
             {"HS02", 2, Source::rootHubPosition, 255, ""}, // hardwired
             {"HS03", 3, Source::rootHubPosition, 0, ""},   // hotplug, no peer: USB 2 only
             {"SS01", 17, Source::firmware, 3, "HS01"},
-            {"SS02", 5, Source::rootHubPosition, 3, ""}, // 2 + the 3 USB 2 ports
+            {"SS02", 5, Source::rootHubPosition, 255, ""}, // 2 + the 3 USB 2 ports; hardwired
         };
     const auto ports = rootPorts();
     ASSERT_EQ(ports.size(), std::size(expected));
