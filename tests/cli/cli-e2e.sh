@@ -66,6 +66,9 @@ entries=$(unzip -Z1 "$home/Desktop/Korvane.zip" | grep -v '/$' | sort | tr '\n' 
 [ "$entries" = "KorvaneGenerator_Work/Korvane-report.txt KorvaneGenerator_Work/Korvane.kext/Contents/Info.plist KorvaneGenerator_Work/KorvaneGenerator-log.txt " ] \
   || fail "ZIP entries: $entries"
 [ ! -e "$home/Desktop/KorvaneGenerator_Work" ] || fail "work folder left behind"
+# --select comes first, whatever the order of the options: none, then the one port.
+"$korvane" generate --registry "$dump" --port "$key" --select none >"$home/one.txt" 2>&1 || fail "generate one port"
+grep -q "Generating Korvane.kext with 1 enabled port(s)..." "$home/one.txt" || fail "--select after --port"
 
 # Without --model this machine names no Mac: the package says "Mac" and the
 # command says so; one half checked alone is offered its companion.

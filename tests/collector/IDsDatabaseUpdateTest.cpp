@@ -11,7 +11,7 @@ using testing::ElementsAre;
 
 class IDsDatabaseUpdateTest : public ModelFixture {};
 
-TEST_F(IDsDatabaseUpdateTest, OneFailureDoesNotStopTheOtherAndTheListIsRefreshedSilently) {
+TEST_F(IDsDatabaseUpdateTest, OneFailureDoesNotStopTheOtherAndNamesAndListAreRefreshedSilently) {
     fetch = [](const std::string& address) -> HTTPResponse {
         if (address.find("pci") != std::string::npos) {
             return {true, 503, "busy"};
@@ -20,6 +20,10 @@ TEST_F(IDsDatabaseUpdateTest, OneFailureDoesNotStopTheOtherAndTheListIsRefreshed
         body.resize(5000, 'x');
         return {true, 200, body};
     };
+    // A user's copy the resolver hasn't read yet: the update reloads it.
+    const auto tools = home.path() / "support" / "KorvaneGenerator" / "Tools";
+    fs::create_directories(tools);
+    writeFileAtomically(tools / "pci.ids", "8086  Intel\n");
     scans = {{{makeController("XHC1", 0x8086, 0xa36d, {makePort("HS01", 1, "Keyboard")})}}};
     model->updateIDsDatabases();
     model->updateIDsDatabases();
@@ -32,19 +36,8 @@ TEST_F(IDsDatabaseUpdateTest, OneFailureDoesNotStopTheOtherAndTheListIsRefreshed
     EXPECT_EQ(scanCount, 1);
     EXPECT_EQ(model->selectedPortIDs().size(), 1u);
     EXPECT_FALSE(model->isUpdatingIDs());
-    EXPECT_TRUE(fs::exists(home.path() / "support" / "KorvaneGenerator" / "Tools" / "usb.ids"));
-}
-
-TEST_F(IDsDatabaseUpdateTest, BothFailuresMakeOneLineAndTheNamesAreReadAgain) {
-    const auto tools = home.path() / "support" / "KorvaneGenerator" / "Tools";
-    fs::create_directories(tools);
-    writeFileAtomically(tools / "pci.ids", "8086  Intel\n");
-    model->updateIDsDatabases();
-    scheduler.runUntilIdle();
-    EXPECT_EQ(
-        logLines().back(),
-        "pci.ids update failed: Could not resolve host | usb.ids update failed: Could not resolve host");
-    EXPECT_EQ(names.pciName(0x8086, 1), "Intel") << "the resolver reloads after every update";
+    EXPECT_TRUE(fs::exists(tools / "usb.ids"));
+    EXPECT_EQ(names.pciName(0x8086, 1), "Intel");
 }
 
 } // namespace

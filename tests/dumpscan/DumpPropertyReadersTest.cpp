@@ -1,29 +1,28 @@
 #include "dumpscan/DumpPropertyReaders.h"
 
 #include "records/PortNumber.h"
+#include "support/TestData.h"
 
 #include <gtest/gtest.h>
+#include <sstream>
 
 namespace korvane {
 namespace {
 
-using Keys = std::vector<std::string>;
-
-TEST(DumpPropertyReaders, TheFirstKeyWithAByteValueWinsInIoregTextOrXML) {
-    const std::tuple<Keys, std::string, std::optional<std::string>> rows[] = {
-        {{"port", "usb-port-number"}, "\"usb-port-number\" = <02000000>\n\"port\" = <01000000>", "01000000"},
-        {{"Vendor-ID"}, "\"vendor-id\" = <86 80 00 00>", "86800000"}, // any case, blanks go
-        {{"device-id"}, "\"device-id\"=<6DA30000>", "6DA30000"},
-        {{"port", "usb-port-number"}, "\"port\" = <>\n\"usb-port-number\" = <03000000>", "03000000"},
-        {{"port", "usb-port-number"}, "\"port\" = < >\n\"usb-port-number\" = <03000000>", ""},
-        {{"vendor-id"}, "\"vendor-id\" = 32902", std::nullopt},
-        {{"a.b"}, "\"axb\" = <01020304>", std::nullopt}, // key characters are literal
-        {{"vendor-id"}, "<key>vendor-id</key>\n<data>\nhoAAAA==\n</data>", "86800000"},
-        {{"vendor-id", "idVendor"}, "<key>vendor-id</key><data>h@AA</data>\"idVendor\" = <8680>", "8680"},
-        {{"vendor-id"}, "<key>vendor-id</key><data>hoAA\nAA==</data>", std::nullopt},
-    };
-    for (const auto& [keys, text, hex] : rows) {
-        EXPECT_EQ(firstPropertyHex(keys, text), hex) << text;
+// Reader, keys, dump text, what it finds ("-" for nothing) and why.
+TEST(DumpPropertyReaders, TheFirstKeyWithAValueWinsInIoregTextOrXML) {
+    for (const auto& row : testDataRows("dumpscan/property-reader-cases.txt")) {
+        std::vector<std::string> keys;
+        std::istringstream list(row.at(1));
+        for (std::string key; std::getline(list, key, ',');) {
+            keys.push_back(key);
+        }
+        std::optional<std::string> found = firstPropertyHex(keys, row.at(2));
+        if (row.at(0) == "integer") {
+            const auto number = firstIntegerProperty(keys, row.at(2));
+            found = number ? std::optional(std::to_string(*number)) : std::nullopt;
+        }
+        EXPECT_EQ(found.value_or("-"), row.at(3)) << row.at(4) << ": " << row.at(2);
     }
 }
 
@@ -32,6 +31,7 @@ TEST(DumpPropertyReaders, HexReadsAsALittleEndianNumberAndAsBytesOfEightDigitsOr
         rows[] = {
             {std::nullopt, std::nullopt, std::nullopt},
             {"86800000", 0x8086, ByteBuffer{0x86, 0x80, 0, 0}},
+            {"0000c0ff", 0xFFC00000, ByteBuffer{0, 0, 0xC0, 0xFF}}, // all four bytes, no sign
             {"8680", 0x8086, std::nullopt},
             {"6DA3", 0xA36D, std::nullopt},
             {"abc", std::nullopt, std::nullopt},
@@ -44,22 +44,6 @@ TEST(DumpPropertyReaders, HexReadsAsALittleEndianNumberAndAsBytesOfEightDigitsOr
     for (const auto& [hex, number, data] : rows) {
         EXPECT_EQ(decodeLittleEndianHex(hex), number) << hex.value_or("none");
         EXPECT_EQ(dataFromIORegHex(hex), data) << hex.value_or("none");
-    }
-}
-
-TEST(DumpPropertyReaders, IntegersAreReadHexBeforeDecimalForEachKeyInTurn) {
-    const std::tuple<Keys, std::string, std::optional<std::int64_t>> rows[] = {
-        {{"UsbConnector"}, "\"usbconnector\" = 0x0A", 10},
-        {{"UsbConnector", "portType"}, "\"portType\" = 2\n\"UsbConnector\" = 9", 9},
-        {{"portType"}, "\"portType\" = 0x10000000000000000", 0},
-        {{"portType", "UsbConnector"}, "\"portType\" = 99999999999999999999\n\"UsbConnector\" = 3", 3},
-        {{"UsbConnector"}, "<key>UsbConnector</key>\n<integer>255</integer>", 255},
-        {{"UsbConnector"}, "<key>UsbConnector</key><integer>0x09</integer>", 9},
-        {{"UsbConnector"}, "\"UsbConnector\" = \"3\"", std::nullopt},
-        {{"UsbConnector"}, "\"UsbConnector\" = <03000000>", std::nullopt},
-    };
-    for (const auto& [keys, text, number] : rows) {
-        EXPECT_EQ(firstIntegerProperty(keys, text), number) << text;
     }
 }
 

@@ -1,7 +1,7 @@
 #include "ids/IDsNameResolver.h"
 
 #include "records/FileIO.h"
-#include "support/TempFolder.h"
+#include "support/IDsHome.h"
 
 #include <array>
 #include <gtest/gtest.h>
@@ -14,59 +14,45 @@ namespace {
 
 namespace fs = std::filesystem;
 
-const std::string applicationUSB = "1b21  App Alpha\n\t1142  Hub\n";
-const std::string applicationPCI = "8086  Intel\n\t1e31  xHCI\n";
-
 class IDsNameResolverTest : public ::testing::Test {
   protected:
-    void SetUp() override {
-        write(applicationTools / "usb.ids", applicationUSB);
-        write(applicationTools / "pci.ids", applicationPCI);
-    }
-    void write(const fs::path& path, std::string_view bytes) {
-        fs::create_directories(path.parent_path());
-        writeFileAtomically(path, bytes);
+    void writeUserCopy(std::string_view bytes) {
+        fs::create_directories(userTools);
+        writeFileAtomically(userTools / "usb.ids", bytes);
     }
 
-    TempFolder folder;
-    IDsDatabaseLocations locations{folder.path() / "support", folder.path() / "resources"};
-    fs::path userTools = locations.applicationSupportDirectory / "KorvaneGenerator" / "Tools";
-    fs::path applicationTools = locations.resourceDirectory / "Tools";
+    // The application's copies, in resources/Tools.
+    IDsHome home{"8086  Intel\n\t1e31  xHCI\n", "1b21  App Alpha\n\t1142  Hub\n"};
+    fs::path userTools = home.path() / "support" / "KorvaneGenerator" / "Tools";
 };
 
 TEST_F(IDsNameResolverTest, EachDatabaseIsChosenOnItsOwnAndNamesStayUntilAReload) {
-    write(userTools / "usb.ids", "1b21  User Alpha\n\t1142  Hub\n");
-    IDsNameResolver resolver(locations);
+    writeUserCopy("1b21  User Alpha\n\t1142  Hub\n");
+    IDsNameResolver resolver(home.locations());
     EXPECT_EQ(resolver.usbName(0x1B21, 0x1142), "User Alpha Hub");
     EXPECT_EQ(resolver.pciName(0x8086, 0x1E31), "Intel xHCI");
     EXPECT_EQ(resolver.pciOrUSBName(0x1B21, 0x1142), "User Alpha Hub");
 
     // An update writes the user's copy; nothing changes until the reload.
-    write(userTools / "usb.ids", "1b21  New Alpha\n");
+    writeUserCopy("1b21  New Alpha\n11b21  Long\n");
     EXPECT_EQ(resolver.usbName(0x1B21, 0x1142), "User Alpha Hub");
     resolver.reload();
-    EXPECT_EQ(resolver.usbName(0x1B21, 0x1142), "New Alpha");
+    EXPECT_EQ(resolver.usbName(0x1B21, 0), "New Alpha");
+    EXPECT_EQ(resolver.usbName(0x11B21, 0), "1  Long") << "IDs beyond 16 bits keep their own cache entries";
 }
 
 TEST_F(IDsNameResolverTest, AUserCopyThatCantServeGivesEmptyNamesWithoutBlocking) {
     fs::create_directories(userTools);
     ASSERT_EQ(mkfifo((userTools / "usb.ids").c_str(), 0600), 0);
-    EXPECT_EQ(IDsNameResolver(locations).usbName(0x1B21, 0x1142), "");
+    EXPECT_EQ(IDsNameResolver(home.locations()).usbName(0x1B21, 0x1142), "");
     fs::remove(userTools / "usb.ids");
     // A link to nothing doesn't exist, so the application's copy serves.
-    fs::create_symlink(folder.path() / "missing", userTools / "usb.ids");
-    EXPECT_EQ(IDsNameResolver(locations).usbName(0x1B21, 0x1142), "App Alpha Hub");
-}
-
-TEST_F(IDsNameResolverTest, IDsBeyondSixteenBitsKeepTheirOwnCacheEntries) {
-    write(applicationTools / "usb.ids", "1b21  Alpha\n11b21  Long\n");
-    IDsNameResolver resolver(locations);
-    EXPECT_EQ(resolver.usbName(0x1B21, 0), "Alpha");
-    EXPECT_EQ(resolver.usbName(0x11B21, 0), "1  Long");
+    fs::create_symlink(home.path() / "missing", userTools / "usb.ids");
+    EXPECT_EQ(IDsNameResolver(home.locations()).usbName(0x1B21, 0x1142), "App Alpha Hub");
 }
 
 TEST_F(IDsNameResolverTest, LookupsAndReloadsFromSeveralThreads) {
-    IDsNameResolver resolver(locations);
+    IDsNameResolver& resolver = home.names();
     const std::set<std::string> allowedUSB = {"App Alpha Hub", "App Alpha"};
     std::array<int, 4> unexpected{};
     std::vector<std::thread> threads;

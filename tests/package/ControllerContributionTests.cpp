@@ -11,9 +11,9 @@ namespace {
 // Each row also checks the count against what the writer is handed for the
 // controller: the checked ports only, as a run copies them.
 TEST(ControllerContribution, SaysWhatTheWriterWillWriteForTheController) {
-    const auto hs02 = makePort("HS02", portData(2));
+    const auto hs02 = makePort("HS02", 2);
     // Two ports share a key; the run keeps both.
-    const auto intel = makeController("XHC1", 0x8086, 0xa36d, {makePort("HS01", portData(1)), hs02, hs02});
+    const auto intel = makeController("XHC1", 0x8086, 0xa36d, {makePort("HS01", 1), hs02, hs02});
     const auto fresco = makeController("XHC1", 0x1b73, 0x1100, {hs02});
     const std::string template24 = "no port checked: the built-in template's 24 ports will be written";
     const std::tuple<USBControllerMap, std::string, std::string> rows[] = {

@@ -10,9 +10,10 @@ namespace {
 TEST(GenerationReport, ListsEveryControllerAndPortAlsoThoseThePackageLeavesOut) {
     // Own ports, sorted by number, with blank and empty fields and a device.
     auto own = makeController("XHC1", 0x8086, 0xa36d,
-                              {makePort("SS01", {0x11, 0, 0, 0}, 3, "14100000"),
-                               makePort("HS03", {3, 0, 0, 0}, 9, "14300000", "  Ultra Fit  "),
-                               makePort("NUL", {}, 255, ""), makePort("HS03", {3, 0, 0, 0}, 0, "x")});
+                              {{"SS01", "14100000", 3, portData(17), "", ""},
+                               {"HS03", "14300000", 9, portData(3), "", "  Ultra Fit  "},
+                               {"NUL", "", 255, {}, "", ""},
+                               {"HS03", "x", 0, portData(3), "", ""}});
     // No ports: the template's, counted as the ports written.
     auto fromTemplate = makeController("XHC2", 0x8086, 0x9cb1);
     fromTemplate.location = "14";

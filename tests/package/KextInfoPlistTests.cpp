@@ -11,25 +11,25 @@ namespace {
 // One controller for each rule of the tree; the golden file is the whole
 // Info.plist they give, read back through XML as a reader of the file sees it.
 TEST(KextInfoPlist, EveryRuleOfTheTreeInOnePackage) {
-    auto titanRidge = makeController("XHC2", 0x8086, 0x15ec, {makePort("SSP1", {3, 0, 0, 0}, 9)});
+    auto titanRidge = makeController("XHC2", 0x8086, 0x15ec, {makePort("SSP1", 3, "", 9)});
     titanRidge.usbDeviceName = "Titan Ridge"; // the support personality's model
     const std::vector<USBControllerMap> controllers = {
         // The highest written number counts; zero and empty port data are left out.
         makeController("XHC1", 0x8086, 0xa36d,
-                       {makePort("HS01", {1, 0, 0, 0}, 0), makePort("SS01", {17, 0, 0, 0}),
-                        makePort("ZERO", {0, 0, 0, 0}), makePort("EMPTY", {})}),
+                       {makePort("HS01", 1, "", 0), makePort("SS01", 17), makePort("ZERO", 0),
+                        USBPortMap{"EMPTY", "", 3, {}, "", ""}}),
         // Like IDs share the first support personality and keep their merges.
         titanRidge,
-        makeController("XHC3", 0x8086, 0x15ec, {makePort("SSP1", {3, 0, 0, 0}, 9)}),
+        makeController("XHC3", 0x8086, 0x15ec, {makePort("SSP1", 3, "", 9)}),
         // Of two equal port names the higher number stays; long data keeps every byte.
         makeController("PXSX", 0x1b21, 0x2142,
-                       {makePort("HS01", {2, 0, 0, 0}, 0), makePort("HS01", {5, 0, 0, 0, 0xff}, 255)}),
+                       {makePort("HS01", 2, "", 0), USBPortMap{"HS01", "", 255, {5, 0, 0, 0, 0xff}, "", ""}}),
         // No ports: the template's ports and count.
         makeController("XHC4", 0x8086, 0x34ed),
         // No ports and no template: a support personality alone.
         makeController("XHC5", 0x1002, 1),
         // No identity: nothing at all.
-        makeController("XHC6", 0, 0xa36d, {makePort("HS01", {1, 0, 0, 0})}),
+        makeController("XHC6", 0, 0xa36d, {makePort("HS01", 1)}),
     };
     const PlistPtr root =
         parsePropertyList(propertyListXML(makeKextInfoPlist(controllers, "iMac19,1").get()));
@@ -41,7 +41,7 @@ TEST(KextInfoPlist, EveryRuleOfTheTreeInOnePackage) {
 // does the later one replace the earlier, and the fronts are told either way.
 TEST(KextInfoPlist, LikeNamedControllersKeepTheirOwnMergeUnlessThePCIIDIsEqualToo) {
     auto xhc = [](std::int64_t device, std::string location, std::uint8_t port) {
-        auto controller = makeController("XHC", 0x8086, device, {makePort("HS01", {port, 0, 0, 0})});
+        auto controller = makeController("XHC", 0x8086, device, {makePort("HS01", port)});
         controller.location = std::move(location);
         return controller;
     };

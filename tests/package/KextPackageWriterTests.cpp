@@ -23,8 +23,8 @@ class KextPackageWriterTest : public ::testing::Test {
     TempFolder work;
     ToolPaths tools = buildTreeToolPaths();
     fs::path out = work.path() / "out";
-    const std::vector<USBControllerMap> controllers{makeController(
-        "XHC1", 0x8086, 0xa36d, {makePort("HS01", {0x01, 0, 0, 0}, 0), makePort("SS01", {0x11, 0, 0, 0})})};
+    const std::vector<USBControllerMap> controllers{
+        makeController("XHC1", 0x8086, 0xa36d, {makePort("HS01", 0x01, "", 0), makePort("SS01", 0x11)})};
 };
 
 TEST_F(KextPackageWriterTest, WritesTheInfoPlistAloneInItsBundleAndTheReportBeside) {

@@ -47,7 +47,7 @@ TEST_F(OutputSanitizerTest, PropertyListsComeOutAsMaskedXMLAndOtherFilesAsTheyCa
     std::uint32_t length = 0;
     plist_to_bin(tree.get(), &bytes, &length);
     write("Info.plist", std::string(bytes, length));
-    plist_to_bin_free(bytes);
+    std::free(bytes);
     write("profile.xml", "<broken>\n" + serialLine);
     const std::string mixed = serialLine + "experience\xD5s iMac\n";
     write("mixed.txt", mixed);

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "records/FileIO.h"
-#include "records/USBControllerMap.h"
+#include "support/USBRecords.h"
 #include "tools/PropertyList.h"
 
 #include <gtest/gtest.h>
@@ -10,18 +10,6 @@
 #include <vector>
 
 namespace korvane {
-
-// Ports and controllers as the package tests need them: raw port data of any
-// length, and nothing filled in that a test doesn't set.
-inline USBPortMap makePort(std::string name, ByteBuffer data, std::int64_t connector = 3,
-                           std::string location = "", std::string activeDevice = "") {
-    return {std::move(name), std::move(location), connector, std::move(data), "", std::move(activeDevice)};
-}
-
-inline USBControllerMap makeController(std::string name, std::int64_t vendorID, std::int64_t deviceID,
-                                       std::vector<USBPortMap> ports = {}) {
-    return {std::move(name), "", vendorID, deviceID, "", "", "", std::move(ports)};
-}
 
 inline std::string fileText(const std::filesystem::path& path) {
     return readFileBytes(path).value_or("<unreadable>");

@@ -3,7 +3,7 @@
 #include "support/TempFolder.h"
 
 #include <csignal>
-#include <gtest/gtest.h>
+#include <gmock/gmock.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <system_error>
@@ -27,12 +27,8 @@ TEST(FileIO, AtomicWriteReplacesWholeKeepsTheModeAndLeavesNoTemporary) {
 TEST(FileIO, AWriteThatCantHappenThrowsThePlatformsWordsAndLeavesNothing) {
     TempFolder folder;
     writeFileAtomically(folder.path() / "plain", "x");
-    try {
-        writeFileAtomically(folder.path() / "plain" / "below.txt", "y");
-        FAIL() << "expected a failure";
-    } catch (const std::system_error& error) {
-        EXPECT_STREQ(error.what(), "Not a directory");
-    }
+    EXPECT_THAT([&] { writeFileAtomically(folder.path() / "plain" / "below.txt", "y"); },
+                testing::ThrowsMessage<std::system_error>(testing::StrEq("Not a directory")));
     std::filesystem::create_directory(folder.path() / "folder");
     EXPECT_THROW(writeFileAtomically(folder.path() / "folder", "z"), std::system_error);
     EXPECT_EQ(folder.entries(), (std::vector<std::string>{"folder", "plain"}));

@@ -1,6 +1,7 @@
 #include "savedregistry/IORegValueParser.h"
 
 #include "support/RegistryTrees.h"
+#include "support/TestData.h"
 
 #include <gtest/gtest.h>
 
@@ -48,27 +49,10 @@ TEST(IORegValueParser, ReadsEachKindAsIoregPrintsIt) {
 }
 
 TEST(IORegValueParser, WhatCantBeReadAsAWholeGivesNoValue) {
-    const std::string texts[] = {"",
-                                 R"("abc)",
-                                 R"("abc" x)",
-                                 R"({"a"=1)",
-                                 R"({"a"})",
-                                 "{a=1}",
-                                 "<123>",
-                                 "<12zz>",
-                                 "<1234",
-                                 "12abc",
-                                 "18446744073709551616",
-                                 "0x",
-                                 "Yes please",
-                                 "(1 2)",
-                                 "\"experience\xD5s iMac\"",
-                                 std::string("\"a\0b\"", 5),
-                                 "{\"k\xD5\"=1}",
-                                 nested(300)};
-    for (const auto& text : texts) {
-        EXPECT_EQ(parseIORegValue(text), std::nullopt) << text;
+    for (const auto& row : testDataRows("savedregistry/refused-values.txt")) {
+        EXPECT_EQ(parseIORegValue(row.at(1)), std::nullopt) << row.at(0);
     }
+    EXPECT_EQ(parseIORegValue(nested(300)), std::nullopt) << "nested past the bound";
 }
 
 } // namespace

@@ -40,12 +40,7 @@ TEST_P(SavedRegistryCorpusTest, ScansToTheControllersAndPortsReadOffTheDump) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Dumps, SavedRegistryCorpusTest, testing::ValuesIn(dumps),
-                         [](const testing::TestParamInfo<const char*>& row) {
-                             std::string name = row.param;
-                             std::erase_if(
-                                 name, [](char c) { return !std::isalnum(static_cast<unsigned char>(c)); });
-                             return name;
-                         });
+                         [](const auto& row) { return testNameOf(row.param); });
 
 } // namespace
 } // namespace korvane

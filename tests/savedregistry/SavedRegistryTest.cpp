@@ -9,18 +9,14 @@
 namespace korvane {
 namespace {
 
-constexpr const char* smallDump = "+-o Root  <class IORegistryEntry, id 0x100000100, retain 19>\n"
-                                  "  | {\n"
-                                  "  |   \"OS Build Version\" = \"18E2034\"\n"
-                                  "  | }\n"
-                                  "  +-o XHC1@14  <class IOPCIDevice, id 0x10000024d, retain 12>\n";
+const std::string dump = testDataBytes("savedregistry/ioreg-text-shapes.txt");
 
 TEST(SavedRegistry, TheFormatIsToldByContentNotByTheFileName) {
     const std::pair<std::string, SavedRegistryFormat> rows[] = {
         {std::string("bplist00\0\0", 10), SavedRegistryFormat::Snapshot},
         {"\xEF\xBB\xBF\n  <?xml version=\"1.0\"?>", SavedRegistryFormat::Snapshot},
         {"<!DOCTYPE plist PUBLIC>", SavedRegistryFormat::Snapshot},
-        {std::string("$ ioreg -l -w0\n") + smallDump, SavedRegistryFormat::IORegText},
+        {"$ ioreg -l -w0\n" + dump, SavedRegistryFormat::IORegText},
         {"text with +-o inside\n", SavedRegistryFormat::Unknown},
         {"<html><body></body></html>", SavedRegistryFormat::Unknown},
     };
@@ -32,7 +28,7 @@ TEST(SavedRegistry, TheFormatIsToldByContentNotByTheFileName) {
 TEST(SavedRegistry, ASourceReadsItsFileAfreshAndWhatIsNoSavedRegistryOpensNothing) {
     TempFolder folder;
     const auto path = folder.path() / "dump.txt";
-    writeFileAtomically(path, smallDump);
+    writeFileAtomically(path, dump);
     const auto source = openSavedRegistry(path);
     ASSERT_TRUE(source);
     std::filesystem::remove(path);

@@ -112,15 +112,5 @@ TEST(SnapshotCodec, WhatIsNoSnapshotGivesNoTree) {
     }
 }
 
-TEST(SnapshotCodec, AWriteThatFailsThrowsAndLeavesNoTemporaryFile) {
-    TempFolder folder;
-    const auto tree = sampleTree();
-    writeSnapshot(*tree, folder.path() / "registry.plist");
-    std::filesystem::create_directory(folder.path() / "folder");
-    EXPECT_THROW(writeSnapshot(*tree, folder.path() / "folder"), std::system_error);
-    EXPECT_EQ(folder.entries(), (std::vector<std::string>{"folder", "registry.plist"}))
-        << "no temporary file left";
-}
-
 } // namespace
 } // namespace korvane

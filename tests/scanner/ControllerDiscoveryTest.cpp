@@ -7,6 +7,10 @@ namespace {
 
 using B = ByteBuffer;
 
+NativeUSBNode node(std::string className, PropertyDictionary properties) {
+    return NativeUSBNode("X", "", std::move(className), std::move(properties), nullptr);
+}
+
 TEST(ControllerDiscovery, AnXHCIClassCodeQualifiesInEitherByteOrder) {
     const std::pair<PropertyValue, bool> rows[] = {
         {B{0x00, 0x30, 0x03, 0x0C}, true},  {B{0x30, 0x03, 0x0C, 0x00}, true},
@@ -16,12 +20,9 @@ TEST(ControllerDiscovery, AnXHCIClassCodeQualifiesInEitherByteOrder) {
         {B{0x00, 0x33, 0x0C, 0x00}, false},
     };
     for (const auto& [classCode, isController] : rows) {
-        EXPECT_EQ(isUSBControllerPCIDevice(
-                      NativeUSBNode("X", "", "IOPCIDevice", {{"class-code", classCode}}, nullptr)),
-                  isController);
+        EXPECT_EQ(isUSBControllerPCIDevice(node("IOPCIDevice", {{"class-code", classCode}})), isController);
     }
-    EXPECT_FALSE(
-        isUSBControllerPCIDevice(NativeUSBNode("X", "", "IOService", {{"class-code", 0x0C0330}}, nullptr)));
+    EXPECT_FALSE(isUSBControllerPCIDevice(node("IOService", {{"class-code", 0x0C0330}})));
 }
 
 TEST(ControllerDiscovery, IdentityTextsGoByTheFirstMatchOfEachExpression) {
@@ -40,25 +41,22 @@ TEST(ControllerDiscovery, IdentityTextsGoByTheFirstMatchOfEachExpression) {
 
 TEST(ControllerDiscovery, ANodesIDsFallBackOnItsTextsWhenZeroOrMissing) {
     const B compatible{'p', 'c', 'i', '1', 'b', '2', '1', ',', '1', '2', '4', '2', 0};
-    EXPECT_EQ(
-        pciIdentity(NativeUSBNode(
-            "X", "", "IOPCIDevice",
-            {{"vendor-id", B{0, 0, 0, 0}}, {"device-id", 0x1242}, {"compatible", compatible}}, nullptr)),
-        (PCIIdentity{0x1B21, 0x1242}));
-    EXPECT_EQ(pciIdentity(NativeUSBNode(
-                  "X", "", "IOPCIDevice",
-                  {{"vendor-id", B{0x86, 0x80, 0, 0}}, {"device-id", B{0x6D, 0xA3, 0, 0}}}, nullptr)),
-              (PCIIdentity{0x8086, 0xA36D}));
-    EXPECT_EQ(pciIdentity(NativeUSBNode("X", "", "IOPCIDevice", {}, nullptr)), std::nullopt);
+    const std::pair<PropertyDictionary, std::optional<PCIIdentity>> rows[] = {
+        {{{"vendor-id", B{0, 0, 0, 0}}, {"device-id", 0x1242}, {"compatible", compatible}},
+         {{0x1B21, 0x1242}}},
+        {{{"vendor-id", B{0x86, 0x80, 0, 0}}, {"device-id", B{0x6D, 0xA3, 0, 0}}}, {{0x8086, 0xA36D}}},
+        {{}, std::nullopt},
+    };
+    for (const auto& [properties, identity] : rows) {
+        EXPECT_EQ(pciIdentity(node("IOPCIDevice", properties)), identity);
+    }
 }
 
 TEST(ControllerDiscovery, AHostServiceIsKnownByItsClassOrTextPropertiesCaseSensitively) {
-    EXPECT_TRUE(isAppleXHCIService(NativeUSBNode("X", "", "AppleIntelCNLUSBXHCI", {}, nullptr)));
-    EXPECT_FALSE(isAppleXHCIService(NativeUSBNode("X", "", "appleusbxhci", {}, nullptr)));
-    EXPECT_TRUE(isAppleXHCIService(
-        NativeUSBNode("X", "", "", {{"IOPersonalityPublisher", "a.AppleUSBXHCIPCI"}}, nullptr)));
-    EXPECT_FALSE(isAppleXHCIService(
-        NativeUSBNode("X", "", "", {{"IOClass", B{'U', 'S', 'B', 'X', 'H', 'C', 'I'}}}, nullptr)));
+    EXPECT_TRUE(isAppleXHCIService(node("AppleIntelCNLUSBXHCI", {})));
+    EXPECT_FALSE(isAppleXHCIService(node("appleusbxhci", {})));
+    EXPECT_TRUE(isAppleXHCIService(node("", {{"IOPersonalityPublisher", "a.AppleUSBXHCIPCI"}})));
+    EXPECT_FALSE(isAppleXHCIService(node("", {{"IOClass", B{'U', 'S', 'B', 'X', 'H', 'C', 'I'}}})));
 }
 
 } // namespace

@@ -26,18 +26,5 @@ TEST(NameOrdering, IsATotalOrderEvenForTextsTheCollationCallsEqual) {
     }
 }
 
-TEST(NameOrdering, PortsGoByNumberThenByName) {
-    std::vector<USBPortMap> ports = {{"SS02", "", 3, portData(2), "", ""},
-                                     {"HS10", "", 3, portData(10), "", ""},
-                                     {"HS02", "", 3, portData(2), "", ""},
-                                     {"USR1", "", 3, {}, "", ""}};
-    sortPortsByNumberThenName(ports);
-    std::string order;
-    for (const auto& port : ports) {
-        order += port.name + " ";
-    }
-    EXPECT_EQ(order, "USR1 HS02 SS02 HS10 ");
-}
-
 } // namespace
 } // namespace korvane

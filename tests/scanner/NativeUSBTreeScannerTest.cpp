@@ -20,7 +20,8 @@ class NativeUSBTreeScannerTest : public ::testing::Test {
         return pci.addChild(name, location, "AppleIntelCNLUSBXHCI", {});
     }
 
-    IDsHome ids;
+    // Names only for 1b21:1242, and only in usb.ids, which the scanner asks second.
+    IDsHome ids{"", testDataBytes("ids/tiny-usb.ids")};
     std::unique_ptr<NativeUSBNode> root = makeRoot();
 };
 
@@ -34,15 +35,12 @@ TEST_F(NativeUSBTreeScannerTest, ControllersAreServicesBelowXHCIDevicesThenDevic
     addXHCIPCIDevice(*root, "PXSX@0", "0", 0x1022, 0x149C).addChild("HS01", "", "AppleUSB20XHCIPort", {});
     // A host service without an xHCI device above it is none.
     addService(root->addChild("EHC1", "1D", "IOPCIDevice", {{"class-code", 0x0C0320}}));
-    EXPECT_EQ(
-        scan(),
-        "1022:149c PXSX@0    pci1022,149c  \"Advanced Micro Devices, Inc. [AMD] Matisse USB 3.0 Host "
-        "Controller\"\n"
-        "1b21:1242 XHC2@3  AppleIntelCNLUSBXHCI  pci1b21,1242  \"ASMedia Technology Inc. ASM1142 USB 3.1 "
-        "Host Controller\"\n"
-        "8086:a36d XHCI@14  AppleIntelCNLUSBXHCI  pci8086,a36d  \"Intel Corporation Cannon Lake PCH USB "
-        "3.1 xHCI Host Controller\"\n"
-        "  HS01  1  3  @14100000  \"\"\n");
+    EXPECT_EQ(scan(),
+              "1022:149c PXSX@0    pci1022,149c  \"\"\n"
+              "1b21:1242 XHC2@3  AppleIntelCNLUSBXHCI  pci1b21,1242  \"ASMedia Technology Inc. ASM1142 "
+              "USB 3.1 Host Controller\"\n"
+              "8086:a36d XHCI@14  AppleIntelCNLUSBXHCI  pci8086,a36d  \"\"\n"
+              "  HS01  1  3  @14100000  \"\"\n");
 }
 
 TEST_F(NativeUSBTreeScannerTest, LikeControllersStayApartByLocationButStackedServicesGiveTheFirst) {
@@ -50,18 +48,14 @@ TEST_F(NativeUSBTreeScannerTest, LikeControllersStayApartByLocationButStackedSer
     auto& outer = addService(addXHCIPCIDevice(*root, "XHC1", "14", 0x8086, 0xA36D), "XHC1");
     outer.addChild("HS01", "", "AppleUSB20XHCIPort", {});
     outer.addChild("XHC1", "", "AppleUSBXHCIPCI", {}).addChild("HS09", "", "AppleUSB20XHCIPort", {});
-    const std::string intel =
-        "  AppleIntelCNLUSBXHCI  pci8086,a36d  \"Intel Corporation Cannon Lake PCH USB 3.1 "
-        "xHCI Host Controller\"\n";
-    EXPECT_EQ(scan(), "8086:a36d XHC1@14" + intel + "  HS01  1  3  @  \"\"\n  HS09  9  3  @  \"\"\n" +
-                          "8086:a36d XHC2@20" + intel);
+    EXPECT_EQ(scan(), "8086:a36d XHC1@14  AppleIntelCNLUSBXHCI  pci8086,a36d  \"\"\n"
+                      "  HS01  1  3  @  \"\"\n  HS09  9  3  @  \"\"\n"
+                      "8086:a36d XHC2@20  AppleIntelCNLUSBXHCI  pci8086,a36d  \"\"\n");
 
     root = makeRoot();
     addXHCIPCIDevice(*root, "XHC2", "20", 0x8086, 0xA36D);
     addXHCIPCIDevice(*root, "XHC1", "14", 0x8086, 0xA36D);
-    EXPECT_EQ(scan(),
-              "8086:a36d XHC2@20    pci8086,a36d  \"Intel Corporation Cannon Lake PCH USB 3.1 xHCI Host "
-              "Controller\"\n")
+    EXPECT_EQ(scan(), "8086:a36d XHC2@20    pci8086,a36d  \"\"\n")
         << "without services, which of like devices is which is unknowable: the first stays";
 }
 

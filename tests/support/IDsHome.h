@@ -4,11 +4,12 @@
 #include "records/FileIO.h"
 #include "support/BuildTree.h"
 #include "support/TempFolder.h"
+#include "support/TestData.h"
 
 #include <filesystem>
 #include <memory>
 #include <stdexcept>
-#include <string_view>
+#include <string>
 
 namespace korvane {
 
@@ -18,19 +19,9 @@ namespace korvane {
 // folder (support/) starts empty.
 class IDsHome {
   public:
-    // A few lines of each database: enough to name the controllers and devices
-    // the tests make, small enough to read at a glance.
-    static constexpr std::string_view tinyPCI = "8086  Intel Corporation\n"
-                                                "\ta36d  Cannon Lake PCH USB 3.1 xHCI Host Controller\n"
-                                                "1022  Advanced Micro Devices, Inc. [AMD]\n"
-                                                "\t149c  Matisse USB 3.0 Host Controller\n";
-    static constexpr std::string_view tinyUSB = "046d  Logitech, Inc.\n"
-                                                "\tc52b  Unifying Receiver\n"
-                                                "1b21  ASMedia Technology Inc.\n"
-                                                "\t1242  ASM1142 USB 3.1 Host Controller\n"
-                                                "1d6b  Linux Foundation\n";
-
-    explicit IDsHome(std::string_view pci = tinyPCI, std::string_view usb = tinyUSB) {
+    // The tiny databases of tests/data/ids unless the test brings its own.
+    explicit IDsHome(const std::string& pci = testDataBytes("ids/tiny-pci.ids"),
+                     const std::string& usb = testDataBytes("ids/tiny-usb.ids")) {
         const auto tools = folder_.path() / "resources" / "Tools";
         std::filesystem::create_directories(tools);
         writeFileAtomically(tools / "pci.ids", pci);

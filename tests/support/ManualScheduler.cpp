@@ -22,26 +22,18 @@ void ManualScheduler::runInBackground(Priority priority, Task task) {
     background_.push_back({priority, std::move(task)});
 }
 
-void ManualScheduler::runMain() {
-    while (!main_.empty()) {
-        auto task = std::move(main_.front());
-        main_.pop_front();
-        task();
-    }
-}
-
-void ManualScheduler::runBackground() {
-    while (!background_.empty()) {
-        auto entry = std::move(background_.front());
-        background_.pop_front();
-        entry.task();
-    }
-}
-
 void ManualScheduler::runUntilIdle() {
     while (!main_.empty() || !background_.empty()) {
-        runMain();
-        runBackground();
+        while (!main_.empty()) {
+            auto task = std::move(main_.front());
+            main_.pop_front();
+            task();
+        }
+        while (!background_.empty()) {
+            auto entry = std::move(background_.front());
+            background_.pop_front();
+            entry.task();
+        }
     }
 }
 

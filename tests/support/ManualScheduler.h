@@ -11,7 +11,7 @@ namespace korvane {
 // says so, against a virtual clock, so timing-dependent sequences (debounces,
 // a scan overlapping a run) are exact and need no sleeps.
 //
-// Background tasks queue until runBackground() or runUntilIdle(); while one
+// Background tasks queue until runUntilIdle() or advance(); while one
 // runs, runOnMainAndWait() runs its task inline, as if the hop were instant.
 class ManualScheduler final : public Scheduler {
   public:
@@ -20,18 +20,13 @@ class ManualScheduler final : public Scheduler {
     void runOnMainAndWait(Task task) override;
     void runInBackground(Priority priority, Task task) override;
 
-    // Runs queued main-thread tasks (and those they queue) until none is left.
-    void runMain();
-    // Runs queued background tasks (and those they queue), oldest first.
-    void runBackground();
-    // Alternates both until neither queue holds anything. Timers don't fire.
+    // Runs the queued main-thread tasks, then the background ones, oldest
+    // first, and again until neither queue holds anything. Timers don't fire.
     void runUntilIdle();
     // Moves the clock, firing due timers in time order, then runs until idle.
     void advance(Seconds seconds);
 
-    Seconds now() const { return now_; }
     std::size_t pendingBackgroundTasks() const { return background_.size(); }
-    std::size_t pendingTimers() const { return timers_.size(); }
     std::vector<Priority> backgroundPriorities() const;
 
   private:

@@ -1,10 +1,10 @@
 #pragma once
 
 #include "collector/CollectorModel.h"
-#include "records/PCIIdentityText.h"
 #include "support/BuildTree.h"
 #include "support/ManualScheduler.h"
 #include "support/TempFolder.h"
+#include "support/USBRecords.h"
 
 #include <ctime>
 #include <deque>
@@ -39,42 +39,6 @@ struct ManualHotplugSource final : HotplugSource {
         onChange = std::move(handler);
     }
 };
-
-inline USBPortMap makePort(std::string name, std::uint32_t number, std::string device = "",
-                           std::int64_t connector = 3) {
-    USBPortMap port;
-    port.name = std::move(name);
-    port.location = "14" + std::to_string(number) + "00000";
-    port.connector = connector;
-    port.portData = portData(number);
-    port.activeDevice = std::move(device);
-    return port;
-}
-
-// `count` ports HS01.., the first `active` of them with a device.
-inline std::vector<USBPortMap> makePorts(int count, int active = 0) {
-    std::vector<USBPortMap> ports;
-    for (int i = 1; i <= count; ++i) {
-        const std::string name = (i < 10 ? "HS0" : "HS") + std::to_string(i);
-        ports.push_back(
-            makePort(name, static_cast<std::uint32_t>(i), i <= active ? "Device " + std::to_string(i) : ""));
-    }
-    return ports;
-}
-
-inline USBControllerMap makeController(std::string name, std::int64_t vendor, std::int64_t device,
-                                       std::vector<USBPortMap> ports = {}, std::string databaseName = "") {
-    USBControllerMap controller;
-    controller.name = std::move(name);
-    controller.location = "14";
-    controller.vendorID = vendor;
-    controller.deviceID = device;
-    controller.ioNameMatch = pciNameMatch(vendor, device);
-    controller.providerClass = "AppleUSBXHCIPCI";
-    controller.usbDeviceName = std::move(databaseName);
-    controller.ports = std::move(ports);
-    return controller;
-}
 
 // A model over all of the above, with the build's tool stand-ins. Scans
 // return what the test lines up in `scans`, then the last one again.

@@ -6,15 +6,8 @@
 
 namespace korvane {
 
-struct ZipEntry {
-    std::string contents;
-    unsigned mode = 0; // the Unix mode ditto records, type bits included
-
-    bool operator==(const ZipEntry&) const = default;
-};
-
-// Every entry of a ZIP by name (folders end in "/"); empty when the file is
-// no readable ZIP.
-std::map<std::string, ZipEntry> readZip(const std::filesystem::path& path);
+// Every entry of a ZIP by name (folders end in "/") with its contents; empty
+// when the file is no readable ZIP.
+std::map<std::string, std::string> readZip(const std::filesystem::path& path);
 
 } // namespace korvane

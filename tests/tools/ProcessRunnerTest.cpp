@@ -1,16 +1,15 @@
 #include "tools/ProcessRunner.h"
 
-#include "records/CollectorError.h"
+#include "support/Failure.h"
 #include "support/TempFolder.h"
 
 #include <chrono>
 #include <fstream>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <sstream>
+#include <sys/wait.h>
 #include <system_error>
 #include <thread>
-#include <unistd.h>
 
 namespace korvane {
 namespace {
@@ -23,47 +22,22 @@ std::string sh(const std::string& script, double timeout = 30) {
     return runProcess("/bin/sh", {"-c", script}, std::nullopt, timeout);
 }
 
-// The failure a call ends in, as its description.
-std::string failureOf(const std::function<void()>& call) {
-    try {
-        call();
-    } catch (const CollectorError& error) {
-        return error.description();
-    }
-    ADD_FAILURE() << "expected a CollectorError";
-    return {};
-}
-
 double secondsSince(Clock::time_point start) {
     return std::chrono::duration<double>(Clock::now() - start).count();
 }
 
-// This process's children as "pid state" words, from /proc, after giving
-// ended ones up to `seconds` to be reaped.
-std::vector<std::string> childProcesses(double seconds = 0) {
+// Whether this process has a child, running or ended but not reaped, after
+// giving ended ones up to `seconds` to be reaped. Looking reaps nothing.
+bool hasChildren(double seconds = 0) {
     const auto start = Clock::now();
-    for (;;) {
-        std::vector<std::string> children;
-        for (const auto& entry : std::filesystem::directory_iterator("/proc")) {
-            std::ifstream stat(entry.path() / "stat");
-            std::string line;
-            if (!std::getline(stat, line)) {
-                continue;
-            }
-            // pid (comm) state ppid ...: comm may hold blanks.
-            std::istringstream rest(line.substr(line.rfind(')') + 1));
-            std::string state;
-            pid_t parent = 0;
-            rest >> state >> parent;
-            if (parent == getpid()) {
-                children.push_back(entry.path().filename().string() + " " + state);
-            }
-        }
-        if (children.empty() || secondsSince(start) >= seconds) {
-            return children;
+    siginfo_t info{};
+    while (waitid(P_ALL, 0, &info, WEXITED | WNOHANG | WNOWAIT) == 0) {
+        if (secondsSince(start) >= seconds) {
+            return true;
         }
         std::this_thread::sleep_for(std::chrono::milliseconds(50));
     }
+    return false;
 }
 
 TEST(ProcessRunner, OutputOfBothStreamsArrivesWholeAndInOrder) {
@@ -104,12 +78,9 @@ TEST(ProcessRunner, ALaunchFailureIsThePlatformsOwnError) {
         {"/bin/true", folder.path() / "missing", "No such file or directory"},
     };
     for (const auto& [path, directory, words] : rows) {
-        try {
-            runProcess(path, {"a"}, directory, 10);
-            ADD_FAILURE() << "expected a launch failure of " << path;
-        } catch (const std::system_error& error) {
-            EXPECT_STREQ(error.what(), words) << "not wrapped, no prefix";
-        }
+        EXPECT_THAT([&] { runProcess(path, {"a"}, directory, 10); },
+                    testing::ThrowsMessage<std::system_error>(testing::StrEq(words)))
+            << path << ": not wrapped, no prefix";
     }
     const auto canonical = std::filesystem::canonical(folder.path()).string();
     EXPECT_EQ(runProcess("/bin/pwd", {}, folder.path(), 10), canonical + "\n");
@@ -120,7 +91,7 @@ TEST(ProcessRunner, ATimeOutKeepsWhatWasPrintedAndAsksTheToolToStop) {
     EXPECT_EQ(failureOf([] { sh("echo started; sleep 30", 1.9); }),
               "Timeout after 1s: /bin/sh -c echo started; sleep 30\nstarted\n");
     EXPECT_LT(secondsSince(start), 1.9 + 2.0 + 1.0) << "the polite request ends the shell at once";
-    EXPECT_THAT(childProcesses(5), testing::IsEmpty());
+    EXPECT_FALSE(hasChildren(5));
 }
 
 TEST(ProcessRunner, AToolThatIgnoresTheRequestIsLeftBehindButReaped) {
@@ -131,7 +102,7 @@ TEST(ProcessRunner, AToolThatIgnoresTheRequestIsLeftBehindButReaped) {
     EXPECT_THAT(message, EndsWith("\nstubborn\n"));
     EXPECT_GE(elapsed, 0.5 + 2.0 - 0.1) << "the grace period is waited out";
     EXPECT_LT(elapsed, 0.5 + 2.0 + 1.5) << "and nothing more";
-    EXPECT_THAT(childProcesses(10), testing::IsEmpty()) << "no zombie once it ends";
+    EXPECT_FALSE(hasChildren(10)) << "no zombie once it ends";
 }
 
 TEST(ProcessRunner, NoDescriptorZombieOrGrandchildOutlivesOrHoldsACall) {
@@ -147,7 +118,7 @@ TEST(ProcessRunner, NoDescriptorZombieOrGrandchildOutlivesOrHoldsACall) {
     failureOf([] { sh("sleep 10", 0.2); });
     runProcessCapturing("/nonexistent", {}, 1);
     EXPECT_EQ(openDescriptors(), before);
-    EXPECT_THAT(childProcesses(), testing::IsEmpty());
+    EXPECT_FALSE(hasChildren());
 }
 
 } // namespace

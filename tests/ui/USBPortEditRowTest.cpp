@@ -22,7 +22,13 @@ class USBPortEditRowTest : public ViewFixture {
         row = std::make_unique<USBPortEditRow>(model, controller, controller.ports[0]);
         return *row;
     }
-    void pick(const QString& label) { ViewFixture::pick(*row->connectorMenu(), label); }
+    // What a user's pick in the connector menu does.
+    void pick(const QString& label) {
+        const int index = row->connectorMenu()->findText(label);
+        ASSERT_GE(index, 0) << label.toStdString();
+        row->connectorMenu()->setCurrentIndex(index);
+        emit row->connectorMenu()->activated(index);
+    }
 
     USBControllerMap controller;
     std::unique_ptr<USBPortEditRow> row;

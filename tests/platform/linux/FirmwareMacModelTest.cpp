@@ -1,8 +1,8 @@
 #include "platform/linux/FirmwareMacModel.h"
 
-#include "linux/SysfsFixtureWriter.h"
 #include "support/TempFolder.h"
 
+#include <fstream>
 #include <gtest/gtest.h>
 
 namespace korvane {
@@ -20,7 +20,8 @@ TEST(FirmwareMacModel, OnlyAProductNameShapedLikeAMacModelIsOne) {
     };
     for (const auto& [productName, model] : rows) {
         TempFolder root;
-        SysfsFixtureWriter(root.path()).attribute("class/dmi/id/product_name", productName);
+        std::filesystem::create_directories(root.path() / "class/dmi/id");
+        std::ofstream(root.path() / "class/dmi/id/product_name") << productName << '\n';
         EXPECT_EQ(firmwareMacModel(root.path()), model ? std::optional<std::string>(model) : std::nullopt)
             << productName;
     }

@@ -1,5 +1,6 @@
 #include "platform/linux/SysfsRegistrySource.h"
 
+#include "linux/SysfsTree.h"
 #include "records/FileIO.h"
 #include "scanner/NativeUSBTreeScanner.h"
 #include "scanner/PropertyReaders.h"
@@ -10,7 +11,6 @@
 #include "support/ScanText.h"
 #include "support/TestData.h"
 
-#include <fstream>
 #include <gtest/gtest.h>
 
 namespace korvane {
@@ -54,11 +54,7 @@ TEST_P(SysfsMachineTest, ScansToTheControllersPortsAndDevicesOfTheCapture) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Fixtures, SysfsMachineTest, ::testing::ValuesIn(machines),
-                         [](const ::testing::TestParamInfo<const char*>& row) {
-                             std::string name = row.param;
-                             std::replace(name.begin(), name.end(), '-', '_');
-                             return name;
-                         });
+                         [](const auto& row) { return testNameOf(row.param); });
 
 // However the firmware's types fail to come, the scan is the kernel's, as
 // before there were any, and it says once how to get them. The tool runs
@@ -98,16 +94,7 @@ TEST(SysfsRegistrySource, FirmwareTypesComeFromOneRunOrTheScanSaysHowToGetThem) 
 TEST(SysfsRegistrySource, LinkLoopsNeitherHangTheWalkNorDoubleNodes) {
     TempFolder folder;
     EXPECT_EQ(SysfsRegistrySource(folder.path()).copyRoot(), nullptr) << "no devices folder, no tree";
-    const auto bridge = folder.path() / "devices/pci0000:00/0000:00:1c.0";
-    const auto xhc = bridge / "0000:03:00.0";
-    std::filesystem::create_directories(xhc / "usb1");
-    std::ofstream(xhc / "class") << "0x0c0330\n";
-    std::ofstream(xhc / "vendor") << "0x1b21\n";
-    std::ofstream(xhc / "device") << "0x1242\n";
-    std::ofstream(xhc / "usb1/maxchild") << "2\n";
-    std::filesystem::create_directory_symlink("..", xhc / "0000:03:00.1");
-    std::filesystem::create_directory_symlink("../..", xhc / "usb1" / "1-1");
-    std::filesystem::create_directory_symlink("loop", bridge / "loop");
+    writeSysfsTree(folder.path(), "link-loops.tree");
 
     const auto root = SysfsRegistrySource(folder.path()).copyRoot();
     ASSERT_NE(root, nullptr);

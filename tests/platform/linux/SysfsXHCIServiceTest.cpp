@@ -1,6 +1,6 @@
 #include "platform/linux/SysfsXHCIService.h"
 
-#include "linux/SysfsFixtureWriter.h"
+#include "linux/SysfsTree.h"
 #include "support/TempFolder.h"
 
 #include <gtest/gtest.h>
@@ -11,30 +11,10 @@ namespace {
 const std::filesystem::path controller = "devices/pci0000:00/0000:00:14.0";
 
 // An Intel-style controller: 3 USB 2 ports, 2 USB 3 ports, firmware data for
-// some of them only.
+// some of them only (tests/data/linux/handmade/intel-xhci.tree).
 class SysfsXHCIServiceTest : public ::testing::Test {
   protected:
-    void SetUp() override {
-        fixture_.pciFunction(controller, "0x8086", "0xa36d", "0x0c0330");
-        const auto usb1 = controller / "usb1";
-        const auto usb2 = controller / "usb2";
-        fixture_.attribute(usb1 / "speed", "480");
-        fixture_.attribute(usb2 / "speed", "5000");
-        const auto hs1 = usb1 / "1-0:1.0/usb1-port1";
-        const auto hs2 = usb1 / "1-0:1.0/usb1-port2";
-        const auto hs3 = usb1 / "1-0:1.0/usb1-port3";
-        const auto ss1 = usb2 / "2-0:1.0/usb2-port1";
-        const auto ss2 = usb2 / "2-0:1.0/usb2-port2";
-        fixture_.firmwareNode(hs1, "HS01", "\\_SB_.PCI0.XHC_.RHUB.HS01", "0x00000001");
-        fixture_.attribute(hs1 / "connect_type", "hotplug");
-        fixture_.link(hs1 / "peer", "../../../usb2/2-0:1.0/usb2-port1");
-        fixture_.attribute(hs2 / "connect_type", "hardwired");
-        fixture_.attribute(hs3 / "connect_type", "hotplug");
-        // A firmware name the port pattern refuses keeps the default name.
-        fixture_.firmwareNode(ss1, "SS01", "\\_SB_.PCI0.XHC_.RHUB.PORTX", "0x00000011");
-        fixture_.link(ss1 / "peer", "../../../usb1/1-0:1.0/usb1-port1");
-        fixture_.folder(ss2);
-    }
+    void SetUp() override { writeSysfsTree(folder_.path(), "intel-xhci.tree"); }
 
     std::vector<SysfsXHCIService::RootPort> rootPorts() const {
         const auto address = PCIAddress::parse("0000:00:14.0");
@@ -43,7 +23,6 @@ class SysfsXHCIServiceTest : public ::testing::Test {
     }
 
     TempFolder folder_;
-    SysfsFixtureWriter fixture_{folder_.path()};
 };
 
 TEST_F(SysfsXHCIServiceTest, PortsTakeFirmwareFactsAndGuessOnlyWhereNoneExist) {
@@ -54,7 +33,7 @@ TEST_F(SysfsXHCIServiceTest, PortsTakeFirmwareFactsAndGuessOnlyWhereNoneExist) {
             {"HS02", 2, Source::rootHubPosition, 255, ""}, // hardwired
             {"HS03", 3, Source::rootHubPosition, 0, ""},   // hotplug, no peer: USB 2 only
             {"SS01", 17, Source::firmware, 3, "HS01"},
-            {"SS02", 5, Source::rootHubPosition, 3, ""}, // 2 + the 3 USB 2 ports
+            {"SS02", 5, Source::rootHubPosition, 255, ""}, // 2 + the 3 USB 2 ports; hardwired
         };
     const auto ports = rootPorts();
     ASSERT_EQ(ports.size(), std::size(expected));
@@ -69,10 +48,7 @@ TEST_F(SysfsXHCIServiceTest, PortsTakeFirmwareFactsAndGuessOnlyWhereNoneExist) {
 
 TEST_F(SysfsXHCIServiceTest, DebugfsNumbersWinOverTheGuessButNotOverFirmware) {
     // The USB 3 ports first, as on QEMU: USB 3 at 1-2, USB 2 at 3-5.
-    fixture_.attribute("kernel/debug/usb/xhci/0000:00:14.0/reg-ext-protocol:00",
-                       "EXTCAP_REVISION = 0x03000802\nEXTCAP_PORTINFO = 0x00000201");
-    fixture_.attribute("kernel/debug/usb/xhci/0000:00:14.0/reg-ext-protocol:01",
-                       "EXTCAP_REVISION = 0x02000802\nEXTCAP_PORTINFO = 0x00000303");
+    writeSysfsTree(folder_.path(), "intel-xhci-debugfs.tree");
     std::vector<std::uint32_t> numbers;
     for (const auto& port : rootPorts()) {
         numbers.push_back(port.number);
