@@ -4,6 +4,7 @@
 #include "package/SensitiveTextRedaction.h"
 #include "ui/AnimatedHeaderIcon.h"
 #include "ui/ControllerList.h"
+#include "ui/ElidedLabel.h"
 #include "ui/OutcomePanel.h"
 #include "ui/ReadingOrder.h"
 #include "ui/RoundedPanel.h"
@@ -240,8 +241,10 @@ QWidget* ContentView::makeActionRow() {
     row->addWidget(parts_.targetModel);
     row->addStretch(1);
 
-    auto* output = textLabel("Output: ~/Desktop/Korvane.zip",
-                             WindowStyle::font(TextStyle::caption, QFont::Normal, FontDesign::monospaced));
+    // The one text of the row that may give way when the window is narrow.
+    auto* output = new ElidedLabel;
+    output->setText("Output: ~/Desktop/Korvane.zip");
+    output->setFont(WindowStyle::font(TextStyle::caption, QFont::Normal, FontDesign::monospaced));
     secondaryTexts_.push_back(output);
     row->addWidget(output);
 

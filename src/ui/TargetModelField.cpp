@@ -7,6 +7,7 @@
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QLineEdit>
+#include <QVBoxLayout>
 
 namespace korvane {
 
@@ -48,28 +49,33 @@ QString targetModelWarning(const TargetMacModel& target) {
 
 TargetModelField::TargetModelField(std::shared_ptr<CollectorModel> model, QWidget* parent)
     : QWidget(parent), model_(std::move(model)), menu_(new QComboBox(this)), source_(new QLabel(this)) {
-    auto* layout = new QHBoxLayout(this);
+    // The title and where the value came from above the box, so that the
+    // action row keeps its height's worth of width for the buttons.
+    auto* layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
-    layout->setSpacing(6);
+    layout->setSpacing(2);
+    auto* titleRow = new QHBoxLayout;
+    titleRow->setSpacing(6);
     auto* title = new QLabel("Target Mac model", this);
     title->setFont(WindowStyle::font(TextStyle::caption, QFont::DemiBold));
     title->setBuddy(menu_);
-    layout->addWidget(title);
+    titleRow->addWidget(title);
+    source_->setFont(WindowStyle::font(TextStyle::caption));
+    source_->setTextFormat(Qt::PlainText);
+    titleRow->addWidget(source_);
+    titleRow->addStretch(1);
+    layout->addLayout(titleRow);
 
     menu_->setEditable(true);
     menu_->setInsertPolicy(QComboBox::NoInsert);
     menu_->setAccessibleName("Target Mac model");
-    menu_->setMinimumWidth(150);
-    menu_->setMinimumHeight(28);
+    menu_->setMinimumWidth(170);
+    menu_->setMinimumHeight(26);
     for (const char* name : commonMacModels) {
         menu_->addItem(name);
     }
     menu_->setCurrentIndex(-1);
     layout->addWidget(menu_);
-
-    source_->setFont(WindowStyle::font(TextStyle::caption));
-    source_->setTextFormat(Qt::PlainText);
-    layout->addWidget(source_);
 
     setToolTip("The SMBIOS model of the Mac this map is for. macOS applies the map only on a Mac of "
                "this model. Empty: this machine's own model, or \"Mac\" when it names none.");
