@@ -14,15 +14,6 @@ namespace korvane {
 
 namespace {
 
-// IDs are 16-bit in practice; a wider value prints in full rather than being
-// cut, as everywhere else in the records.
-std::string formatPair(const char* format, std::int64_t first, std::int64_t second) {
-    char text[64];
-    std::snprintf(text, sizeof text, format, static_cast<std::uint64_t>(first),
-                  static_cast<std::uint64_t>(second));
-    return text;
-}
-
 bool isKeptScalar(UChar32 c) {
     constexpr std::uint32_t lettersMarksDigits = U_GC_L_MASK | U_GC_M_MASK | U_GC_N_MASK;
     return c == '-' || c == '_' || (U_GET_GC_MASK(c) & lettersMarksDigits) != 0;
@@ -90,12 +81,12 @@ std::string vendorWord(std::int64_t vendorID) {
 }
 
 std::string primaryMatch(const USBControllerMap& controller) {
-    return formatPair("0x%04" PRIx64 "%04" PRIx64, controller.deviceID, controller.vendorID);
+    return pairText("0x%04" PRIx64 "%04" PRIx64, controller.deviceID, controller.vendorID);
 }
 
 std::string supportPersonalityName(const USBControllerMap& controller) {
     return usbXHCIClassName(controller) + " " + sanitizePersonalityName(vendorWord(controller.vendorID)) +
-           formatPair("_%04" PRIX64 "_%04" PRIX64, controller.vendorID, controller.deviceID);
+           pairText("_%04" PRIX64 "_%04" PRIX64, controller.vendorID, controller.deviceID);
 }
 
 std::string supportPersonalityModel(const USBControllerMap& controller) {
@@ -106,8 +97,8 @@ std::string supportPersonalityModel(const USBControllerMap& controller) {
 }
 
 std::string mergePersonalityName(const USBControllerMap& controller, std::string_view machineModel) {
-    const std::string name = controller.name.empty() ? formatPair("USB_%04" PRIx64 "_%04" PRIx64,
-                                                                  controller.vendorID, controller.deviceID)
+    const std::string name = controller.name.empty() ? pairText("USB_%04" PRIx64 "_%04" PRIx64,
+                                                                controller.vendorID, controller.deviceID)
                                                      : controller.name;
     return std::string(machineModel) + "-" + name;
 }

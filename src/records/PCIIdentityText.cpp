@@ -5,16 +5,12 @@
 
 namespace korvane {
 
-namespace {
-
-std::string pairText(const char* format, std::int64_t vendorID, std::int64_t deviceID) {
+std::string pairText(const char* format, std::int64_t first, std::int64_t second) {
     char text[64];
-    std::snprintf(text, sizeof text, format, static_cast<std::uint64_t>(vendorID),
-                  static_cast<std::uint64_t>(deviceID));
+    std::snprintf(text, sizeof text, format, static_cast<std::uint64_t>(first),
+                  static_cast<std::uint64_t>(second));
     return text;
 }
-
-} // namespace
 
 std::string vendorDeviceText(std::int64_t vendorID, std::int64_t deviceID) {
     return pairText("%04" PRIx64 ":%04" PRIx64, vendorID, deviceID);
