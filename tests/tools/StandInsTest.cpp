@@ -37,7 +37,11 @@ TEST(Ditto, AFailureLeavesNoHalfWrittenArchiveAndTheOldOneAsItWas) {
 
     fs::create_directories(folder.path() / "work");
     toolFailure(tools.ditto, dittoArgs(folder.path() / "work", folder.path() / "plain" / "out.zip"));
-    EXPECT_EQ(folder.entries(), (std::vector<std::string>{"old.zip", "plain", "work"}));
+    // What stands at the destination goes only when the new archive takes its place.
+    fs::create_directories(folder.path() / "taken.zip");
+    toolFailure(tools.ditto, dittoArgs(folder.path() / "work", folder.path() / "taken.zip"));
+    EXPECT_EQ(folder.entries(), (std::vector<std::string>{"old.zip", "plain", "taken.zip", "work"}));
+    EXPECT_TRUE(fs::is_directory(folder.path() / "taken.zip"));
     EXPECT_THAT(toolFailure(tools.ditto, {"-c", "-k", "a", "b"}), HasSubstr("usage: ditto -c -k"));
 }
 
