@@ -224,7 +224,8 @@ TEST_P(BrokenDittoRunTest, EndsTheRunKeepingTheWorkFolder) {
 INSTANTIATE_TEST_SUITE_P(Ditto, BrokenDittoRunTest,
                          testing::Values(std::tuple{"echo 'disk full' >&2\nexit 1",
                                                     "Command failed: ", "disk full\n"},
-                                         std::tuple{"exec sleep 30", "Timeout after 0s: ", ""}));
+                                         std::tuple{"exec sleep 30", "Timeout after 0s: ", ""}),
+                         [](const auto& row) { return row.index == 0 ? "Fails" : "Hangs"; });
 
 } // namespace
 } // namespace korvane
