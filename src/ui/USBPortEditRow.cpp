@@ -131,12 +131,11 @@ USBPortEditRow::USBPortEditRow(std::shared_ptr<CollectorModel> model, USBControl
         refresh();
     });
 
-    connect(nickname_, &QLineEdit::editingFinished, this, [this] {
-        if (QString::fromStdString(model_->nicknameFor(controller_, port_)) != nickname_->text()) {
-            model_->setNickname(controller_, port_, nickname_->text().toStdString());
-        }
-        refresh();
-    });
+    // Every key reaches the model, so a Save or a close while the field still
+    // has the focus neither misses the name nor drops it unasked.
+    connect(nickname_, &QLineEdit::textEdited, this,
+            [this](const QString& text) { model_->setNickname(controller_, port_, text.toStdString()); });
+    connect(nickname_, &QLineEdit::editingFinished, this, [this] { refresh(); });
 
     showPortTexts();
     refresh();
