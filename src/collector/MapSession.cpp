@@ -6,6 +6,7 @@
 #include "mapfile/MapMatching.h"
 #include "mapfile/PortMapPackage.h"
 #include "records/CollectorError.h"
+#include "records/MacModel.h"
 #include "records/Text.h"
 
 namespace korvane {
@@ -101,6 +102,10 @@ USBMapFile CollectorModel::currentMap() const {
 }
 
 MapOutcome CollectorModel::openMap(const fs::path& file) {
+    // A Reset Ports that ends after this would put its own choices over the map's.
+    if (isScanningUSB_) {
+        return tell(refused(file, "can't be opened while a scan is under way"));
+    }
     const MapFileParse parse = readMapFile(file);
     if (!parse.map) {
         return tell(refused(file, parse.reason));
@@ -111,6 +116,7 @@ MapOutcome CollectorModel::openMap(const fs::path& file) {
     const auto counts = previousCounts();
     selectedPortIDs_ = map.selectedPortIDs;
     connectorOverrides_ = map.connectorOverrides;
+    sameTypeForCompanionPortIDs_.clear(); // the map holds no such links
     portNicknames_ = map.nicknames;
     // Sightings are facts, not choices: what this session saw later stays.
     for (const auto& [key, discovery] : map.discoveries) {
@@ -163,6 +169,9 @@ MapOutcome CollectorModel::saveMap(const fs::path& file) {
 }
 
 MapOutcome CollectorModel::importPackage(const fs::path& package) {
+    if (isScanningUSB_) {
+        return tell(refused(package, "can't be imported while a scan is under way"));
+    }
     const PortMapPackageParse parse = readPortMapPackage(package);
     if (!parse.package) {
         return tell(refused(package, parse.reason));
@@ -184,7 +193,7 @@ MapOutcome CollectorModel::importPackage(const fs::path& package) {
         connectorOverrides_[key] = code;
     }
     // "Mac" is what a package made without a model says; it applies nowhere.
-    if (parse.package->model && *parse.package->model != "Mac") {
+    if (parse.package->model && *parse.package->model != fallbackMacModel) {
         targetModelChoice_ = trimmed(*parse.package->model);
     }
     warnIfAnyControllerReachedPortLimit(counts);

@@ -113,6 +113,14 @@ TEST_F(MapSessionTest, EveryRefusalLeavesTheSessionAndTheLogAsTheyWere) {
         EXPECT_TRUE(model->hasUnsavedChanges()) << reason;
     }
 
+    model->scanUSBPorts(); // a Reset Ports that ends later would undo what is opened now
+    for (const MapOutcome& busy :
+         {model->openMap(file("good.korvanemap")),
+          model->importPackage(testDataPath("mapfile/packages/handmade-other-tool-Info.plist"))}) {
+        EXPECT_THAT(busy.summary, HasSubstr("while a scan is under way. Nothing was changed."));
+    }
+    scheduler.runUntilIdle();
+
     // A package none of whose ports is here would only uncheck everything.
     scanShowing({makeController("XHC9", 0x1b73, 0x1100, makePorts(2))});
     const USBMapFile scanned = model->currentMap();
