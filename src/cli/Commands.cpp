@@ -5,6 +5,7 @@
 #include "cli/PortTable.h"
 #include "package/RegistryTreeRedaction.h"
 #include "records/CollectorError.h"
+#include "records/Connector.h"
 #include "records/MacModel.h"
 #include "savedregistry/SnapshotCodec.h"
 
@@ -29,7 +30,7 @@ std::int64_t parseCode(const std::string& text, const std::string& argument) {
     std::int64_t code = 0;
     const auto* end = text.data() + text.size();
     const auto [rest, error] = std::from_chars(text.data(), end, code);
-    if (text.empty() || error != std::errc() || rest != end || code < 0 || code > 255) {
+    if (text.empty() || error != std::errc() || rest != end || !isConnectorCode(code)) {
         throw UsageError{"--connector " + argument +
                          ": the code must be a whole number from 0 to 255 (0 USB2, 3 USB3, 9 Type-C+Sw, "
                          "10 Type-C, 255 Internal)"};

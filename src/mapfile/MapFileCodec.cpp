@@ -1,5 +1,6 @@
 #include "mapfile/MapFileCodec.h"
 
+#include "records/Connector.h"
 #include "records/FileIO.h"
 
 #include <cerrno>
@@ -138,7 +139,11 @@ void readPort(const std::string& key, const json& value, USBMapFile& map) {
         }
     }
     if (value.contains("connector")) {
-        map.connectorOverrides[key] = wholeNumber(value["connector"], where + " connector");
+        const std::int64_t code = wholeNumber(value["connector"], where + " connector");
+        if (!isConnectorCode(code)) {
+            throw Damage{where + " connector " + std::to_string(code) + " is not from 0 to 255"};
+        }
+        map.connectorOverrides[key] = code;
     }
     if (value.contains("nickname")) {
         map.nicknames[key] = text(value["nickname"], where + " nickname");

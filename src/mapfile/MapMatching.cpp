@@ -1,5 +1,6 @@
 #include "mapfile/MapMatching.h"
 
+#include "records/Connector.h"
 #include "records/PortNumber.h"
 #include "scanner/PropertyReaders.h"
 
@@ -110,7 +111,7 @@ PackageScanMatch matchPackageToScan(const PortMapPackage& package,
                 }
                 const auto key = usbPortStableID(*controller, port);
                 match.selectedPortIDs.insert(key);
-                if (packagePort.connector) {
+                if (packagePort.connector && isConnectorCode(*packagePort.connector)) {
                     match.connectors[key] = *packagePort.connector;
                 }
                 isMatched = true;

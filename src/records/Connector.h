@@ -18,6 +18,12 @@ inline constexpr std::int64_t typeC = 10;
 inline constexpr std::int64_t internal = 255;
 } // namespace connector
 
+// Whether `code` fits UsbConnector, which the registry keeps in one byte:
+// a map file or a package from elsewhere may hold any number there.
+constexpr bool isConnectorCode(std::int64_t code) {
+    return code >= 0 && code <= 255;
+}
+
 // The connector menu's entries, in menu order.
 inline constexpr std::array<std::int64_t, 5> connectorMenuCodes = {
     connector::usb2, connector::usb3, connector::typeCWithSwitch, connector::typeC, connector::internal};

@@ -68,6 +68,8 @@ TEST(MapFileCodec, RefusesWhatIsNotAWholeMapOfThisVersionWithOneReason) {
          "is damaged (not complete, valid JSON)"},
         {"connector as text", replaced("\"connector\": 10", "\"connector\": \"Type-C\""),
          MapFileProblem::damaged, "connector is not a whole number)"},
+        {"connector past a byte", replaced("\"connector\": 10", "\"connector\": 256"),
+         MapFileProblem::damaged, "connector 256 is not from 0 to 255)"},
         {"bad time", replaced("2026-11-22T13:03:09Z", "2026-11-31T13:03:09Z"), MapFileProblem::damaged,
          "lastSeen is not a UTC time like 2026-11-22T13:03:09Z)"},
         {"year 1013", replaced("2026-11-22T13", "1013-11-22T13"), MapFileProblem::damaged,
