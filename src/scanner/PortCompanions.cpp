@@ -112,6 +112,17 @@ std::optional<CompanionReference> companionReference(const NodeProperties& prope
 
 void assignCompanionKeys(std::vector<USBControllerMap>& controllers,
                          const std::vector<std::map<std::string, CompanionReference>>& references) {
+    // Each port looks through the ports of the controllers it names, so the
+    // work grows with the square of the ports: a real machine has a few
+    // hundred, and a crafted dump of a hundred thousand must not stall the scan.
+    constexpr std::size_t maximumPortsToPair = 4096;
+    std::size_t portCount = 0;
+    for (const auto& controller : controllers) {
+        portCount += controller.ports.size();
+    }
+    if (portCount > maximumPortsToPair) {
+        return;
+    }
     const CompanionResolver resolver(controllers, references);
     std::vector<std::pair<PortIndex, PortIndex>> pairs;
     for (std::size_t i = 0; i < controllers.size(); ++i) {
