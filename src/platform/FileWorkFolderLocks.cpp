@@ -74,7 +74,9 @@ std::unique_ptr<WorkFolderLock> FileWorkFolderLocks::take(const fs::path& workFo
     if (error) {
         failLocking(file, error.value());
     }
-    const int descriptor = ::open(file.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600);
+    // flock needs no write access: a lock file a run under sudo made stays
+    // usable by the user's own runs.
+    const int descriptor = ::open(file.c_str(), O_RDONLY | O_CREAT | O_CLOEXEC, 0644);
     if (descriptor < 0) {
         failLocking(file, errno);
     }
