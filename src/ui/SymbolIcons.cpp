@@ -44,7 +44,8 @@ class TintedSymbolEngine final : public QIconEngine {
 
     void paint(QPainter* painter, const QRect& rect, QIcon::Mode mode, QIcon::State state) override {
         const qreal scale = painter->device() ? painter->device()->devicePixelRatioF() : 1.0;
-        QPixmap glyph = scaledPixmap(rect.size(), mode, state, scale);
+        // In device pixels, so that the glyph is drawn sharp, not stretched.
+        QPixmap glyph = scaledPixmap(rect.size() * scale, mode, state, scale);
         painter->drawPixmap(rect, glyph);
     }
 

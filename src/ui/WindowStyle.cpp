@@ -194,6 +194,7 @@ std::vector<WindowStyle::ContrastPair> WindowStyle::contrastPairs() const {
         {"title", role(palette_, QPalette::WindowText), window, text},
         {"secondary text", secondary(), window, text},
         {"error text", errorText(), window, text},
+        {"warning text", warning(), window, text},
         {"badge", role(palette_, QPalette::WindowText), badge, text},
         {"button text", role(palette_, QPalette::ButtonText), role(palette_, QPalette::Button), text},
         {"primary action", role(palette_, QPalette::HighlightedText), prominentFill(), text},
