@@ -38,10 +38,6 @@ void setData(plist_t dict, const char* key, const ByteBuffer& bytes) {
     plist_dict_set_item(dict, key, plist_new_data(reinterpret_cast<const char*>(bytes.data()), bytes.size()));
 }
 
-bool hasPCIIdentity(const USBControllerMap& controller) {
-    return controller.vendorID >= 1 && controller.deviceID >= 1;
-}
-
 plist_t supportPersonality(const USBControllerMap& controller) {
     plist_t personality = plist_new_dict();
     setString(personality, "CFBundleIdentifier", "com.apple.driver.usb.AppleUSBXHCIPCI");

@@ -5,6 +5,7 @@
 #include "records/ASCIIText.h"
 #include "records/PCIIdentityText.h"
 
+#include <cinttypes>
 #include <map>
 
 namespace korvane {
@@ -32,16 +33,14 @@ std::vector<MergePersonalitySlot> mergePersonalitySlots(const std::vector<USBCon
     std::map<std::string, std::size_t> holders; // name -> controller whose entry it is
     for (std::size_t i = 0; i < controllers.size(); ++i) {
         const USBControllerMap& controller = controllers[i];
-        if (controller.vendorID < 1 || controller.deviceID < 1 || portsToWrite(controller).ports.empty()) {
+        if (!hasPCIIdentity(controller) || portsToWrite(controller).ports.empty()) {
             continue;
         }
         MergePersonalitySlot slot{i, mergePersonalityName(controller, machineModel), false, std::nullopt};
         auto holder = holders.find(slot.name);
         if (holder != holders.end() &&
             primaryMatch(controllers[holder->second]) != primaryMatch(controller)) {
-            std::string pair = upperPair(controller);
-            pair[pair.find(':')] = '_';
-            slot.name += " " + pair;
+            slot.name += " " + pairText("%04" PRIX64 "_%04" PRIX64, controller.vendorID, controller.deviceID);
             slot.isRenamed = true;
             holder = holders.find(slot.name);
         }

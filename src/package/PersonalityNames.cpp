@@ -80,6 +80,10 @@ std::string vendorWord(std::int64_t vendorID) {
     }
 }
 
+bool hasPCIIdentity(const USBControllerMap& controller) {
+    return controller.vendorID >= 1 && controller.deviceID >= 1;
+}
+
 std::string primaryMatch(const USBControllerMap& controller) {
     return pairText("0x%04" PRIx64 "%04" PRIx64, controller.deviceID, controller.vendorID);
 }

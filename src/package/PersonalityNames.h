@@ -27,6 +27,10 @@ std::string vendorWord(std::int64_t vendorID);
 // "0x%04x%04x" of device then vendor: the IOPCIPrimaryMatch of both families.
 std::string primaryMatch(const USBControllerMap& controller);
 
+// Whether the controller has the vendor and device IDs a personality matches
+// on; one without gets no personality at all.
+bool hasPCIIdentity(const USBControllerMap& controller);
+
 // "{class} {vendor word}_%04X_%04X".
 std::string supportPersonalityName(const USBControllerMap& controller);
 

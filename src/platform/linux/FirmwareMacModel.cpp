@@ -2,20 +2,16 @@
 
 #include "platform/linux/SysfsReading.h"
 #include "records/MacModel.h"
-#include "records/Text.h"
 
 namespace korvane {
 
 std::optional<std::string> firmwareMacModel(const std::filesystem::path& sysfsRoot) {
+    // Read trimmed, as the kernel ends it with a line feed.
     auto name = sysfs::readText(sysfsRoot / "class" / "dmi" / "id" / "product_name");
-    if (!name) {
+    if (!name || !hasMacModelShape(*name)) {
         return std::nullopt;
     }
-    std::string model = trimmed(*name);
-    if (!hasMacModelShape(model)) {
-        return std::nullopt;
-    }
-    return model;
+    return name;
 }
 
 } // namespace korvane
