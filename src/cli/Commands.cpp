@@ -82,16 +82,17 @@ void offerCompanion(const CollectorModel& model, const USBControllerMap& control
 int runGenerate(const GenerateOptions& options) {
     CommandLineSession session(options.source);
     auto& model = session.model();
-    model.setTargetModelChoice(options.model);
-    if (!options.model.empty() && !hasMacModelShape(model.targetModelChoice())) {
-        warn("--model " + model.targetModelChoice() +
-             " doesn't look like a Mac model (letters, digits, a comma, digits, e.g. iMac19,1); macOS "
-             "applies the map only on a Mac whose model is exactly this text.");
-    }
     session.scanForEditing();
     applyMapOptions(model, options.session);
     if (!options.model.empty()) {
         model.setTargetModelChoice(options.model); // --model over the map's
+    }
+    // Wherever it came from: --model, the map, or an imported package.
+    if (const TargetMacModel target = model.targetMacModel();
+        target.source != TargetMacModel::Source::fallback) {
+        if (const std::string note = macModelShapeNote(target.value); !note.empty()) {
+            warn(note);
+        }
     }
 
     if (options.select == "all") {

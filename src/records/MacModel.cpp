@@ -9,4 +9,14 @@ bool hasMacModelShape(std::string_view text) {
     return text.size() <= 64 && shape.isFoundIn(text);
 }
 
+std::string macModelShapeNote(std::string_view model) {
+    if (hasMacModelShape(model)) {
+        return {};
+    }
+    return "\u201C" + std::string(model) +
+           "\u201D isn't shaped like a Mac model (iMac19,1, MacBookPro15,2): macOS applies this map only on "
+           "a "
+           "Mac whose model is exactly this text.";
+}
+
 } // namespace korvane

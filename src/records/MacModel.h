@@ -1,5 +1,6 @@
 #pragma once
 
+#include <string>
 #include <string_view>
 
 namespace korvane {
@@ -14,5 +15,9 @@ inline constexpr std::string_view fallbackMacModel = "Mac";
 // firmware product name of this shape means a Mac (or a machine set up as
 // one); anything else ("Standard PC (Q35 + ICH9, 2009)") is no Mac model.
 bool hasMacModelShape(std::string_view text);
+
+// What the window and the command line tell of a chosen model that isn't of
+// that shape (the user may know better, so it is kept); empty when it is.
+std::string macModelShapeNote(std::string_view model);
 
 } // namespace korvane

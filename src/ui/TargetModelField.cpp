@@ -39,12 +39,7 @@ QString targetModelWarning(const TargetMacModel& target) {
     if (target.value == fallbackMacModel) {
         return "macOS applies this map only on a Mac of the model it names.";
     }
-    if (!hasMacModelShape(target.value)) {
-        return "\u201C" + QString::fromStdString(target.value) +
-               "\u201D isn't shaped like a Mac model (iMac19,1, MacBookPro15,2): macOS applies this map only "
-               "on a Mac whose model is exactly this text.";
-    }
-    return "";
+    return QString::fromStdString(macModelShapeNote(target.value));
 }
 
 TargetModelField::TargetModelField(std::shared_ptr<CollectorModel> model, QWidget* parent)

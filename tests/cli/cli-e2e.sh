@@ -94,6 +94,10 @@ unzip -p "$home/Desktop/Korvane.zip" KorvaneGenerator_Work/Korvane.kext/Contents
 "$korvane" generate --registry "$dump" --map "$home/s.korvanemap" >/dev/null 2>&1 || fail "generate --map"
 unzip -p "$home/Desktop/Korvane.zip" KorvaneGenerator_Work/Korvane.kext/Contents/Info.plist \
   | cmp -s - "$home/first.plist" || fail "the map's package differs"
+# A model of another shape is kept, and said, wherever it came from.
+sed 's/"iMac19,1"/"My Mac"/' "$home/s.korvanemap" > "$home/odd.korvanemap"
+"$korvane" generate --registry "$dump" --map "$home/odd.korvanemap" >/dev/null 2> "$home/err.txt" || fail "generate odd map"
+grep -q "My Mac.* isn't shaped like a Mac model" "$home/err.txt" || fail "no shape warning: $(cat "$home/err.txt")"
 python3 - "$("$korvane" scan --registry "$dump" --map "$home/s.korvanemap" --json 2>/dev/null)" \
   "$("$korvane" scan --registry "$dump" --import-kext "$home/Desktop/Korvane.zip" --json 2>/dev/null)" <<'PY' \
   || fail "scan --map and --import-kext"
