@@ -266,7 +266,7 @@ int runUpdateIDs() {
     session.runUntil([&model] { return !model.isUpdatingIDs(); });
     const std::string result = model.lastIDsUpdateResult().value_or("");
     std::printf("%s\n", result.c_str());
-    return hasFailedDownload(result) ? 1 : 0;
+    return model.hasFailedIDsUpdate() ? 1 : 0;
 }
 
 int runPaths() {

@@ -133,6 +133,8 @@ class CollectorModel : public std::enable_shared_from_this<CollectorModel> {
     const std::optional<std::string>& lastRunError() const { return lastRunError_; }
     // The ids update's result line, from its end until the next update starts.
     const std::optional<std::string>& lastIDsUpdateResult() const { return lastIDsUpdateResult_; }
+    // Whether a download of that update failed.
+    bool hasFailedIDsUpdate() const { return hasFailedIDsUpdate_; }
     // Why Open ZIP could show nothing, until the next run or Open ZIP.
     const std::optional<std::string>& openZipProblem() const { return openZipProblem_; }
     // What the last open, save or import of a map gave, refusals included.
@@ -286,6 +288,7 @@ class CollectorModel : public std::enable_shared_from_this<CollectorModel> {
     std::unordered_map<std::string, ScannedPort> companionsByKey_;
     std::optional<std::string> lastRunError_;
     std::optional<std::string> lastIDsUpdateResult_;
+    bool hasFailedIDsUpdate_ = false;
     std::optional<std::string> openZipProblem_;
     std::optional<MapOutcome> lastMapOutcome_;
 
@@ -300,9 +303,5 @@ class CollectorModel : public std::enable_shared_from_this<CollectorModel> {
 // Intel, and "XHC" or "XHCI" as a whole word of its name, match name or
 // location.
 bool shouldWarnAboutSystemPortLimit(const USBControllerMap& controller);
-
-// Whether an ids update's result line ("pci.ids updated | usb.ids update
-// failed: ...") tells of a failed download.
-bool hasFailedDownload(std::string_view idsUpdateResult);
 
 } // namespace korvane

@@ -5,22 +5,13 @@
 
 namespace korvane {
 
-namespace {
-
-constexpr std::string_view failedNote = " update failed: ";
-
-} // namespace
-
-bool hasFailedDownload(std::string_view idsUpdateResult) {
-    return idsUpdateResult.find(failedNote) != std::string_view::npos;
-}
-
 void CollectorModel::updateIDsDatabases() {
     if (isRunning_ || isScanningUSB_ || isUpdatingIDs_) {
         return;
     }
     isUpdatingIDs_ = true;
     lastIDsUpdateResult_.reset();
+    hasFailedIDsUpdate_ = false;
     changed();
     std::weak_ptr<CollectorModel> weak = weak_from_this();
     environment_.scheduler.runInBackground(Scheduler::Priority::utility, [weak] {
@@ -32,12 +23,14 @@ void CollectorModel::updateIDsDatabases() {
 
 void CollectorModel::performIDsDatabaseUpdate() {
     onMain([this] { append("Updating pci.ids and usb.ids..."); });
-    auto attempt = [this](const std::string& name, const std::string& address) -> std::string {
+    bool hasFailed = false;
+    auto attempt = [this, &hasFailed](const std::string& name, const std::string& address) -> std::string {
         try {
             updateDatabase(name, address, environment_.idsSources.fetch, environment_.idsLocations);
             return name + " updated";
         } catch (...) {
-            return name + std::string(failedNote) + errorDescription(std::current_exception());
+            hasFailed = true;
+            return name + " update failed: " + errorDescription(std::current_exception());
         }
     };
     const std::string pciNote = attempt("pci.ids", environment_.idsSources.pciAddress);
@@ -47,6 +40,7 @@ void CollectorModel::performIDsDatabaseUpdate() {
         const std::string result = pciNote + " | " + usbNote;
         append(result);
         lastIDsUpdateResult_ = result;
+        hasFailedIDsUpdate_ = hasFailed;
     });
     runUSBScanForEditing(true, false, true);
     onMain([this] {

@@ -99,8 +99,7 @@ void OutcomePanel::showModel(const CollectorModel& model) {
     showLine(*idsUpdateResult_, model.lastIDsUpdateResult());
     showLine(*openZipProblem_, model.openZipProblem());
     // The result line reads as a failure only when a download failed.
-    const bool hasFailedUpdate =
-        model.lastIDsUpdateResult() && hasFailedDownload(*model.lastIDsUpdateResult());
+    const bool hasFailedUpdate = model.hasFailedIDsUpdate();
     const auto& map = model.lastMapOutcome();
     showLine(*mapOutcome_, map ? std::optional<std::string>(map->summary) : std::nullopt);
     const bool hasRefusedMap = map && !map->succeeded;

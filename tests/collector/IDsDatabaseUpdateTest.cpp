@@ -36,6 +36,7 @@ TEST_F(IDsDatabaseUpdateTest, OneFailureDoesNotStopTheOtherAndNamesAndListAreRef
     EXPECT_EQ(scanCount, 1);
     EXPECT_EQ(model->selectedPortIDs().size(), 1u);
     EXPECT_FALSE(model->isUpdatingIDs());
+    EXPECT_TRUE(model->hasFailedIDsUpdate()) << "one download failed";
     EXPECT_TRUE(fs::exists(tools / "usb.ids"));
     EXPECT_EQ(names.pciName(0x8086, 1), "Intel");
 }
