@@ -3,7 +3,6 @@
 #include "mapfile/MapFileCodec.h"
 #include "mapfile/PortDiscovery.h"
 #include "package/ControllerContribution.h"
-#include "records/ASCIIText.h"
 #include "records/Connector.h"
 #include "records/PCIIdentityText.h"
 
@@ -29,12 +28,8 @@ nlohmann::json placeJSON(const PortPlace& place) {
             {"text", portPlaceText(place)}};
 }
 
-std::string controllerName(const USBControllerMap& controller) {
-    return controller.name.empty() ? "USB Controller" : controller.name;
-}
-
 std::string identity(const USBControllerMap& controller) {
-    return asciiUppercased(vendorDeviceText(controller.vendorID, controller.deviceID));
+    return upperVendorDeviceText(controller.vendorID, controller.deviceID);
 }
 
 const char* kindName(ControllerContribution::Kind kind) {
@@ -54,7 +49,7 @@ const char* kindName(ControllerContribution::Kind kind) {
 std::string contributionLines(const CollectorModel& model) {
     std::string text;
     for (const auto& controller : model.scannedControllers()) {
-        text += fmt::format("  {} {}: {}\n", controllerName(controller), identity(controller),
+        text += fmt::format("  {} {}: {}\n", controller.displayName(), identity(controller),
                             contributionText(controllerContribution(controller, model.selectedPortIDs())));
     }
     return text;
@@ -68,7 +63,7 @@ std::string portTable(const CollectorModel& model, const std::set<std::string>& 
     std::string text;
     for (const auto& controller : controllers) {
         text +=
-            fmt::format("{}  {}  {}\n", controllerName(controller), identity(controller),
+            fmt::format("{}  {}  {}\n", controller.displayName(), identity(controller),
                         controller.usbDeviceName.empty() ? "(unknown controller)" : controller.usbDeviceName);
         text += fmt::format("  location {}, {}, {} port(s)\n",
                             controller.location.empty() ? "-" : controller.location,

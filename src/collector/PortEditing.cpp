@@ -210,8 +210,7 @@ std::string CollectorModel::companionName(const USBControllerMap& controller, co
     if (companion->controller->stableID() == controller.stableID()) {
         return companion->port->name;
     }
-    const std::string& name = companion->controller->name;
-    return (name.empty() ? std::string("USB Controller") : name) + " " + companion->port->name;
+    return companion->controller->displayName() + " " + companion->port->name;
 }
 
 std::string CollectorModel::companionText(const USBControllerMap& controller, const USBPortMap& port) const {

@@ -2,7 +2,6 @@
 
 #include "package/PersonalityNames.h"
 #include "package/PortsToWrite.h"
-#include "records/ASCIIText.h"
 #include "records/PCIIdentityText.h"
 
 #include <cinttypes>
@@ -12,17 +11,13 @@ namespace korvane {
 
 namespace {
 
-std::string upperPair(const USBControllerMap& controller) {
-    return asciiUppercased(vendorDeviceText(controller.vendorID, controller.deviceID));
-}
-
 // "XHC@00000000 (8086:15E9)": enough to tell two like-named controllers apart.
 std::string controllerLabel(const USBControllerMap& controller) {
-    std::string label = controller.name.empty() ? "USB Controller" : controller.name;
+    std::string label = controller.displayName();
     if (!controller.location.empty()) {
         label += "@" + controller.location;
     }
-    return label + " (" + upperPair(controller) + ")";
+    return label + " (" + upperVendorDeviceText(controller.vendorID, controller.deviceID) + ")";
 }
 
 } // namespace

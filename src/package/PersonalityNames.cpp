@@ -1,6 +1,5 @@
 #include "package/PersonalityNames.h"
 
-#include "records/ASCIIText.h"
 #include "records/PCIIdentityText.h"
 #include "records/Text.h"
 
@@ -97,7 +96,7 @@ std::string supportPersonalityModel(const USBControllerMap& controller) {
     if (!controller.usbDeviceName.empty()) {
         return controller.usbDeviceName;
     }
-    return asciiUppercased(vendorDeviceText(controller.vendorID, controller.deviceID));
+    return upperVendorDeviceText(controller.vendorID, controller.deviceID);
 }
 
 std::string mergePersonalityName(const USBControllerMap& controller, std::string_view machineModel) {

@@ -16,6 +16,10 @@ std::string vendorDeviceText(std::int64_t vendorID, std::int64_t deviceID) {
     return pairText("%04" PRIx64 ":%04" PRIx64, vendorID, deviceID);
 }
 
+std::string upperVendorDeviceText(std::int64_t vendorID, std::int64_t deviceID) {
+    return pairText("%04" PRIX64 ":%04" PRIX64, vendorID, deviceID);
+}
+
 std::string pciNameMatch(std::int64_t vendorID, std::int64_t deviceID) {
     return pairText("pci%04" PRIx64 ",%04" PRIx64, vendorID, deviceID);
 }

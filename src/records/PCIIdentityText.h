@@ -15,6 +15,9 @@ std::string pairText(const char* format, std::int64_t first, std::int64_t second
 // "8086:a36d": the pair in stable IDs, keys and caches.
 std::string vendorDeviceText(std::int64_t vendorID, std::int64_t deviceID);
 
+// "8086:A36D": the pair as people read it, in tables, titles and notes.
+std::string upperVendorDeviceText(std::int64_t vendorID, std::int64_t deviceID);
+
 // "pci8086,a36d": the IONameMatch of a PCI device.
 std::string pciNameMatch(std::int64_t vendorID, std::int64_t deviceID);
 

@@ -23,6 +23,9 @@ struct USBControllerMap {
     // and the key of per-controller state.
     std::string stableID() const;
 
+    // The name a person reads: "USB Controller" for one the registry left unnamed.
+    std::string displayName() const { return name.empty() ? "USB Controller" : name; }
+
     bool operator==(const USBControllerMap&) const = default;
 };
 

@@ -62,7 +62,7 @@ bool isDeviceClass(const std::string& className) {
 }
 
 std::string numberedDeviceName(std::int64_t vendor, std::int64_t product) {
-    return "USB Device " + asciiUppercased(vendorDeviceText(vendor, product));
+    return "USB Device " + upperVendorDeviceText(vendor, product);
 }
 
 } // namespace

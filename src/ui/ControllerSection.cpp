@@ -1,6 +1,7 @@
 #include "ui/ControllerSection.h"
 
 #include "package/ControllerContribution.h"
+#include "records/PCIIdentityText.h"
 #include "ui/ElidedLabel.h"
 #include "ui/SymbolIcons.h"
 #include "ui/USBPortEditRow.h"
@@ -11,7 +12,6 @@
 #include <QPainter>
 #include <QStyleOptionFocusRect>
 #include <QVBoxLayout>
-#include <cstdio>
 
 namespace korvane {
 
@@ -28,10 +28,7 @@ Label* headerLabel(QWidget* parent, const QFont& font, const QColor& color) {
 }
 
 QString pciIdentity(const USBControllerMap& controller) {
-    char text[32];
-    std::snprintf(text, sizeof text, "%04llX:%04llX", static_cast<unsigned long long>(controller.vendorID),
-                  static_cast<unsigned long long>(controller.deviceID));
-    return text;
+    return QString::fromStdString(upperVendorDeviceText(controller.vendorID, controller.deviceID));
 }
 
 } // namespace
@@ -72,8 +69,7 @@ void ControllerSectionHeader::showController(const USBControllerMap& controller,
                                                 qMax(8, metrics.capHeight() + 1), WindowStyle::white(0.85)));
         chevron_->setAccessibleName(isOpen ? "chevron.down" : "chevron.right");
     }
-    name_->setText(controller.name.empty() ? QString("USB Controller")
-                                           : QString::fromStdString(controller.name));
+    name_->setText(QString::fromStdString(controller.displayName()));
     identity_->setText(pciIdentity(controller));
     databaseName_->setText(QString::fromStdString(controller.usbDeviceName));
     // Left out, not blank: no gap stands where an empty name would be.
