@@ -4,8 +4,27 @@
 #include "platform/FileWorkFolderLocks.h"
 #include "platform/LiveSources.h"
 #include "platform/PlatformFolders.h"
+#include "savedregistry/SavedRegistry.h"
+#include "savedregistry/SavedRegistryDiagnosis.h"
 
 namespace korvane {
+
+namespace {
+
+// Why a saved registry gave no controller (the IOUSB plane alone, ioreg
+// without -l, ...), for both fronts to tell beside the empty list.
+std::optional<std::string> noControllerNotice(const std::filesystem::path& file,
+                                              const RegistrySource& registry) {
+    const auto bytes = readSavedRegistryFile(file);
+    const auto root = registry.copyRoot();
+    if (!bytes || !root) {
+        return std::nullopt;
+    }
+    return "No USB controller in " + file.string() + ": it looks like " +
+           whyNoControllerIn(*root, savedRegistryFormat(*bytes));
+}
+
+} // namespace
 
 ApplicationPaths applicationPaths() {
     const auto executableFolder = executableDirectory();
@@ -28,10 +47,18 @@ std::shared_ptr<CollectorModel> assembleCollectorModel(const RegistryChoice& cho
         .scheduler = scheduler,
         .desktop = desktop,
         .scanRegistry =
-            [registry = std::move(registry), ioregFile = choice.ioregFile, &names, plutil = tools.plutil] {
-                return USBTreeScanner{
-                    .ioregFile = ioregFile, .liveRegistry = *registry, .names = names, .plutil = plutil}
-                    .scan();
+            [registry = std::move(registry), ioregFile = choice.ioregFile, registryFile = choice.registryFile,
+             &names, plutil = tools.plutil] {
+                USBScanResult result =
+                    USBTreeScanner{
+                        .ioregFile = ioregFile, .liveRegistry = *registry, .names = names, .plutil = plutil}
+                        .scan();
+                if (result.controllers.empty() && registryFile) {
+                    if (auto notice = noControllerNotice(*registryFile, *registry)) {
+                        result.notices.push_back(std::move(*notice));
+                    }
+                }
+                return result;
             },
         .names = names,
         .tools = tools,

@@ -1,7 +1,6 @@
 #include "cli/CommandLineSession.h"
 
 #include "app/CollectorAssembly.h"
-#include "savedregistry/SavedRegistryDiagnosis.h"
 
 #include <cstdio>
 
@@ -29,7 +28,7 @@ std::shared_ptr<const RegistrySource> openChosenRegistry(const RegistryChoice& c
 } // namespace
 
 CommandLineSession::CommandLineSession(const RegistryChoice& choice, bool listenForHotplug)
-    : choice_(choice), desktop_(std::make_unique<QuietDesktop>()), registry_(openChosenRegistry(choice)),
+    : desktop_(std::make_unique<QuietDesktop>()), registry_(openChosenRegistry(choice)),
       model_(assembleCollectorModel(choice, registry_, scheduler_, *desktop_, listenForHotplug)) {
     logObserver_ = model_->observe([this] {
         const auto& log = model_->logText();
@@ -56,16 +55,6 @@ CommandLineSession::~CommandLineSession() {
 void CommandLineSession::scanForEditing() {
     model_->scanUSBPorts();
     runUntil([this] { return !model_->isScanningUSB(); });
-    if (!model_->scannedControllers().empty() || !choice_.registryFile) {
-        return;
-    }
-    const auto bytes = readSavedRegistryFile(*choice_.registryFile);
-    const auto root = registry_->copyRoot();
-    if (bytes && root) {
-        std::fprintf(stderr, "korvane: no USB controller in %s: it looks like %s\n",
-                     choice_.registryFile->c_str(),
-                     whyNoControllerIn(*root, savedRegistryFormat(*bytes)).c_str());
-    }
 }
 
 } // namespace korvane

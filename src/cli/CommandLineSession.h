@@ -35,12 +35,11 @@ class CommandLineSession {
     // Runs the main loop until `isDone` holds and all background work is over.
     void runUntil(const std::function<bool()>& isDone) { scheduler_.runUntil(isDone); }
 
-    // The editor's reset scan, waited for. A saved registry that gives no
-    // controller is explained on standard error.
+    // The editor's reset scan, waited for; its notices (among them why a
+    // saved registry gave no controller) go to standard error.
     void scanForEditing();
 
   private:
-    RegistryChoice choice_;
     RunLoopScheduler scheduler_;
     std::unique_ptr<DesktopServices> desktop_;
     std::shared_ptr<const RegistrySource> registry_;
