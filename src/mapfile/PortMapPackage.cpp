@@ -4,6 +4,7 @@
 #include "records/FileIO.h"
 #include "savedregistry/GuardedPropertyList.h"
 
+#include <fstream>
 #include <limits>
 #include <memory>
 #include <zip.h>
@@ -140,6 +141,12 @@ PortMapPackageParse readFromZip(const fs::path& path) {
 }
 
 PortMapPackageParse readFromFile(const fs::path& path) {
+    // A ZIP of any size is read entry by entry, with the cap on its Info.plist.
+    char magic[4] = {};
+    if (std::ifstream(path, std::ios::binary).read(magic, sizeof magic) &&
+        std::string_view(magic, sizeof magic) == "PK\x03\x04") {
+        return readFromZip(path);
+    }
     std::error_code error;
     const auto size = fs::file_size(path, error);
     if (!error && size > maximumInfoPlistBytes) {
@@ -148,9 +155,6 @@ PortMapPackageParse readFromFile(const fs::path& path) {
     const auto bytes = readFileBytes(path);
     if (!bytes) {
         return refuse("could not be read");
-    }
-    if (bytes->starts_with("PK\x03\x04")) {
-        return readFromZip(path);
     }
     return parsePackageInfoPlist(*bytes);
 }
