@@ -102,7 +102,7 @@ nlohmann::json seenJSON(const CollectorModel& model, const USBControllerMap& con
     if (it == model.portDiscoveries().end()) {
         return nullptr;
     }
-    return {{"device", it->second.deviceName}, {"lastSeen", utcTimeText(it->second.lastSeen)}};
+    return discoveryJSON(it->second);
 }
 
 } // namespace

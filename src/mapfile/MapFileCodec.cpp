@@ -250,6 +250,10 @@ nlohmann::json controllerIdentityJSON(const USBControllerMap& controller) {
             {"usbDeviceName", controller.usbDeviceName}};
 }
 
+nlohmann::json discoveryJSON(const PortDiscovery& discovery) {
+    return {{"device", discovery.deviceName}, {"lastSeen", utcTimeText(discovery.lastSeen)}};
+}
+
 std::string mapFileText(const USBMapFile& map) {
     json document;
     document["format"] = formatMarker;
@@ -273,8 +277,7 @@ std::string mapFileText(const USBMapFile& map) {
             port["nickname"] = it->second;
         }
         if (const auto it = map.discoveries.find(key); it != map.discoveries.end()) {
-            port["seen"] = {{"device", it->second.deviceName},
-                            {"lastSeen", utcTimeText(it->second.lastSeen)}};
+            port["seen"] = discoveryJSON(it->second);
         }
         ports[key] = std::move(port);
     }

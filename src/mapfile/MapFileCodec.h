@@ -38,6 +38,9 @@ std::string mapFileText(const USBMapFile& map);
 // location, vendorID, deviceID, ioNameMatch, providerClass, usbDeviceName.
 nlohmann::json controllerIdentityJSON(const USBControllerMap& controller);
 
+// A sighting as map files and `--json` write it: device and lastSeen (UTC).
+nlohmann::json discoveryJSON(const PortDiscovery& discovery);
+
 // Reads and parses the file; a file that can't be read, isn't a regular file
 // or is far too large is refused as unreadable. Never throws.
 MapFileParse readMapFile(const std::filesystem::path& path);
