@@ -53,4 +53,10 @@ void writeUserSettings(const std::filesystem::path& file, const UserSettings& se
     writeFileAtomically(file, stored.dump(2, ' ', false, nlohmann::json::error_handler_t::replace) + "\n");
 }
 
+void updateUserSettings(const std::filesystem::path& file, const std::function<void(UserSettings&)>& change) {
+    UserSettings settings = readUserSettings(file);
+    change(settings);
+    writeUserSettings(file, settings);
+}
+
 } // namespace korvane

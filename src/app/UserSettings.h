@@ -1,6 +1,7 @@
 #pragma once
 
 #include <filesystem>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -24,5 +25,9 @@ UserSettings readUserSettings(const std::filesystem::path& file);
 // the other keys a readable file already holds. Throws std::system_error
 // (or std::filesystem::filesystem_error) with the platform's wording.
 void writeUserSettings(const std::filesystem::path& file, const UserSettings& settings);
+
+// Reads the settings, lets `change` change them and writes them back, as
+// writeUserSettings does (and throws as it does).
+void updateUserSettings(const std::filesystem::path& file, const std::function<void(UserSettings&)>& change);
 
 } // namespace korvane

@@ -47,13 +47,17 @@ KorvaneGeneratorApp::~KorvaneGeneratorApp() {
     // A choice typed just before quitting is kept too.
     if (model.targetModelChoice() != rememberedModel_) {
         try {
-            UserSettings settings = readUserSettings(settingsFile_);
-            settings.targetModelChoice = model.targetModelChoice();
-            writeUserSettings(settingsFile_, settings);
+            storeTargetModel(model.targetModelChoice());
         } catch (...) {
             // Nobody is left to tell; the window showed the last failure.
         }
     }
+}
+
+void KorvaneGeneratorApp::storeTargetModel(const std::string& choice) {
+    updateUserSettings(settingsFile_,
+                       [&choice](UserSettings& settings) { settings.targetModelChoice = choice; });
+    rememberedModel_ = choice;
 }
 
 void KorvaneGeneratorApp::rememberTargetModel() {
@@ -67,10 +71,7 @@ void KorvaneGeneratorApp::rememberTargetModel() {
     QObject::connect(pending, &QTimer::timeout, window_.get(), [this] {
         const std::string choice = content_->model().targetModelChoice();
         try {
-            UserSettings settings = readUserSettings(settingsFile_);
-            settings.targetModelChoice = choice;
-            writeUserSettings(settingsFile_, settings);
-            rememberedModel_ = choice;
+            storeTargetModel(choice);
             content_->setSettingsProblem("");
         } catch (...) {
             content_->setSettingsProblem(

@@ -58,6 +58,8 @@ class KorvaneGeneratorApp {
     // Runs `work` once the first scan's results are in place.
     void whenFirstScanned(std::function<void()> work);
     void rememberTargetModel();
+    // Writes the choice into the settings file; throws as writeUserSettings does.
+    void storeTargetModel(const std::string& choice);
 
     // Declared before the scheduler: background work still running when the
     // window closes uses it until the scheduler's end has waited for it.

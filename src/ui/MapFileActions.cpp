@@ -189,13 +189,13 @@ QStringList MapFileActions::recentMaps() const {
 }
 
 void MapFileActions::setRecentMaps(const QStringList& recent) {
-    UserSettings settings = readUserSettings(settingsFile_);
-    settings.recentMaps.clear();
-    for (const QString& path : recent) {
-        settings.recentMaps.push_back(path.toStdString());
-    }
     try {
-        writeUserSettings(settingsFile_, settings);
+        updateUserSettings(settingsFile_, [&recent](UserSettings& settings) {
+            settings.recentMaps.clear();
+            for (const QString& path : recent) {
+                settings.recentMaps.push_back(path.toStdString());
+            }
+        });
     } catch (...) {
         if (content_) {
             content_->setSettingsProblem(QString::fromStdString("The recent maps can't be remembered: " +
