@@ -73,11 +73,6 @@ std::string portTable(const CollectorModel& model, const std::set<std::string>& 
                             contributionText(controllerContribution(controller, model.selectedPortIDs())));
         for (const auto& port : controller.ports) {
             const auto key = usbPortStableID(controller, port);
-            // As on the window's row: the device, else the last one seen there.
-            std::string device = port.activeDevice;
-            if (device.empty()) {
-                device = model.seenTextFor(controller, port);
-            }
             const std::string nickname = model.nicknameFor(controller, port);
             const std::string place = port.place ? portPlaceText(*port.place) : std::string();
             text += fmt::format(
@@ -85,7 +80,7 @@ std::string portTable(const CollectorModel& model, const std::set<std::string>& 
                 model.isPortSelected(controller, port) ? 'x' : ' ', port.name, hexString(port.portData),
                 model.companionText(controller, port), connectorText(model.connectorFor(controller, port)),
                 connectorSourceName(model.connectorSourceFor(controller, port)),
-                device.empty() ? "No active device" : device, place.empty() ? "" : "  (" + place + ")",
+                model.deviceTextFor(controller, port), place.empty() ? "" : "  (" + place + ")",
                 nickname.empty() ? "" : "  \"" + nickname + "\"");
         }
     }

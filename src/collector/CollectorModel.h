@@ -181,6 +181,9 @@ class CollectorModel : public std::enable_shared_from_this<CollectorModel> {
     std::string nicknameFor(const USBControllerMap& controller, const USBPortMap& port) const;
     // "seen: SanDisk Ultra, 14:03", or "" for a port nothing was seen in.
     std::string seenTextFor(const USBControllerMap& controller, const USBPortMap& port) const;
+    // What a port's row and table line show of its device: the device, else
+    // the last one seen there, else "No active device".
+    std::string deviceTextFor(const USBControllerMap& controller, const USBPortMap& port) const;
 
     // Map files. Each reads or writes the file at once and, when it succeeds,
     // changes the session as one change; a refusal changes nothing but

@@ -86,6 +86,14 @@ std::string CollectorModel::seenTextFor(const USBControllerMap& controller, cons
     return it != portDiscoveries_.end() ? seenText(it->second, environment_.now()) : std::string();
 }
 
+std::string CollectorModel::deviceTextFor(const USBControllerMap& controller, const USBPortMap& port) const {
+    if (!port.activeDevice.empty()) {
+        return port.activeDevice;
+    }
+    const std::string seen = seenTextFor(controller, port);
+    return seen.empty() ? "No active device" : seen;
+}
+
 USBMapFile CollectorModel::currentMap() const {
     USBMapFile map;
     for (const auto& controller : scannedControllers_) {

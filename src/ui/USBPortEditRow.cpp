@@ -190,10 +190,7 @@ void USBPortEditRow::showPortTexts() {
 void USBPortEditRow::showDevice() {
     // A device that left is still named, dimmed, by when it was last seen.
     const bool hasDevice = !port_.activeDevice.empty();
-    const std::string seen = hasDevice ? std::string() : model_->seenTextFor(controller_, port_);
-    const QString text = hasDevice       ? QString::fromStdString(port_.activeDevice)
-                         : !seen.empty() ? QString::fromStdString(seen)
-                                         : QString("No active device");
+    const QString text = QString::fromStdString(model_->deviceTextFor(controller_, port_));
     if (device_->text() != text) {
         device_->setText(text);
         WindowStyle::setTextColor(*device_,
