@@ -7,7 +7,6 @@
 #include "scanner/PortDiscovery.h"
 #include "scanner/PropertyReaders.h"
 
-#include <algorithm>
 #include <unordered_set>
 
 namespace korvane {
@@ -113,16 +112,7 @@ USBScanResult NativeUSBTreeScanner::scanTree(const NativeUSBNode& root) const {
         controllers.push_back(std::move(controller));
     }
 
-    std::stable_sort(controllers.begin(), controllers.end(),
-                     [](const USBControllerMap& a, const USBControllerMap& b) {
-                         if (a.vendorID != b.vendorID) {
-                             return a.vendorID < b.vendorID;
-                         }
-                         if (a.deviceID != b.deviceID) {
-                             return a.deviceID < b.deviceID;
-                         }
-                         return localizedStandardLess(a.location, b.location);
-                     });
+    sortControllersByIDsThenLocation(controllers);
     return {std::move(controllers), scanNotices(root)};
 }
 
