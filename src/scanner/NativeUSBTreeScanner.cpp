@@ -3,6 +3,7 @@
 #include "records/ASCIIText.h"
 #include "records/PCIIdentityText.h"
 #include "scanner/ControllerDiscovery.h"
+#include "scanner/LinuxTreeKeys.h"
 #include "scanner/PortCompanions.h"
 #include "scanner/PortDiscovery.h"
 #include "scanner/PropertyReaders.h"
@@ -24,7 +25,7 @@ std::vector<std::string> scanNotices(const NativeUSBNode& root) {
     constexpr std::size_t maxNotices = 4;
     constexpr std::size_t maxNoticeBytes = 512;
     std::vector<std::string> notices;
-    const auto found = root.properties.value("scan-notices");
+    const auto found = root.properties.value(linuxTreeKey::scanNotices);
     if (!found || !found->array()) {
         return notices;
     }
