@@ -57,22 +57,6 @@ void walkMatchingNodes(const DumpLines& lines, const RegularExpression& pattern,
     }
 }
 
-void sortControllers(std::vector<USBControllerMap>& controllers) {
-    std::stable_sort(controllers.begin(), controllers.end(),
-                     [](const USBControllerMap& a, const USBControllerMap& b) {
-                         if (a.vendorID != b.vendorID) {
-                             return a.vendorID < b.vendorID;
-                         }
-                         if (a.deviceID != b.deviceID) {
-                             return a.deviceID < b.deviceID;
-                         }
-                         if (a.location != b.location) {
-                             return localizedStandardLess(a.location, b.location);
-                         }
-                         return localizedStandardLess(a.name, b.name);
-                     });
-}
-
 // The PCI pass: the controllers to add to `existing`.
 std::vector<USBControllerMap> parsePCIUSBControllers(const DumpLines& lines,
                                                      const std::vector<USBControllerMap>& existing,
@@ -267,7 +251,7 @@ std::vector<USBControllerMap> parseControllers(std::string_view text, IDsNameRes
     auto fromPCI = parsePCIUSBControllers(lines, controllers, names);
     controllers.insert(controllers.end(), std::make_move_iterator(fromPCI.begin()),
                        std::make_move_iterator(fromPCI.end()));
-    sortControllers(controllers);
+    sortControllersByIDsThenLocation(controllers);
     return controllers;
 }
 

@@ -16,7 +16,8 @@ namespace korvane {
 // tree: xHCI driver nodes that carry their own vendor and device IDs (with
 // their ports), then xHCI-class PCI nodes of IDs not seen yet (without ports).
 // A matched node's whole block is passed over, so nodes below it are never
-// looked at. Sorted by vendor, device, location and name. Never fails.
+// looked at. In the order every scanner uses (sortControllersByIDsThenLocation()).
+// Never fails.
 std::vector<USBControllerMap> parseControllers(std::string_view text, IDsNameResolver& names);
 
 // The ports in lines [begin, end) of an indexed dump, one controller's block:

@@ -5,6 +5,7 @@
 #include "savedregistry/NodeIdentity.h"
 #include "savedregistry/RegistryText.h"
 #include "savedregistry/SavedRegistryLimits.h"
+#include "scanner/LinuxTreeKeys.h"
 #include "scanner/PropertyReaders.h"
 #include "tools/PropertyList.h"
 
@@ -106,7 +107,7 @@ void readEntry(plist_t entry, NativeUSBNode& node, int depth) {
             entryLocation = plistText(item).value_or(std::string());
         } else if (key == kChildrenKey) {
             children = item;
-        } else if (!isBookkeepingKey(key) && isRegistryText(key)) {
+        } else if (!isBookkeepingKey(key) && isKeptBySnapshot(key) && isRegistryText(key)) {
             if (auto value = valueFromPlist(item, 0)) {
                 properties.insert_or_assign(std::string(key), std::move(*value));
             }
@@ -176,7 +177,12 @@ plist_t plistFromValue(const PropertyValue& value) {
 }
 
 plist_t plistFromEntry(const NativeUSBNode& node) {
-    plist_t entry = plistFromDictionary(node.properties.dictionary());
+    plist_t entry = plist_new_dict();
+    for (const auto& [key, value] : node.properties.dictionary()) {
+        if (isKeptBySnapshot(key)) {
+            plist_dict_set_item(entry, key.c_str(), plistFromValue(value));
+        }
+    }
     plist_dict_set_item(entry, kClassKey, plist_new_string(node.className.c_str()));
     plist_dict_set_item(entry, kNameKey, plist_new_string(node.name.c_str()));
     if (!node.location.empty()) {

@@ -27,7 +27,9 @@ bool looksLikePropertyList(std::string_view bytes);
 
 // The tree as an XML snapshot. Reading it back gives the same tree: names,
 // locations, classes, properties and child order (a dictionary whose keys
-// aren't text comes back with text keys).
+// aren't text comes back with text keys). The node properties a snapshot
+// doesn't keep (isKeptBySnapshot()) are left out, and parseSnapshot() drops
+// them from files that hold them.
 std::string snapshotPropertyList(const NativeUSBNode& root);
 
 // Writes snapshotPropertyList(root) to `path` atomically. Throws

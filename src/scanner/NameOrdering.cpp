@@ -125,4 +125,20 @@ void sortPortsByNumberThenName(std::vector<USBPortMap>& ports) {
     });
 }
 
+void sortControllersByIDsThenLocation(std::vector<USBControllerMap>& controllers) {
+    std::stable_sort(controllers.begin(), controllers.end(),
+                     [](const USBControllerMap& a, const USBControllerMap& b) {
+                         if (a.vendorID != b.vendorID) {
+                             return a.vendorID < b.vendorID;
+                         }
+                         if (a.deviceID != b.deviceID) {
+                             return a.deviceID < b.deviceID;
+                         }
+                         if (a.location != b.location) {
+                             return localizedStandardLess(a.location, b.location);
+                         }
+                         return localizedStandardLess(a.name, b.name);
+                     });
+}
+
 } // namespace korvane

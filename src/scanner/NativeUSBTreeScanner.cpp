@@ -3,11 +3,11 @@
 #include "records/ASCIIText.h"
 #include "records/PCIIdentityText.h"
 #include "scanner/ControllerDiscovery.h"
+#include "scanner/LinuxTreeKeys.h"
 #include "scanner/PortCompanions.h"
 #include "scanner/PortDiscovery.h"
 #include "scanner/PropertyReaders.h"
 
-#include <algorithm>
 #include <unordered_set>
 
 namespace korvane {
@@ -25,7 +25,7 @@ std::vector<std::string> scanNotices(const NativeUSBNode& root) {
     constexpr std::size_t maxNotices = 4;
     constexpr std::size_t maxNoticeBytes = 512;
     std::vector<std::string> notices;
-    const auto found = root.properties.value("scan-notices");
+    const auto found = root.properties.value(linuxTreeKey::scanNotices);
     if (!found || !found->array()) {
         return notices;
     }
@@ -113,16 +113,7 @@ USBScanResult NativeUSBTreeScanner::scanTree(const NativeUSBNode& root) const {
         controllers.push_back(std::move(controller));
     }
 
-    std::stable_sort(controllers.begin(), controllers.end(),
-                     [](const USBControllerMap& a, const USBControllerMap& b) {
-                         if (a.vendorID != b.vendorID) {
-                             return a.vendorID < b.vendorID;
-                         }
-                         if (a.deviceID != b.deviceID) {
-                             return a.deviceID < b.deviceID;
-                         }
-                         return localizedStandardLess(a.location, b.location);
-                     });
+    sortControllersByIDsThenLocation(controllers);
     return {std::move(controllers), scanNotices(root)};
 }
 

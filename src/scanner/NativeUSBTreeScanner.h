@@ -8,8 +8,9 @@
 namespace korvane {
 
 // Finds the xHCI controllers of a registry tree, their ports and the devices
-// attached, and returns them in a fixed order: vendor, device, then location
-// as a person reads it. Never throws; what can't be read is passed over.
+// attached, and returns them in the order every scanner uses
+// (sortControllersByIDsThenLocation()). Never throws; what can't be read is
+// passed over.
 //
 // Holds references only: the source and the resolver must outlive it. The
 // resolver is the one shared, self-guarding instance, so scans may run on any

@@ -1,6 +1,7 @@
 #include "scanner/PortCompanions.h"
 
 #include "records/PortNumber.h"
+#include "scanner/LinuxTreeKeys.h"
 #include "scanner/PortDiscovery.h"
 #include "scanner/PropertyReaders.h"
 
@@ -104,7 +105,7 @@ std::optional<CompanionReference> companionReference(const NodeProperties& prope
         return CompanionReference{textOrNameData(companion.value("UsbCompanionControllerName")).value_or(""),
                                   *number, ""};
     }
-    if (auto peer = textOrNameData(properties.value("peer")); peer && !peer->empty()) {
+    if (auto peer = textOrNameData(properties.value(linuxTreeKey::peer)); peer && !peer->empty()) {
         return CompanionReference{"", 0, portNameFrom(*peer)};
     }
     return std::nullopt;

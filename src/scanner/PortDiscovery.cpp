@@ -5,6 +5,7 @@
 #include "records/RegularExpression.h"
 #include "records/Text.h"
 #include "scanner/AttachedDeviceNames.h"
+#include "scanner/LinuxTreeKeys.h"
 #include "scanner/PropertyReaders.h"
 
 #include <algorithm>
@@ -47,21 +48,13 @@ struct StatedConnector {
     ConnectorSource source = ConnectorSource::registry;
 };
 
-// A Linux port node names where its code came from in connector-source; any
-// other stated code is the registry's own.
+// A stated code's source is the registry's unless a Linux port node names
+// another beside it (statedConnectorSource() has the rule).
 std::optional<StatedConnector> explicitConnector(const NodeProperties& properties) {
     for (const char* key : {"UsbConnector", "usb-port-type", "portType"}) {
         if (auto value = intProperty(key, properties)) {
-            StatedConnector stated{*value};
-            const auto named = properties.value("connector-source");
-            if (named && named->text()) {
-                const auto source = connectorSourceNamed(*named->text());
-                if (source == ConnectorSource::firmware || source == ConnectorSource::kernel ||
-                    source == ConnectorSource::peer) {
-                    stated.source = *source;
-                }
-            }
-            return stated;
+            return StatedConnector{*value,
+                                   statedConnectorSource(properties.value(linuxTreeKey::connectorSource))};
         }
     }
     return std::nullopt;
@@ -74,7 +67,7 @@ void setConnector(USBPortMap& port, const StatedConnector& stated) {
 
 // The physical-location dictionary of a Linux port node, in the kernel's words.
 std::optional<PortPlace> placeFrom(const NodeProperties& properties) {
-    const auto found = properties.value("physical-location");
+    const auto found = properties.value(linuxTreeKey::physicalLocation);
     if (!found || !found->dictionary()) {
         return std::nullopt;
     }
@@ -84,9 +77,10 @@ std::optional<PortPlace> placeFrom(const NodeProperties& properties) {
         return value != place.end() && value->second.text() ? std::string_view(*value->second.text())
                                                             : std::string_view();
     };
-    return portPlaceFromWords(word("panel"), word("vertical_position"), word("horizontal_position"),
-                              intProperty("dock", place).value_or(0) != 0,
-                              intProperty("lid", place).value_or(0) != 0);
+    namespace key = linuxTreeKey::place;
+    return portPlaceFromWords(word(key::panel), word(key::verticalPosition), word(key::horizontalPosition),
+                              intProperty(key::dock, place).value_or(0) != 0,
+                              intProperty(key::lid, place).value_or(0) != 0);
 }
 
 ByteBuffer portDataFrom(const NodeProperties& properties, std::string_view name, std::string_view location) {

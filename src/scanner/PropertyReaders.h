@@ -1,5 +1,6 @@
 #pragma once
 
+#include "records/USBControllerMap.h"
 #include "records/USBPortMap.h"
 #include "scanner/NativeUSBNode.h"
 #include "scanner/PropertyValue.h"
@@ -51,5 +52,9 @@ bool localizedStandardLess(std::string_view a, std::string_view b);
 // Ports in the order every scanner hands them out: by port number (none
 // counts as 0), then by name as a person reads it; stable otherwise.
 void sortPortsByNumberThenName(std::vector<USBPortMap>& ports);
+
+// Controllers in the order every scanner hands them out: by vendor, then
+// device, then location and name as a person reads them; stable otherwise.
+void sortControllersByIDsThenLocation(std::vector<USBControllerMap>& controllers);
 
 } // namespace korvane

@@ -79,6 +79,17 @@ TEST(SnapshotCodec, ReadsTheShapeIoregWrites) {
     EXPECT_EQ(root->children[0]->properties.dictionary().size(), 1U);
 }
 
+// Earlier builds saved a Linux scan's notices, advice for the machine that
+// was scanned; a snapshot reads without them.
+TEST(SnapshotCodec, AnEarlierSnapshotsScanNoticesAreLeftOut) {
+    const auto root =
+        parseSnapshot("<plist version=\"1.0\"><dict><key>IOObjectClass</key><string>R</string>"
+                      "<key>scan-notices</key><array><string>Run as root (sudo).</string></array>"
+                      "<key>usb-bus</key><integer>2</integer></dict></plist>");
+    ASSERT_TRUE(root);
+    EXPECT_EQ(root->properties.dictionary(), (PropertyDictionary{{"usb-bus", 2}}));
+}
+
 TEST(SnapshotCodec, ANulInATextIsLeftOutButInABinaryKeyGivesNoTree) {
     const auto root = parseSnapshot(testDataBytes("fuzz-seeds/snapshot/nul-in-string.xml"));
     ASSERT_TRUE(root);

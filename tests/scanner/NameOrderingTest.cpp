@@ -26,5 +26,28 @@ TEST(NameOrdering, IsATotalOrderEvenForTextsTheCollationCallsEqual) {
     }
 }
 
+// Both scanners hand controllers out in this one order; the name decides only
+// where the line reader finds two controllers of one ID at one location.
+TEST(NameOrdering, ControllersGoByVendorDeviceLocationThenName) {
+    auto controller = [](std::int64_t vendor, std::int64_t device, std::string location, std::string name) {
+        USBControllerMap map;
+        map.vendorID = vendor;
+        map.deviceID = device;
+        map.location = std::move(location);
+        map.name = std::move(name);
+        return map;
+    };
+    std::vector<USBControllerMap> controllers{
+        controller(0x8086, 0x15ec, "0", "XHC2"),  controller(0x1b21, 0x2142, "0", "XHC3"),
+        controller(0x8086, 0xa36d, "14", "XHC1"), controller(0x8086, 0x15ec, "10", "XHC10"),
+        controller(0x8086, 0x15ec, "10", "XHC9"), controller(0x8086, 0x15ec, "9", "XHC4")};
+    sortControllersByIDsThenLocation(controllers);
+    std::string order;
+    for (const auto& map : controllers) {
+        order += map.name + " ";
+    }
+    EXPECT_EQ(order, "XHC3 XHC2 XHC4 XHC9 XHC10 XHC1 ");
+}
+
 } // namespace
 } // namespace korvane

@@ -103,22 +103,41 @@ TEST_F(ScanPorts, BluetoothAndUSRPortsAreInternalWhenNothingStatesAConnector) {
               "USR1 15 255 @ |");
 }
 
-// A saved tree may claim anything: only the three sources a Linux port node
-// sets pass, and only beside a code it states; odd place words are dropped.
-TEST_F(ScanPorts, ASourceNeedsAStatedCodeAndAPlaceOnlyTheKernelsWords) {
+// A saved tree may claim anything. A source counts only beside a code the
+// node states; the user's word and words no build writes become "inferred"
+// (one to check), never the registry's; odd place words are dropped.
+TEST_F(ScanPorts, AStatedCodeTakesTheSourceNamedBesideItOrIsOneToCheck) {
+    const std::pair<std::optional<PropertyValue>, const char*> rows[] = {
+        {std::nullopt, "registry"},
+        {PropertyValue("firmware"), "firmware"},
+        {PropertyValue("kernel"), "kernel"},
+        {PropertyValue("peer"), "peer"},
+        {PropertyValue("registry"), "registry"},
+        {PropertyValue("inferred"), "inferred"},
+        {PropertyValue("user"), "inferred"},
+        {PropertyValue("usb-descriptor"), "inferred"},
+        {PropertyValue("Firmware"), "inferred"},
+        {PropertyValue(2), "inferred"}};
     auto& service = addService({});
+    std::string expected;
+    std::int64_t number = 0;
+    for (const auto& [word, source] : rows) {
+        PropertyDictionary properties{{"port", ++number}, {"UsbConnector", 9}};
+        if (word) {
+            properties["connector-source"] = *word;
+        }
+        addPort(service, "HS" + std::to_string(10 + number), "", std::move(properties));
+        expected += std::string(source) + " ";
+    }
     const PropertyDictionary place{{"panel", "back"}, {"vertical_position", "sideways"}, {"dock", 1}};
-    addPort(service, "HS01", "", {{"port", 1}, {"UsbConnector", 9}, {"connector-source", "firmware"}});
-    addPort(service, "HS02", "",
-            {{"port", 2}, {"connector-source", "firmware"}, {"physical-location", place}});
-    addPort(service, "HS03", "", {{"port", 3}, {"UsbConnector", 0}, {"connector-source", "user"}});
-    addPort(service, "HS04", "", {{"port", 4}, {"portType", 255}});
+    addPort(service, "HS99", "",
+            {{"port", 99}, {"connector-source", "firmware"}, {"physical-location", place}});
     std::string sources;
     for (const auto& port : scanPorts(service, ids.names())) {
         sources += std::string(connectorSourceName(port.connectorSource)) + " ";
     }
-    EXPECT_EQ(sources, "firmware inferred registry registry ");
-    EXPECT_EQ(scanPorts(service, ids.names())[1].place, portPlaceFromWords("back", "", "", true, false));
+    EXPECT_EQ(sources, expected + "inferred ") << "no code stated, none named";
+    EXPECT_EQ(scanPorts(service, ids.names()).back().place, portPlaceFromWords("back", "", "", true, false));
 }
 
 } // namespace

@@ -4,6 +4,7 @@
 #include "platform/linux/SysfsReading.h"
 #include "platform/linux/SysfsTreeBuilder.h"
 #include "platform/linux/SysfsXHCIService.h"
+#include "scanner/LinuxTreeKeys.h"
 
 namespace korvane {
 
@@ -34,7 +35,7 @@ std::unique_ptr<NativeUSBNode> SysfsRegistrySource::copyRoot() const {
         }
         PropertyDictionary properties;
         properties["IOName"] = firmwareNodeName(devices / name).value_or(name);
-        properties["sysfs-name"] = name;
+        properties[linuxTreeKey::sysfsName] = name;
         if (NativeUSBNode* host = builder.add(*root, "pci_host_bridge", std::move(properties))) {
             addPCIChildren(*host, devices / name, builder, firmwareTypes, 1, xhci);
         }
@@ -50,7 +51,8 @@ std::unique_ptr<NativeUSBNode> SysfsRegistrySource::copyRoot() const {
             .addTo(*xhci[i].node, builder);
     }
     if (auto notices = firmwareTypes.notices(); !notices.empty()) {
-        root->properties.editableDictionary()["scan-notices"] = PropertyArray(notices.begin(), notices.end());
+        root->properties.editableDictionary()[linuxTreeKey::scanNotices] =
+            PropertyArray(notices.begin(), notices.end());
     }
     return root;
 }

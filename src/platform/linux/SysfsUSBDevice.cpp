@@ -2,6 +2,7 @@
 
 #include "platform/linux/SysfsReading.h"
 #include "records/PortNumber.h"
+#include "scanner/LinuxTreeKeys.h"
 
 #include <cstdio>
 
@@ -80,10 +81,10 @@ PropertyDictionary SysfsUSBDevice::properties() const {
         properties["USB Address"] = std::int64_t{*address};
     }
     if (auto speed = sysfs::readText(directory_ / "speed")) {
-        properties["sysfs-speed"] = *speed;
+        properties[linuxTreeKey::sysfsSpeed] = *speed;
     }
     properties["locationID"] = std::int64_t{locationID_};
-    properties["sysfs-name"] = directory_.filename().string();
+    properties[linuxTreeKey::sysfsName] = directory_.filename().string();
     return properties;
 }
 
@@ -129,7 +130,7 @@ void SysfsUSBDevice::addInterfacesAndChildren(NativeUSBNode& device, SysfsTreeBu
             properties["port"] = portData(*port);
             properties["location"] = hex8(locationBelow(locationID_, tier_ + 1, *port));
             if (auto connectType = sysfs::readText(interfaceDirectory / portEntry / "connect_type")) {
-                properties["sysfs-connect-type"] = *connectType;
+                properties[linuxTreeKey::sysfsConnectType] = *connectType;
             }
             if (NativeUSBNode* portNode = builder.add(*interfaceNode, "usb_port", std::move(properties))) {
                 hubPorts.emplace(*port, portNode);

@@ -5,6 +5,7 @@
 #include "platform/linux/XHCIPortLayout.h"
 #include "records/PortNumber.h"
 #include "records/Text.h"
+#include "scanner/LinuxTreeKeys.h"
 #include "scanner/PortDiscovery.h"
 
 #include <algorithm>
@@ -108,12 +109,13 @@ std::optional<std::pair<std::uint32_t, std::uint32_t>> parsePortEntryName(std::s
 // and "no" become 1 and 0. None without the folder (no firmware node).
 std::optional<PropertyDictionary> physicalLocation(const std::filesystem::path& directory) {
     PropertyDictionary place;
-    for (const char* key : {"panel", "vertical_position", "horizontal_position"}) {
+    namespace placeKey = linuxTreeKey::place;
+    for (const char* key : {placeKey::panel, placeKey::verticalPosition, placeKey::horizontalPosition}) {
         if (auto word = sysfs::readText(directory / key)) {
             place[key] = *word;
         }
     }
-    for (const char* key : {"dock", "lid"}) {
+    for (const char* key : {placeKey::dock, placeKey::lid}) {
         if (auto answer = sysfs::readText(directory / key)) {
             place[key] = std::int64_t{*answer == "yes"};
         }
@@ -259,7 +261,7 @@ void SysfsXHCIService::addTo(NativeUSBNode& pciNode, SysfsTreeBuilder& builder) 
     }
     service["IOPersonalityPublisher"] = "com.apple.driver.usb.AppleUSBXHCIPCI";
     service["locationID"] = std::int64_t{controllerLocation};
-    service["pci-address"] = pci_.directory().filename().string();
+    service[linuxTreeKey::pciAddress] = pci_.directory().filename().string();
     NativeUSBNode* serviceNode = builder.add(pciNode, "xhci_hcd", std::move(service));
     if (!serviceNode) {
         return;
@@ -269,23 +271,24 @@ void SysfsXHCIService::addTo(NativeUSBNode& pciNode, SysfsTreeBuilder& builder) 
         PropertyDictionary properties;
         properties["name"] = port.name;
         properties["port"] = portData(port.number);
-        properties["port-number-source"] = numberSourceText(port.numberSource);
+        properties[linuxTreeKey::portNumberSource] = numberSourceText(port.numberSource);
         if (port.connector) {
             properties["UsbConnector"] = *port.connector;
-            properties["connector-source"] = std::string(connectorSourceName(port.connectorSource));
+            properties[linuxTreeKey::connectorSource] =
+                std::string(connectorSourceName(port.connectorSource));
         }
         properties["locationID"] = std::int64_t{locationID};
         properties["location"] = hex8(locationID);
         if (!port.peerName.empty()) {
-            properties["peer"] = port.peerName;
+            properties[linuxTreeKey::peer] = port.peerName;
         }
-        properties["usb-bus"] = std::int64_t{port.bus};
+        properties[linuxTreeKey::usbBus] = std::int64_t{port.bus};
         if (port.directory) {
             if (auto connectType = sysfs::readText(*port.directory / "connect_type")) {
-                properties["sysfs-connect-type"] = *connectType;
+                properties[linuxTreeKey::sysfsConnectType] = *connectType;
             }
             if (auto place = physicalLocation(*port.directory / "physical_location")) {
-                properties["physical-location"] = std::move(*place);
+                properties[linuxTreeKey::physicalLocation] = std::move(*place);
             }
         }
         NativeUSBNode* portNode = builder.add(*serviceNode, "usb_port", std::move(properties));
