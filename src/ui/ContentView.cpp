@@ -2,6 +2,7 @@
 
 #include "package/PackageConstants.h"
 #include "package/SensitiveTextRedaction.h"
+#include "ui/ActionRow.h"
 #include "ui/AnimatedHeaderIcon.h"
 #include "ui/ControllerList.h"
 #include "ui/ElidedLabel.h"
@@ -11,7 +12,6 @@
 #include "ui/StatusBadge.h"
 #include "ui/SymbolIcons.h"
 #include "ui/TargetModelField.h"
-#include "ui/VisibleControlStyle.h"
 #include "ui/WindowStyle.h"
 
 #include <QApplication>
@@ -216,52 +216,15 @@ QWidget* ContentView::makeEditorPanel() {
 }
 
 QWidget* ContentView::makeActionRow() {
-    auto* area = new QVBoxLayout;
-    area->setContentsMargins(0, 0, 0, 0);
-    area->setSpacing(6);
-    auto* row = rowLayout(12);
-    area->addLayout(row);
-    parts_.generate = new QPushButton("&Generate Korvane.kext");
-    parts_.generate->setFont(WindowStyle::font(TextStyle::generate, QFont::DemiBold));
-    parts_.generate->setMinimumWidth(245);
-    parts_.generate->setMinimumHeight(34);
-    // Not a default button: a window has no Enter action, and the style's
-    // default look would lighten the fill under its white text.
-    parts_.generate->setAutoDefault(false);
-    parts_.generate->setProperty(VisibleControlStyle::prominentProperty, true);
-    parts_.generate->setIconSize(QSize(18, 18));
-    row->addWidget(parts_.generate);
-
-    parts_.openZip = new QPushButton("&Open ZIP");
-    parts_.openZip->setMinimumHeight(34);
-    parts_.openZip->setAutoDefault(false);
-    row->addWidget(parts_.openZip);
-    row->addSpacing(4);
-    parts_.targetModel = new TargetModelField(model_);
-    row->addWidget(parts_.targetModel);
-    row->addStretch(1);
-
-    // The one text of the row that may give way when the window is narrow.
-    auto* output = new ElidedLabel;
-    output->setText("Output: ~/Desktop/Korvane.zip");
-    output->setFont(WindowStyle::font(TextStyle::caption, QFont::Normal, FontDesign::monospaced));
-    secondaryTexts_.push_back(output);
-    row->addWidget(output);
-
-    for (QLabel** label : {&parts_.targetModelWarning, &parts_.personalityNotes}) {
-        *label = textLabel("", WindowStyle::font(TextStyle::caption));
-        (*label)->setWordWrap(true);
-        (*label)->hide();
-        area->addWidget(*label);
-    }
+    actionRow_ = new ActionRow(model_);
+    parts_.generate = actionRow_->generate();
+    parts_.openZip = actionRow_->openZip();
+    parts_.targetModel = actionRow_->targetModel();
+    parts_.targetModelWarning = actionRow_->targetModelWarning();
+    parts_.personalityNotes = actionRow_->personalityNotes();
+    secondaryTexts_.push_back(actionRow_->output());
     secondaryTexts_.push_back(parts_.personalityNotes);
-
-    connect(parts_.generate, &QPushButton::clicked, this, [this] { model_->startCollection(); });
-    connect(parts_.openZip, &QPushButton::clicked, this, [this] { model_->openDesktopZip(); });
-
-    auto* widget = new QWidget;
-    widget->setLayout(area);
-    return widget;
+    return actionRow_;
 }
 
 QWidget* ContentView::makeFooter() {
@@ -364,8 +327,6 @@ void ContentView::refresh() {
     parts_.updateIDs->setEnabled(!isBusy);
     parts_.selectAll->setEnabled(hasControllers && !model.isRunning());
     parts_.deselectAll->setEnabled(hasControllers && !model.isRunning());
-    parts_.generate->setEnabled(!model.isRunning());
-    parts_.openZip->setEnabled(model.lastZipURL().has_value() && !model.isRunning());
     parts_.donate->setEnabled(!model.isRunning());
 
     QStringList notices;
@@ -374,17 +335,7 @@ void ContentView::refresh() {
     }
     setShownText(*parts_.scanNotices, notices.join("\n"));
 
-    parts_.targetModel->refresh();
-    QString warning = targetModelWarning(model.targetMacModel());
-    if (!settingsProblem_.isEmpty()) {
-        warning += (warning.isEmpty() ? "" : "\n") + settingsProblem_;
-    }
-    setShownText(*parts_.targetModelWarning, warning);
-    QStringList notes;
-    for (const auto& note : model.mergePersonalityNotes()) {
-        notes << QString::fromStdString(note);
-    }
-    setShownText(*parts_.personalityNotes, notes.join("\n"));
+    actionRow_->refresh(settingsProblem_);
 
     // Every change of the controller keys opens every section of the new
     // list; a rescan with the same keys leaves the user's choice alone.

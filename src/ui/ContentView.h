@@ -17,6 +17,7 @@ class QStackedWidget;
 
 namespace korvane {
 
+class ActionRow;
 class AnimatedHeaderIcon;
 class ControllerList;
 class OutcomePanel;
@@ -24,9 +25,9 @@ class RoundedPanel;
 class StatusBadge;
 class TargetModelField;
 
-// The window's content: header with the run status, the port editor, the
-// action row and the footer. Every control calls the model and every text
-// reads it; the view itself remembers only which controller sections are
+// The window's content, four bands: the header with the run status, the port
+// editor, the action row (ActionRow) and the footer. Every control calls the
+// model and every text reads it; the view itself remembers only which controller sections are
 // open.
 class ContentView : public QWidget {
   public:
@@ -96,6 +97,7 @@ class ContentView : public QWidget {
     std::vector<QWidget*> dividers_;
     std::vector<QLabel*> secondaryTexts_;
     QLabel* makerLine_ = nullptr;
+    ActionRow* actionRow_ = nullptr;
     RoundedPanel* editorPanel_ = nullptr;
     RoundedPanel* emptyHintPanel_ = nullptr;
     QStackedWidget* listStack_ = nullptr;
