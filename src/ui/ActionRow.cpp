@@ -36,7 +36,8 @@ QLabel* noteLine() {
 ActionRow::ActionRow(std::shared_ptr<CollectorModel> model, QWidget* parent)
     : QWidget(parent), model_(std::move(model)), generate_(new QPushButton("&Generate Korvane.kext")),
       openZip_(new QPushButton("&Open ZIP")), targetModel_(new TargetModelField(model_)),
-      output_(new ElidedLabel), targetModelWarning_(noteLine()), personalityNotes_(noteLine()) {
+      output_(new ElidedLabel), targetModelWarning_(noteLine()), personalityNotes_(noteLine()),
+      generateReason_(noteLine()) {
     auto* area = new QVBoxLayout(this);
     area->setContentsMargins(0, 0, 0, 0);
     area->setSpacing(6);
@@ -67,6 +68,8 @@ ActionRow::ActionRow(std::shared_ptr<CollectorModel> model, QWidget* parent)
     output_->setFont(WindowStyle::font(TextStyle::caption, QFont::Normal, FontDesign::monospaced));
     row->addWidget(output_);
 
+    // Right under the button it explains.
+    area->addWidget(generateReason_);
     area->addWidget(targetModelWarning_);
     area->addWidget(personalityNotes_);
 
@@ -74,9 +77,11 @@ ActionRow::ActionRow(std::shared_ptr<CollectorModel> model, QWidget* parent)
     connect(openZip_, &QPushButton::clicked, this, [this] { model_->openDesktopZip(); });
 }
 
-void ActionRow::refresh(const QString& settingsProblem) {
+void ActionRow::refresh(const QString& settingsProblem, const QString& nothingToWrite) {
     const CollectorModel& model = *model_;
-    generate_->setEnabled(!model.isRunning());
+    generate_->setEnabled(!model.isRunning() && nothingToWrite.isEmpty());
+    setShownText(*generateReason_, nothingToWrite);
+    generate_->setAccessibleDescription(nothingToWrite);
     openZip_->setEnabled(model.lastZipURL().has_value() && !model.isRunning());
 
     targetModel_->refresh();

@@ -23,7 +23,8 @@ class ActionRow : public QWidget {
     explicit ActionRow(std::shared_ptr<CollectorModel> model, QWidget* parent = nullptr);
 
     // Re-reads the model; `settingsProblem` joins the target model's warning.
-    void refresh(const QString& settingsProblem);
+    // A `nothingToWrite` reason disables Generate and stands under it.
+    void refresh(const QString& settingsProblem, const QString& nothingToWrite);
 
     QPushButton* generate() const { return generate_; }
     QPushButton* openZip() const { return openZip_; }
@@ -31,6 +32,7 @@ class ActionRow : public QWidget {
     ElidedLabel* output() const { return output_; }
     QLabel* targetModelWarning() const { return targetModelWarning_; }
     QLabel* personalityNotes() const { return personalityNotes_; }
+    QLabel* generateReason() const { return generateReason_; }
 
   private:
     std::shared_ptr<CollectorModel> model_;
@@ -40,6 +42,7 @@ class ActionRow : public QWidget {
     ElidedLabel* output_;
     QLabel* targetModelWarning_;
     QLabel* personalityNotes_;
+    QLabel* generateReason_;
 };
 
 } // namespace korvane
