@@ -1,5 +1,6 @@
 #include "ui/WheelGuard.h"
 
+#include <QAbstractScrollArea>
 #include <QApplication>
 #include <QEvent>
 #include <QWidget>
@@ -21,9 +22,15 @@ class WheelGuard : public QObject {
         if (focused && (focused == &control_ || control_.isAncestorOf(focused))) {
             return false;
         }
-        // Ignored, not eaten: the application hands it to the parents, up to
-        // the scroll area.
-        event->ignore();
+        // Straight to the scroll area around it: left to propagate, the event
+        // stops at the first parent that takes wheels, and Qt passes on only
+        // some events of a wheel's stream.
+        for (QWidget* parent = control_.parentWidget(); parent; parent = parent->parentWidget()) {
+            if (auto* area = qobject_cast<QAbstractScrollArea*>(parent)) {
+                QCoreApplication::sendEvent(area->viewport(), event);
+                return true;
+            }
+        }
         return true;
     }
 

@@ -20,6 +20,7 @@
 #include <QPushButton>
 #include <QScrollBar>
 #include <QWheelEvent>
+#include <QWindow>
 #include <QtTest/qtestspontaneevent.h>
 #include <fstream>
 #include <gmock/gmock.h>
@@ -377,13 +378,14 @@ TEST_F(ContentViewTest, TheWheelScrollsTheListAndChangesAMenuOnlyWithTheFocus) {
     QApplication::processEvents();
     QScrollBar* scroll = parts().list->verticalScrollBar();
     ASSERT_GT(scroll->maximum(), 0);
-    auto turn = [](QWidget& under) {
-        const QPointF centre = QRectF(under.rect()).center();
-        QWheelEvent wheel(centre, under.mapToGlobal(centre), QPoint(), QPoint(0, -120), Qt::NoButton,
-                          Qt::NoModifier, Qt::NoScrollPhase, false);
-        // As a mouse's: only those go on to the parents when ignored.
+    // As a mouse's wheel arrives: at the window, which hands it to the widget
+    // under the pointer, and on up to the parents while ignored.
+    auto turn = [this](QWidget& under) {
+        const QPointF at = under.mapTo(view.get(), under.rect().center());
+        QWheelEvent wheel(at, view->mapToGlobal(at), QPoint(), QPoint(0, -120), Qt::NoButton, Qt::NoModifier,
+                          Qt::NoScrollPhase, false);
         QSpontaneKeyEvent::setSpontaneous(&wheel);
-        QApplication::sendEvent(&under, &wheel);
+        QApplication::sendEvent(view->windowHandle(), &wheel);
         QApplication::processEvents();
     };
 
