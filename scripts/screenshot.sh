@@ -38,6 +38,7 @@ shoot() {
 }
 shoot 1366x768 1 docs/korvane-generator.png
 shoot 1366x768 1 docs/korvane-generator-dark.png --dark
-shoot 1366x768 1 docs/korvane-generator-map.png --map docs/example-MacBookPro15-2.korvanemap
 shoot 1920x1080 1.5 docs/korvane-generator@1.5x.png
 shoot 1920x1080 2 docs/korvane-generator@2x.png
+# Last: the window remembers the map's target model for the next start.
+shoot 1366x768 1 docs/korvane-generator-map.png --map docs/example-MacBookPro15-2.korvanemap
