@@ -3,8 +3,10 @@
 # window on a virtual X display with a saved machine's registry and saves what
 # it shows once the first scan is in.
 #   scripts/screenshot.sh [REGISTRY_FILE]
-# Writes docs/korvane-generator.png (light), docs/korvane-generator-dark.png,
-# and docs/korvane-generator-map.png with the example map opened.
+# Writes docs/korvane-generator.png (light, on a 1366x768 screen at scale 1),
+# docs/korvane-generator-dark.png, docs/korvane-generator-map.png with the
+# example map opened, and the light window at scale 1.5 and 2 on a 1920x1080
+# screen (docs/korvane-generator@1.5x.png, docs/korvane-generator@2x.png).
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
@@ -19,20 +21,24 @@ cmake --build "$build" --target korvane-generator
 
 mkdir -p docs
 # The window's font and size must not depend on who runs the script.
-export QT_SCALE_FACTOR=1 QT_FONT_DPI=96
+export QT_FONT_DPI=96
 unset QT_QPA_PLATFORM QT_STYLE_OVERRIDE
 home=$(mktemp -d)
 trap 'rm -rf "$home"' EXIT
 # A home of its own: the window's first scan reads no ids copies of the user's.
 export HOME="$home" XDG_CONFIG_HOME="$home/.config" XDG_DATA_HOME="$home/.local/share"
 
+# The window takes the size the screen has room for, as it does for a user.
 shoot() {
-  local output=$1
-  shift
-  xvfb-run --auto-servernum --server-args="-screen 0 1280x900x24" \
+  local screen=$1 scale=$2 output=$3
+  shift 3
+  QT_SCALE_FACTOR=$scale xvfb-run --auto-servernum --server-args="-screen 0 ${screen}x24" \
     "$build/bin/korvane-generator" --registry "$registry" --screenshot "$output" "$@"
   echo "screenshot: $output"
 }
-shoot docs/korvane-generator.png
-shoot docs/korvane-generator-dark.png --dark
-shoot docs/korvane-generator-map.png --map docs/example-MacBookPro15-2.korvanemap
+shoot 1366x768 1 docs/korvane-generator.png
+shoot 1366x768 1 docs/korvane-generator-dark.png --dark
+shoot 1920x1080 1.5 docs/korvane-generator@1.5x.png
+shoot 1920x1080 2 docs/korvane-generator@2x.png
+# Last: the window remembers the map's target model for the next start.
+shoot 1366x768 1 docs/korvane-generator-map.png --map docs/example-MacBookPro15-2.korvanemap

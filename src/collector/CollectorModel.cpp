@@ -19,10 +19,6 @@ namespace fs = std::filesystem;
 
 namespace {
 
-// Any web address with the donate path and its one query key will do; this
-// is the project's own.
-constexpr const char* donateAddress = "https://www.paypal.com/donate/?hosted_button_id=KORVANEGENERATOR";
-
 // A run removes a work folder it finds only when a run of ours left it: one
 // carrying the mark, or an empty one. Anything else there is the user's.
 void removeLeftoverWorkFolder(const fs::path& workFolder) {
@@ -344,8 +340,10 @@ void CollectorModel::openDesktopZip() {
     changed();
 }
 
-void CollectorModel::openPayPalDonate() {
-    environment_.desktop.openURL(donateAddress);
+void CollectorModel::openPayPalDonate(const std::string& address) {
+    if (!address.empty()) {
+        environment_.desktop.openURL(address);
+    }
 }
 
 } // namespace korvane

@@ -149,7 +149,8 @@ class CollectorModel : public std::enable_shared_from_this<CollectorModel> {
     void prepareInitialChecks();
     void startCollection();
     void openDesktopZip();
-    void openPayPalDonate();
+    // The donate page is the build's to give (the window's); none opens nothing.
+    void openPayPalDonate(const std::string& address);
 
     // The target Mac model. The choice is trimmed; empty means not chosen.
     void setTargetModelChoice(const std::string& model);

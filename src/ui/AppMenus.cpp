@@ -37,6 +37,10 @@ QString fromView(std::string_view text) {
     return QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size()));
 }
 
+QString contactAddress() {
+    return QString(KORVANE_CONTACT_ADDRESS);
+}
+
 QWidget* activeWindow() {
     return QApplication::activeWindow();
 }
@@ -46,11 +50,12 @@ QWidget* activeWindow() {
 QString AppMenus::aboutText(const QVariantMap& info) {
     const QString version = infoText(info, "CFBundleShortVersionString", "1.0");
     const QString build = infoText(info, "CFBundleVersion", "1");
-    return QString(
-               "KorvaneGenerator v%1 (%2)\n\n%3\n%4\n\n"
-               "Creates a standalone Korvane.kext package from live IOKit USB controller data. The app only "
-               "generates files on the Desktop and does not install or load kexts.")
-        .arg(version, build, fromView(makerLine), fromView(makerContactAddress));
+    // The contact line only where the build names a real address.
+    const QString contact = contactAddress().isEmpty() ? QString() : "\n" + contactAddress();
+    return QString("KorvaneGenerator v%1 (%2)\n\n%3%4\n\n"
+                   "Creates a standalone Korvane.kext package from live IOKit USB controller data. The app "
+                   "only generates files on the Desktop and does not install or load kexts.")
+        .arg(version, build, fromView(makerLine), contact);
 }
 
 std::unique_ptr<QMessageBox> AppMenus::makeAboutBox(const QVariantMap& info, const QIcon& icon) {
@@ -64,8 +69,10 @@ std::unique_ptr<QMessageBox> AppMenus::makeAboutBox(const QVariantMap& info, con
     box->setInformativeText(aboutText(info));
     // One role for both, so every platform's button order keeps them as
     // written: "Email", then "OK".
-    box->addButton("Email", QMessageBox::AcceptRole);
-    QPushButton* ok = box->addButton("OK", QMessageBox::AcceptRole);
+    if (!contactAddress().isEmpty()) {
+        box->addButton("&Email", QMessageBox::AcceptRole);
+    }
+    QPushButton* ok = box->addButton("&OK", QMessageBox::AcceptRole);
     box->setDefaultButton(ok);
     box->setEscapeButton(ok);
     return box;
@@ -77,16 +84,16 @@ std::unique_ptr<QMessageBox> AppMenus::makeHelpBox() {
     box->setWindowTitle(helpTitle);
     box->setText(helpTitle);
     box->setInformativeText(helpText);
-    box->addButton("OK", QMessageBox::AcceptRole);
+    box->addButton("&OK", QMessageBox::AcceptRole);
     return box;
 }
 
 void AppMenus::answerAbout(const QMessageBox& box, const std::function<void(const QUrl&)>& open) {
     const QAbstractButton* clicked = box.clickedButton();
-    if (!clicked || clicked->text() != "Email") {
+    if (!clicked || clicked->text() != "&Email" || contactAddress().isEmpty()) {
         return;
     }
-    const QUrl address("mailto:" + fromView(makerContactAddress), QUrl::StrictMode);
+    const QUrl address("mailto:" + contactAddress(), QUrl::StrictMode);
     if (address.isValid()) {
         open(address);
     }
@@ -118,7 +125,9 @@ QMenu& AppMenus::install(QMainWindow& window) {
 
     QMenu* help = bar->addMenu("&Help");
     QAction* helpEntry = help->addAction(helpTitle, [] { showHelp(); });
-    helpEntry->setShortcuts({QKeySequence("Ctrl+Shift+?"), QKeySequence(Qt::Key_F1)});
+    // F1 first: the menu shows the first, and F1 is the one every desktop
+    // but macOS knows.
+    helpEntry->setShortcuts({QKeySequence(Qt::Key_F1), QKeySequence("Ctrl+Shift+?")});
     helpEntry->setMenuRole(QAction::NoRole);
     help->addSeparator();
     QAction* about = help->addAction(aboutTitle, [] { showAbout(); });

@@ -24,8 +24,8 @@ class AppMenus {
     static void showHelp();
 
     // Puts the two entries into the window's menu bar: About in the Help menu
-    // (Qt moves it into the application menu on macOS) and Help with
-    // Ctrl+Shift+? (Command-Shift-? on macOS) and F1. Returns the File menu
+    // (Qt moves it into the application menu on macOS) and Help with F1
+    // (shown) and Ctrl+Shift+? (Command-Shift-? on macOS). Returns the File menu
     // it makes first, which on a menu bar of the window's own ends with Quit.
     static QMenu& install(QMainWindow& window);
 
@@ -36,7 +36,8 @@ class AppMenus {
     static std::unique_ptr<QMessageBox> makeAboutBox(const QVariantMap& info, const QIcon& icon);
     static std::unique_ptr<QMessageBox> makeHelpBox();
     // What the About box does with the button that closed it: "Email" opens a
-    // mail to the maker, "OK" nothing.
+    // mail to the maker, "OK" nothing. The box has "Email" and the contact
+    // line only where the build names a contact address.
     static void answerAbout(const QMessageBox& box, const std::function<void(const QUrl&)>& open);
 
     // The running program's version keys, from the build.

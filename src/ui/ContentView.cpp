@@ -2,6 +2,7 @@
 
 #include "package/PackageConstants.h"
 #include "package/SensitiveTextRedaction.h"
+#include "ui/ActionRow.h"
 #include "ui/AnimatedHeaderIcon.h"
 #include "ui/ControllerList.h"
 #include "ui/ElidedLabel.h"
@@ -11,7 +12,6 @@
 #include "ui/StatusBadge.h"
 #include "ui/SymbolIcons.h"
 #include "ui/TargetModelField.h"
-#include "ui/VisibleControlStyle.h"
 #include "ui/WindowStyle.h"
 
 #include <QApplication>
@@ -71,6 +71,55 @@ void setShownText(QLabel& label, const QString& text) {
     label.setVisible(!text.isEmpty());
 }
 
+using Kind = WindowSource::Kind;
+
+constexpr const char* donateAddress = KORVANE_DONATE_URL;
+
+QString subtitleText(const WindowSource& source) {
+    switch (source.kind) {
+    case Kind::liveMac:
+        return "Maps this Mac's USB 3 (xHCI) controllers and ports from its I/O Registry and writes "
+               "Korvane.kext for them.";
+    case Kind::savedRegistry:
+        return QString("Shows the USB 3 (xHCI) controllers and ports of the saved registry %1 and writes "
+                       "Korvane.kext for that machine.")
+            .arg(source.savedName);
+    case Kind::liveLinux:
+        break;
+    }
+    return "Maps this computer's USB 3 (xHCI) controllers and ports, as Linux sees them, and writes "
+           "Korvane.kext for macOS on it.";
+}
+
+QString hintText(const WindowSource& source) {
+    if (source.kind == Kind::savedRegistry) {
+        return "Reset Ports checks the ports with a device in the saved registry; it never changes.";
+    }
+    return "Reset Ports checks the ports with a device; plugging one in checks its port.";
+}
+
+QString emptyText(const WindowSource& source, bool hasScanned) {
+    if (!hasScanned) {
+        return source.kind == Kind::savedRegistry ? "Reading the saved registry..."
+                                                  : "Looking for USB controllers...";
+    }
+    switch (source.kind) {
+    case Kind::liveMac:
+        return "No USB 3 (xHCI) controller was found in this Mac's registry. Reset Ports looks again.";
+    case Kind::savedRegistry:
+        return QString("The saved registry %1 lists no USB 3 (xHCI) controller.").arg(source.savedName);
+    case Kind::liveLinux:
+        break;
+    }
+    return "Linux shows no USB 3 (xHCI) controller on this computer. Reset Ports looks again.";
+}
+
+QString nothingToWriteText(const WindowSource& source) {
+    return source.kind == Kind::savedRegistry
+               ? "Nothing to write: the saved registry lists no USB controller."
+               : "Nothing to write: no USB controller was found.";
+}
+
 } // namespace
 
 ContentView::ContentView(std::shared_ptr<CollectorModel> model, QIcon appIcon, QWidget* parent)
@@ -108,6 +157,15 @@ ContentView::ContentView(std::shared_ptr<CollectorModel> model, QIcon appIcon, Q
     stack->addWidget(divider());
     stack->addWidget(makeFooter());
 
+    confirmReset = [this](const QString& question) {
+        QMessageBox box(QMessageBox::Question, "KorvaneGenerator", question, QMessageBox::NoButton, this);
+        QPushButton* reset = box.addButton("&Reset Ports", QMessageBox::DestructiveRole);
+        QPushButton* cancel = box.addButton("&Cancel", QMessageBox::RejectRole);
+        box.setDefaultButton(cancel);
+        box.exec();
+        return box.clickedButton() == reset;
+    };
+
     applyColours();
     observer_ = model_->observe([this] { refresh(); });
     refresh();
@@ -125,14 +183,11 @@ QWidget* ContentView::makeHeader(QIcon appIcon) {
     auto* titles = new QVBoxLayout;
     titles->setSpacing(4);
     titles->addWidget(textLabel("KorvaneGenerator", WindowStyle::font(TextStyle::title, QFont::Bold)));
-    auto* subtitle =
-        textLabel("Generates Korvane.kext only, using the same dynamic USB controller and port detection "
-                  "logic from the main app.",
-                  WindowStyle::font(TextStyle::caption));
-    subtitle->setWordWrap(true);
-    subtitle->setMaximumHeight(QFontMetrics(subtitle->font()).lineSpacing() * 2 + 2);
-    secondaryTexts_.push_back(subtitle);
-    titles->addWidget(subtitle);
+    subtitle_ = textLabel(subtitleText(source_), WindowStyle::font(TextStyle::caption));
+    subtitle_->setWordWrap(true);
+    subtitle_->setMaximumHeight(QFontMetrics(subtitle_->font()).lineSpacing() * 2 + 2);
+    secondaryTexts_.push_back(subtitle_);
+    titles->addWidget(subtitle_);
     row->addLayout(titles, 1);
     row->addSpacing(8);
 
@@ -166,13 +221,11 @@ QWidget* ContentView::makeEditorPanel() {
         controls->addWidget(button);
     }
     controls->addStretch(1);
-    auto* hint =
-        textLabel("Ports start unchecked; connected devices are checked after Reset Ports or USB hotplug.",
-                  WindowStyle::font(TextStyle::caption));
-    hint->setWordWrap(true);
-    hint->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
-    hint->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
-    controls->addWidget(hint, 1);
+    hint_ = textLabel(hintText(source_), WindowStyle::font(TextStyle::caption));
+    hint_->setWordWrap(true);
+    hint_->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
+    hint_->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
+    controls->addWidget(hint_, 1);
     panel->addLayout(controls);
 
     parts_.scanNotices = textLabel("", WindowStyle::font(TextStyle::caption));
@@ -180,18 +233,21 @@ QWidget* ContentView::makeEditorPanel() {
     parts_.scanNotices->setVisible(false);
     panel->addWidget(parts_.scanNotices);
 
-    connect(parts_.resetPorts, &QPushButton::clicked, this, [this] { model_->scanUSBPorts(); });
+    connect(parts_.resetPorts, &QPushButton::clicked, this, [this] { resetPorts(); });
     connect(parts_.updateIDs, &QPushButton::clicked, this, [this] { model_->updateIDsDatabases(); });
-    connect(parts_.selectAll, &QPushButton::clicked, this, [this] { model_->selectAllPorts(); });
-    connect(parts_.deselectAll, &QPushButton::clicked, this, [this] { model_->deselectAllPorts(); });
+    connect(parts_.selectAll, &QPushButton::clicked, this, [this] {
+        parts_.outcome->dismiss();
+        model_->selectAllPorts();
+    });
+    connect(parts_.deselectAll, &QPushButton::clicked, this, [this] {
+        parts_.outcome->dismiss();
+        model_->deselectAllPorts();
+    });
 
     emptyHintPanel_ = new RoundedPanel(10);
     auto* emptyLayout = new QVBoxLayout(emptyHintPanel_);
     emptyLayout->setContentsMargins(10, 10, 10, 10);
-    parts_.emptyHint =
-        textLabel("Run Reset Ports to list controllers and ports. All ports start unchecked; connected "
-                  "USB devices are checked automatically.",
-                  WindowStyle::font(TextStyle::caption));
+    parts_.emptyHint = textLabel(emptyText(source_, false), WindowStyle::font(TextStyle::caption));
     parts_.emptyHint->setWordWrap(true);
     parts_.emptyHint->setAlignment(Qt::AlignLeft | Qt::AlignTop);
     emptyLayout->addWidget(parts_.emptyHint);
@@ -211,57 +267,24 @@ QWidget* ContentView::makeEditorPanel() {
     panel->addWidget(listStack_, 1);
 
     secondaryTexts_.insert(secondaryTexts_.end(),
-                           {parts_.counter, hint, parts_.scanNotices, parts_.emptyHint});
+                           {parts_.counter, hint_, parts_.scanNotices, parts_.emptyHint});
     return editorPanel_;
 }
 
 QWidget* ContentView::makeActionRow() {
-    auto* area = new QVBoxLayout;
-    area->setContentsMargins(0, 0, 0, 0);
-    area->setSpacing(6);
-    auto* row = rowLayout(12);
-    area->addLayout(row);
-    parts_.generate = new QPushButton("&Generate Korvane.kext");
-    parts_.generate->setFont(WindowStyle::font(TextStyle::generate, QFont::DemiBold));
-    parts_.generate->setMinimumWidth(245);
-    parts_.generate->setMinimumHeight(34);
-    // Not a default button: a window has no Enter action, and the style's
-    // default look would lighten the fill under its white text.
-    parts_.generate->setAutoDefault(false);
-    parts_.generate->setProperty(VisibleControlStyle::prominentProperty, true);
-    parts_.generate->setIconSize(QSize(18, 18));
-    row->addWidget(parts_.generate);
-
-    parts_.openZip = new QPushButton("&Open ZIP");
-    parts_.openZip->setMinimumHeight(34);
-    parts_.openZip->setAutoDefault(false);
-    row->addWidget(parts_.openZip);
-    row->addSpacing(4);
-    parts_.targetModel = new TargetModelField(model_);
-    row->addWidget(parts_.targetModel);
-    row->addStretch(1);
-
-    // The one text of the row that may give way when the window is narrow.
-    auto* output = new ElidedLabel;
-    output->setText("Output: ~/Desktop/Korvane.zip");
-    output->setFont(WindowStyle::font(TextStyle::caption, QFont::Normal, FontDesign::monospaced));
-    secondaryTexts_.push_back(output);
-    row->addWidget(output);
-
-    for (QLabel** label : {&parts_.targetModelWarning, &parts_.personalityNotes}) {
-        *label = textLabel("", WindowStyle::font(TextStyle::caption));
-        (*label)->setWordWrap(true);
-        (*label)->hide();
-        area->addWidget(*label);
-    }
+    actionRow_ = new ActionRow(model_);
+    parts_.generate = actionRow_->generate();
+    parts_.openZip = actionRow_->openZip();
+    parts_.targetModel = actionRow_->targetModel();
+    parts_.targetModelWarning = actionRow_->targetModelWarning();
+    parts_.personalityNotes = actionRow_->personalityNotes();
+    secondaryTexts_.push_back(actionRow_->output());
     secondaryTexts_.push_back(parts_.personalityNotes);
-
-    connect(parts_.generate, &QPushButton::clicked, this, [this] { model_->startCollection(); });
-    connect(parts_.openZip, &QPushButton::clicked, this, [this] { model_->openDesktopZip(); });
-
-    auto* widget = new QWidget;
-    widget->setLayout(area);
-    return widget;
+    secondaryTexts_.push_back(actionRow_->generateReason());
+    // Open ZIP shows an outcome of its own, or none.
+    connect(parts_.openZip, &QPushButton::pressed, this,
+            [this] { parts_.outcome->dismiss(parts_.outcome->openZipProblem()); });
+    return actionRow_;
 }
 
 QWidget* ContentView::makeFooter() {
@@ -276,7 +299,9 @@ QWidget* ContentView::makeFooter() {
     parts_.donate->setIconSize(QSize(12, 12));
     row->addWidget(parts_.donate);
     row->addStretch(1);
-    connect(parts_.donate, &QPushButton::clicked, this, [this] { model_->openPayPalDonate(); });
+    connect(parts_.donate, &QPushButton::clicked, this, [this] { model_->openPayPalDonate(donateAddress); });
+    // Only where the build names a real page.
+    parts_.donate->setVisible(!std::string_view(donateAddress).empty());
     return band(row);
 }
 
@@ -350,9 +375,7 @@ void ContentView::toggleSection(const std::string& controllerKey) {
 
 void ContentView::refresh() {
     const CollectorModel& model = *model_;
-    parts_.badge->setState(model.isRunning()    ? StatusBadge::State::running
-                           : model.lastZipURL() ? StatusBadge::State::completed
-                                                : StatusBadge::State::ready);
+    showBadge();
     parts_.counter->setText(
         QString("%1/%2 selected").arg(model.selectedPortIDs().size()).arg(model.totalPortCount()));
 
@@ -364,8 +387,6 @@ void ContentView::refresh() {
     parts_.updateIDs->setEnabled(!isBusy);
     parts_.selectAll->setEnabled(hasControllers && !model.isRunning());
     parts_.deselectAll->setEnabled(hasControllers && !model.isRunning());
-    parts_.generate->setEnabled(!model.isRunning());
-    parts_.openZip->setEnabled(model.lastZipURL().has_value() && !model.isRunning());
     parts_.donate->setEnabled(!model.isRunning());
 
     QStringList notices;
@@ -374,17 +395,15 @@ void ContentView::refresh() {
     }
     setShownText(*parts_.scanNotices, notices.join("\n"));
 
-    parts_.targetModel->refresh();
-    QString warning = targetModelWarning(model.targetMacModel());
-    if (!settingsProblem_.isEmpty()) {
-        warning += (warning.isEmpty() ? "" : "\n") + settingsProblem_;
+    if (model.isScanningUSB()) {
+        isScanUnderWay_ = true;
+    } else if (isScanUnderWay_) {
+        isScanUnderWay_ = false;
+        hasScanned_ = true;
     }
-    setShownText(*parts_.targetModelWarning, warning);
-    QStringList notes;
-    for (const auto& note : model.mergePersonalityNotes()) {
-        notes << QString::fromStdString(note);
-    }
-    setShownText(*parts_.personalityNotes, notes.join("\n"));
+    const bool canWrite = hasControllers || model.isScanningUSB() || !hasScanned_;
+    actionRow_->refresh(settingsProblem_, canWrite ? QString() : nothingToWriteText(source_));
+    setShownText(*parts_.emptyHint, emptyText(source_, hasScanned_));
 
     // Every change of the controller keys opens every section of the new
     // list; a rescan with the same keys leaves the user's choice alone.
@@ -415,6 +434,61 @@ void ContentView::refresh() {
         QMetaObject::invokeMethod(
             this, [this] { openPortLimitAlert(); }, Qt::QueuedConnection);
     }
+}
+
+void ContentView::showBadge() {
+    const CollectorModel& model = *model_;
+    if (model.isRunning()) {
+        wasRunning_ = true;
+        parts_.badge->setState(StatusBadge::State::running);
+        return;
+    }
+    if (wasRunning_) {
+        wasRunning_ = false;
+        lastRunInput_ = runInput();
+    }
+    // A run's outcome stands for what it was run on; once the selection, a
+    // connector or the model changes, a run would write something else.
+    const bool holds = lastRunInput_ == runInput();
+    parts_.badge->setState(!holds                 ? StatusBadge::State::ready
+                           : model.lastRunError() ? StatusBadge::State::failed
+                           : model.lastZipURL()   ? StatusBadge::State::completed
+                                                  : StatusBadge::State::ready);
+}
+
+ContentView::RunInput ContentView::runInput() const {
+    return {model_->selectedPortIDs(), model_->connectorOverrides(), model_->targetModelChoice()};
+}
+
+void ContentView::resetPorts() {
+    const CollectorModel& model = *model_;
+    const auto& map = model.lastMapOutcome();
+    // Asked once per map or import: after a reset the selection is the scan's.
+    const auto from = std::make_pair(model.mapFileURL(), map ? map->summary : std::string());
+    const bool holdsMapSelection = !model.selectedPortIDs().empty() &&
+                                   (model.mapFileURL() || (map && map->succeeded)) && from != resetFrom_;
+    if (holdsMapSelection && confirmReset &&
+        !confirmReset("Reset Ports checks only the ports with a device now and sets every connector back "
+                      "to the scan's. The ports and connectors of the opened map or imported package are "
+                      "lost from this session.")) {
+        return;
+    }
+    if (holdsMapSelection) {
+        resetFrom_ = from;
+    }
+    parts_.outcome->dismiss();
+    model_->scanUSBPorts();
+}
+
+void ContentView::setSource(WindowSource source) {
+    source_ = std::move(source);
+    subtitle_->setText(subtitleText(source_));
+    hint_->setText(hintText(source_));
+    refresh();
+}
+
+QLabel* ContentView::generateReason() const {
+    return actionRow_->generateReason();
 }
 
 void ContentView::setSettingsProblem(const QString& text) {
@@ -458,7 +532,7 @@ void ContentView::openPortLimitAlert() {
     alert->setWindowTitle(portLimitTitle);
     alert->setText(portLimitTitle);
     alert->setInformativeText(portLimitMessage);
-    alert->addButton("OK", QMessageBox::RejectRole);
+    alert->addButton("&OK", QMessageBox::RejectRole);
     alert->setWindowModality(Qt::WindowModal);
     alert->setAttribute(Qt::WA_DeleteOnClose);
     connect(alert, &QMessageBox::finished, this, [this] { model_->dismissPortLimitWarning(); });

@@ -6,7 +6,10 @@
 #include <QMessageBox>
 #include <QPointer>
 #include <QWidget>
+#include <functional>
+#include <map>
 #include <memory>
+#include <optional>
 #include <set>
 #include <string>
 #include <vector>
@@ -17,6 +20,7 @@ class QStackedWidget;
 
 namespace korvane {
 
+class ActionRow;
 class AnimatedHeaderIcon;
 class ControllerList;
 class OutcomePanel;
@@ -24,10 +28,18 @@ class RoundedPanel;
 class StatusBadge;
 class TargetModelField;
 
-// The window's content: header with the run status, the port editor, the
-// action row and the footer. Every control calls the model and every text
-// reads it; the view itself remembers only which controller sections are
-// open.
+// The window's content, four bands: the header with the run status, the port
+// editor, the action row (ActionRow) and the footer. Every control calls the
+// model and every text reads it; the view itself remembers only which
+// controller sections are open.
+// What the window shows, for the texts that say so: this computer as Linux
+// sees it, this Mac's registry, or a registry saved to a file.
+struct WindowSource {
+    enum class Kind { liveLinux, liveMac, savedRegistry };
+    Kind kind = Kind::liveLinux;
+    QString savedName; // the saved registry's file name
+};
+
 class ContentView : public QWidget {
   public:
     ContentView(std::shared_ptr<CollectorModel> model, QIcon appIcon, QWidget* parent = nullptr);
@@ -64,6 +76,14 @@ class ContentView : public QWidget {
     // A problem with remembering the window's settings, shown with the target
     // model's warning; empty clears it.
     void setSettingsProblem(const QString& text);
+    // Says which source the window shows; live Linux until told.
+    void setSource(WindowSource source);
+    QLabel* subtitle() const { return subtitle_; }
+    QLabel* hint() const { return hint_; }
+    QLabel* generateReason() const;
+    // Asked before Reset Ports throws away the selection of an opened map or
+    // an imported package; true goes on. A message box unless replaced.
+    std::function<bool(const QString&)> confirmReset;
 
   protected:
     void showEvent(QShowEvent* event) override;
@@ -78,6 +98,9 @@ class ContentView : public QWidget {
     void refresh();
     void showControllers();
     void openPortLimitAlert();
+    void resetPorts();
+    void showBadge();
+    void showSourceTexts();
     // Tab follows the reading order; made again when controls come or go.
     void applyReadingOrder();
     // Where the keyboard starts once the first scan is in: the first control,
@@ -90,12 +113,31 @@ class ContentView : public QWidget {
     std::size_t observer_ = 0;
     bool hasAppeared_ = false;
     bool isFirstScanPending_ = false;
+    bool hasScanned_ = false;
+    bool isScanUnderWay_ = false;
+    WindowSource source_;
+    QLabel* subtitle_ = nullptr;
+    QLabel* hint_ = nullptr;
+    // What a run writes from; the badge's outcome holds while it is as the
+    // last run found it.
+    struct RunInput {
+        std::set<std::string> selected;
+        std::map<std::string, std::int64_t> connectors;
+        std::string targetModel;
+        bool operator==(const RunInput&) const = default;
+    };
+    RunInput runInput() const;
+    std::optional<RunInput> lastRunInput_;
+    bool wasRunning_ = false;
+    // The map file and map outcome whose selection a confirmed reset replaced.
+    std::pair<std::optional<std::filesystem::path>, std::string> resetFrom_;
     std::vector<QWidget*> tabOrder_;
 
     Parts parts_{};
     std::vector<QWidget*> dividers_;
     std::vector<QLabel*> secondaryTexts_;
     QLabel* makerLine_ = nullptr;
+    ActionRow* actionRow_ = nullptr;
     RoundedPanel* editorPanel_ = nullptr;
     RoundedPanel* emptyHintPanel_ = nullptr;
     QStackedWidget* listStack_ = nullptr;

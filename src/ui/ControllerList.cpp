@@ -10,6 +10,8 @@ ControllerList::ControllerList(std::shared_ptr<CollectorModel> model, QWidget* p
     : QScrollArea(parent), model_(std::move(model)), content_(new QWidget),
       stack_(new QVBoxLayout(content_)) {
     setFrameShape(QFrame::NoFrame);
+    // A section's header and a row stay in sight however small the window.
+    setMinimumHeight(88);
     // The rows take the focus; the list scrolls to show the one that has it.
     setFocusPolicy(Qt::NoFocus);
     setWidgetResizable(true);

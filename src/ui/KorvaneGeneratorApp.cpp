@@ -12,9 +12,21 @@
 #include <QApplication>
 #include <QMainWindow>
 #include <QMenuBar>
+#include <QScreen>
 #include <QTimer>
+#include <algorithm>
 
 namespace korvane {
+
+namespace {
+
+#ifdef Q_OS_MACOS
+constexpr bool isMacOS = true;
+#else
+constexpr bool isMacOS = false;
+#endif
+
+} // namespace
 
 KorvaneGeneratorApp::KorvaneGeneratorApp(const AppOptions& options)
     : desktop_(makeSystemDesktopServices()), window_(std::make_unique<QMainWindow>()),
@@ -38,7 +50,20 @@ KorvaneGeneratorApp::KorvaneGeneratorApp(const AppOptions& options)
     content_->setMinimumSize(minimumWidth, minimumHeight);
     const int menuHeight =
         window_->menuBar()->isNativeMenuBar() ? 0 : window_->menuBar()->sizeHint().height();
-    window_->resize(idealWidth, idealHeight + menuHeight);
+    window_->resize(firstSize(window_->screen()->availableGeometry().size(), menuHeight));
+    content_->setSource(
+        options.registryFile
+            ? WindowSource{WindowSource::Kind::savedRegistry,
+                           QString::fromStdString(options.registryFile->filename().string())}
+            : WindowSource{isMacOS ? WindowSource::Kind::liveMac : WindowSource::Kind::liveLinux, {}});
+}
+
+QSize KorvaneGeneratorApp::firstSize(const QSize& available, int menuHeight) {
+    // The title bar and the frame aren't known before the window shows.
+    constexpr int frameAllowance = 40;
+    return {std::clamp(available.width(), minimumWidth, idealWidth),
+            std::clamp(available.height() - frameAllowance, minimumHeight + menuHeight,
+                       idealHeight + menuHeight)};
 }
 
 KorvaneGeneratorApp::~KorvaneGeneratorApp() {

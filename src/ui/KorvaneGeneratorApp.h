@@ -37,6 +37,9 @@ struct AppOptions {
 class KorvaneGeneratorApp {
   public:
     explicit KorvaneGeneratorApp(const AppOptions& options);
+
+    // The window's first size: the ideal one, or what the screen has room for.
+    static QSize firstSize(const QSize& available, int menuHeight);
     ~KorvaneGeneratorApp();
 
     KorvaneGeneratorApp(const KorvaneGeneratorApp&) = delete;
@@ -49,8 +52,10 @@ class KorvaneGeneratorApp {
     ContentView& content() const { return *content_; }
     MapFileActions& mapFiles() const { return *mapFiles_; }
 
+    // Small enough for a 1366x768 screen and for a 1920x1080 one at scale 2
+    // (960x540 points, less the desktop's bar and the title bar).
     static constexpr int minimumWidth = 760;
-    static constexpr int minimumHeight = 520;
+    static constexpr int minimumHeight = 440;
     static constexpr int idealWidth = 900;
     static constexpr int idealHeight = 680;
 

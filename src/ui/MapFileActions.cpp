@@ -11,6 +11,7 @@
 #include <QMainWindow>
 #include <QMenu>
 #include <QMessageBox>
+#include <QPushButton>
 
 namespace korvane {
 
@@ -29,6 +30,9 @@ MapFileActions::Answer askWithBox(QWidget* parent, const QString& question) {
                     QMessageBox::Save | QMessageBox::Discard | QMessageBox::Cancel, parent);
     box.setInformativeText("Checked ports, connectors, nicknames and the devices seen are lost otherwise.");
     box.setDefaultButton(QMessageBox::Save);
+    box.button(QMessageBox::Save)->setText("&Save");
+    box.button(QMessageBox::Discard)->setText("&Discard");
+    box.button(QMessageBox::Cancel)->setText("&Cancel");
     switch (box.exec()) {
     case QMessageBox::Save:
         return MapFileActions::Answer::save;
@@ -56,6 +60,7 @@ MapFileActions::MapFileActions(QMainWindow& window, ContentView& content, std::f
         QMessageBox box(outcome.succeeded ? QMessageBox::Information : QMessageBox::Warning,
                         "KorvaneGenerator", QString::fromStdString(outcome.summary), QMessageBox::Ok,
                         &window_);
+        box.button(QMessageBox::Ok)->setText("&OK");
         QStringList lines;
         for (const auto& line : outcome.details) {
             lines << QString::fromStdString(line);

@@ -16,7 +16,10 @@ namespace korvane {
 
 namespace {
 
-constexpr int logHeight = 160;
+// The log's lines: as many as it gets up to the first, never fewer than the
+// second, so that the port list above it keeps its rows on a small screen.
+constexpr int logLines = 9;
+constexpr int logMinimumLines = 3;
 
 QLabel* outcomeLine() {
     auto* label = new QLabel;
@@ -28,12 +31,12 @@ QLabel* outcomeLine() {
     return label;
 }
 
-void showLine(QLabel& label, const std::optional<std::string>& text) {
+void showLine(QLabel& label, const std::optional<std::string>& text, bool isCurrent) {
     const QString shown = text ? QString::fromStdString(*text) : QString();
     if (label.text() != shown) {
         label.setText(shown);
     }
-    label.setVisible(text.has_value());
+    label.setVisible(isCurrent && text.has_value());
 }
 
 } // namespace
@@ -58,6 +61,11 @@ OutcomePanel::OutcomePanel(QWidget* parent)
     logToggle_->setCheckable(true);
     logToggle_->setAutoDefault(false);
     logToggle_->setToolTip("Show the log of this session");
+    // Beside the toggle, not under the log: the log's height is the list's.
+    copyLog_->setAutoDefault(false);
+    copyLog_->setToolTip("Copy the log, with serial numbers and similar identifiers masked as in the ZIP");
+    copyLog_->hide();
+    row->addWidget(copyLog_, 0, Qt::AlignTop);
     row->addWidget(logToggle_, 0, Qt::AlignTop);
     stack->addLayout(row);
 
@@ -68,15 +76,13 @@ OutcomePanel::OutcomePanel(QWidget* parent)
     log_->setFont(WindowStyle::font(TextStyle::caption, QFont::Normal, FontDesign::monospaced));
     log_->setLineWrapMode(QPlainTextEdit::NoWrap);
     log_->setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
-    log_->setFixedHeight(logHeight);
+    const int lineHeight = QFontMetrics(log_->font()).lineSpacing();
+    const int frame = 2 * log_->frameWidth() + 8;
+    log_->setMinimumHeight(logMinimumLines * lineHeight + frame);
+    log_->setMaximumHeight(logLines * lineHeight + frame);
+    log_->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Preferred);
     log_->setAccessibleName("Log");
     logLayout->addWidget(log_);
-    auto* copyRow = new QHBoxLayout;
-    copyRow->addStretch(1);
-    copyLog_->setAutoDefault(false);
-    copyLog_->setToolTip("Copy the log, with serial numbers and similar identifiers masked as in the ZIP");
-    copyRow->addWidget(copyLog_);
-    logLayout->addLayout(copyRow);
     logArea_->hide();
     stack->addWidget(logArea_);
 
@@ -95,13 +101,33 @@ bool OutcomePanel::isLogOpen() const {
 
 void OutcomePanel::showModel(const CollectorModel& model) {
     model_ = &model;
-    showLine(*runError_, model.lastRunError());
-    showLine(*idsUpdateResult_, model.lastIDsUpdateResult());
-    showLine(*openZipProblem_, model.openZipProblem());
+    // A run or an ids update that starts is a new action, whoever started it.
+    if ((model.isRunning() && !wasRunning_) || (model.isUpdatingIDs() && !wasUpdatingIDs_)) {
+        current_ = nullptr;
+    }
+    wasRunning_ = model.isRunning();
+    wasUpdatingIDs_ = model.isUpdatingIDs();
+
+    const auto& map = model.lastMapOutcome();
+    const std::pair<QLabel*, std::optional<std::string>> lines[] = {
+        {runError_, model.lastRunError()},
+        {idsUpdateResult_, model.lastIDsUpdateResult()},
+        {openZipProblem_, model.openZipProblem()},
+        {mapOutcome_, map ? std::optional<std::string>(map->summary) : std::nullopt}};
+    for (const auto& [line, text] : lines) {
+        auto& seen = lastSeen_[line];
+        if (text != seen) {
+            if (text) {
+                current_ = line;
+            }
+            seen = text;
+        }
+    }
+    for (const auto& [line, text] : lines) {
+        showLine(*line, text, line == current_);
+    }
     // The result line reads as a failure only when a download failed.
     const bool hasFailedUpdate = model.hasFailedIDsUpdate();
-    const auto& map = model.lastMapOutcome();
-    showLine(*mapOutcome_, map ? std::optional<std::string>(map->summary) : std::nullopt);
     const bool hasRefusedMap = map && !map->succeeded;
     if (hasFailedUpdate != showsFailedUpdate_ || hasRefusedMap != showsRefusedMap_) {
         showsFailedUpdate_ = hasFailedUpdate;
@@ -111,8 +137,19 @@ void OutcomePanel::showModel(const CollectorModel& model) {
     appendNewLog();
 }
 
+void OutcomePanel::dismiss(QLabel* ownLine) {
+    current_ = nullptr;
+    if (ownLine) {
+        lastSeen_[ownLine].reset();
+    }
+    for (QLabel* line : {runError_, idsUpdateResult_, openZipProblem_, mapOutcome_}) {
+        line->hide();
+    }
+}
+
 void OutcomePanel::setLogOpen(bool isOpen) {
     logArea_->setVisible(isOpen);
+    copyLog_->setVisible(isOpen);
     logToggle_->setToolTip(isOpen ? "Hide the log" : "Show the log of this session");
     applyColours();
     appendNewLog();

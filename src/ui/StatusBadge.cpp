@@ -13,6 +13,7 @@ class StatusBadge::Dot : public QWidget {
   public:
     explicit Dot(QWidget* parent) : QWidget(parent) { setFixedSize(10, 10); }
 
+    QColor color() const { return color_; }
     void setColor(const QColor& color) {
         color_ = color;
         update();
@@ -56,12 +57,19 @@ void StatusBadge::setState(State state) {
     case State::ready:
         label_->setText("Ready");
         break;
+    case State::failed:
+        label_->setText("Failed");
+        break;
     }
     applyColours();
 }
 
 QString StatusBadge::text() const {
     return label_->text();
+}
+
+QColor StatusBadge::dotColor() const {
+    return dot_->color();
 }
 
 void StatusBadge::applyColours() {
@@ -78,6 +86,13 @@ void StatusBadge::applyColours() {
     case State::ready:
         dot_->setColor(style.secondary());
         break;
+    case State::failed:
+        dot_->setColor(style.errorText());
+        break;
+    }
+    label_->setPalette(palette());
+    if (state_ == State::failed) {
+        WindowStyle::setTextColor(*label_, style.errorText());
     }
 }
 

@@ -1,6 +1,7 @@
 #include "ui/TargetModelField.h"
 
 #include "records/MacModel.h"
+#include "ui/WheelGuard.h"
 #include "ui/WindowStyle.h"
 
 #include <QComboBox>
@@ -66,6 +67,7 @@ TargetModelField::TargetModelField(std::shared_ptr<CollectorModel> model, QWidge
     menu_->setAccessibleName("Target Mac model");
     menu_->setMinimumWidth(170);
     menu_->setMinimumHeight(26);
+    guardWheel(*menu_);
     for (const char* name : commonMacModels) {
         menu_->addItem(name);
     }

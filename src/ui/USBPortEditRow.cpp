@@ -2,6 +2,7 @@
 
 #include "records/Connector.h"
 #include "ui/ElidedLabel.h"
+#include "ui/WheelGuard.h"
 #include "ui/WindowStyle.h"
 
 #include <QCheckBox>
@@ -14,6 +15,7 @@
 #include <QMenu>
 #include <QPushButton>
 #include <QToolButton>
+#include <QVBoxLayout>
 
 namespace korvane {
 
@@ -35,12 +37,22 @@ USBPortEditRow::USBPortEditRow(std::shared_ptr<CollectorModel> model, USBControl
       sameType_(companionMenu_->addAction("Same type for its companion")), source_(new QLabel(this)),
       offer_(new QPushButton(this)), nickname_(new QLineEdit(this)), device_(new ElidedLabel(this)),
       place_(new ElidedLabel(this)) {
-    auto* layout = new QHBoxLayout(this);
-    layout->setContentsMargins(0, 0, 0, 0);
+    // Two lines, so that every text keeps room at the window's narrowest:
+    // the port, its connector and its device above; the socket's nickname,
+    // where it is and the companion offer below, under the port's name.
+    auto* lines = new QVBoxLayout(this);
+    lines->setContentsMargins(0, 0, 0, 0);
+    lines->setSpacing(3);
+    auto* layout = new QHBoxLayout;
     layout->setSpacing(10);
+    lines->addLayout(layout);
+    auto* second = new QHBoxLayout;
+    second->setSpacing(10);
+    lines->addLayout(second);
 
     checkbox_->setAccessibleName("Selected");
     layout->addWidget(checkbox_);
+    second->addSpacing(checkbox_->sizeHint().width() + layout->spacing());
 
     name_->setFont(WindowStyle::font(TextStyle::caption, QFont::DemiBold, FontDesign::monospaced));
     WindowStyle::setTextColor(*name_, WindowStyle::white());
@@ -74,6 +86,7 @@ USBPortEditRow::USBPortEditRow(std::shared_ptr<CollectorModel> model, USBControl
 
     connectorMenu_->setAccessibleName("Connector");
     connectorMenu_->setFixedWidth(130);
+    guardWheel(*connectorMenu_);
     for (std::int64_t code : connectorMenuCodes) {
         connectorMenu_->addItem(QString::fromUtf8(connectorMenuLabel(code).value_or("").data()),
                                 QVariant::fromValue<qlonglong>(code));
@@ -86,24 +99,26 @@ USBPortEditRow::USBPortEditRow(std::shared_ptr<CollectorModel> model, USBControl
     source_->setFixedWidth(widthFor(*source_, 52, "firmware"));
     layout->addWidget(source_);
 
+    // The device takes what the line leaves, and gives way last.
+    device_->setFont(WindowStyle::font(TextStyle::caption2));
+    layout->addWidget(device_, 1);
+
     nickname_->setAccessibleName("Nickname");
     nickname_->setPlaceholderText("Name this socket");
     nickname_->setFont(WindowStyle::font(TextStyle::caption2));
-    nickname_->setFixedWidth(130);
-    layout->addWidget(nickname_);
+    nickname_->setFixedWidth(name_->width() + layout->spacing() + number_->width());
+    second->addWidget(nickname_);
     styleFields();
+
+    place_->setFont(WindowStyle::font(TextStyle::caption2));
+    WindowStyle::setTextColor(*place_, WindowStyle::white(WindowStyle::noDeviceOpacity));
+    second->addWidget(place_);
 
     offer_->setFont(WindowStyle::font(TextStyle::caption2, QFont::DemiBold));
     offer_->setAutoDefault(false);
     offer_->hide();
-    layout->addWidget(offer_);
-
-    device_->setFont(WindowStyle::font(TextStyle::caption2));
-    layout->addWidget(device_);
-    place_->setFont(WindowStyle::font(TextStyle::caption2));
-    WindowStyle::setTextColor(*place_, WindowStyle::white(WindowStyle::noDeviceOpacity));
-    layout->addWidget(place_);
-    layout->addStretch(1);
+    second->addWidget(offer_);
+    second->addStretch(1);
 
     // clicked and activated come from the user only, so refreshing the row
     // from the model never writes back into it. The row shows the model's

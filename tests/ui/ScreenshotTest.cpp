@@ -4,6 +4,7 @@
 // pictures are left in the working folder for a look.
 
 #include "ViewFixture.h"
+#include "WindowFit.h"
 #include "ui/ContentView.h"
 #include "ui/Contrast.h"
 #include "ui/ControllerList.h"
@@ -134,6 +135,12 @@ TEST_P(ScreenshotTest, IconsTextAndBordersHoldAtScaleTwo) {
         EXPECT_GE(widget->font().pointSizeF(), WindowStyle::minimumPointSize)
             << widget->metaObject()->className() << " " << widget->objectName().toStdString();
     }
+}
+
+// A 1920x1080 screen at scale 2 has 960x540 points.
+TEST_P(ScreenshotTest, TheWindowFitsA1920x1080ScreenAtScaleTwo) {
+    view.reset();
+    expectWindowFitsScreen(model, {960, 540});
 }
 
 INSTANTIATE_TEST_SUITE_P(Palettes, ScreenshotTest, testing::Bool(),

@@ -24,5 +24,6 @@ for size in 48 128 256; do
 done
 grep -q "<launchable type=\"desktop-id\">$id.desktop</launchable>" "$metainfo" || fail "metainfo names another launcher"
 grep -q "<id>$id</id>" "$metainfo" || fail "metainfo has another id"
+! grep -qiE "example\.(org|com)" "$metainfo" || fail "metainfo carries a made-up address"
 [ -f "$prefix/share/korvane-generator/AppIcon.svg" ] || fail "the window's own icon file is missing"
 echo "desktop integration OK"

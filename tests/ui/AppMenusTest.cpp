@@ -1,0 +1,45 @@
+#include "ui/AppMenus.h"
+
+#include <QAction>
+#include <QMainWindow>
+#include <QMenu>
+#include <QMenuBar>
+#include <QMessageBox>
+#include <QPushButton>
+#include <gmock/gmock.h>
+
+namespace korvane {
+namespace {
+
+// The Help entry shows F1, the key desktops other than macOS use; every
+// button of the two boxes has a mnemonic; and a build that names no contact
+// address shows none and offers no Email.
+TEST(AppMenusTest, HelpShowsF1AndTheBoxesCarryNoMadeUpAddress) {
+    QMainWindow window;
+    AppMenus::install(window);
+    QAction* help = nullptr;
+    for (QAction* menu : window.menuBar()->actions()) {
+        for (QAction* entry : menu->menu()->actions()) {
+            if (entry->text() == "KorvaneGenerator Help") {
+                help = entry;
+            }
+        }
+    }
+    ASSERT_NE(help, nullptr);
+    EXPECT_EQ(help->shortcut(), QKeySequence(Qt::Key_F1)) << "the one a menu shows";
+
+    const auto about = AppMenus::makeAboutBox(AppMenus::applicationInfo(), QIcon());
+    const auto helpBox = AppMenus::makeHelpBox();
+    for (const QMessageBox* box : {about.get(), helpBox.get()}) {
+        for (const QAbstractButton* button : box->buttons()) {
+            EXPECT_TRUE(button->text().contains('&')) << button->text().toStdString();
+        }
+    }
+    ASSERT_EQ(about->buttons().size(), 1);
+    EXPECT_EQ(about->buttons()[0]->text(), "&OK");
+    EXPECT_THAT(about->informativeText().toStdString(), testing::Not(testing::HasSubstr("@")));
+    EXPECT_THAT(about->informativeText().toStdString(), testing::Not(testing::HasSubstr("example")));
+}
+
+} // namespace
+} // namespace korvane
