@@ -13,21 +13,18 @@ RunLoopScheduler::~RunLoopScheduler() {
 }
 
 void RunLoopScheduler::postToMain(Task task) {
-    {
-        std::lock_guard lock(mutex_);
-        main_.push_back(std::move(task));
-    }
-    wake_.notify_all();
+    queue_.post(std::move(task));
 }
 
 std::shared_ptr<CancellableWork> RunLoopScheduler::postToMainAfter(Seconds delay, Task task) {
     auto work = std::make_shared<CancellableWork>();
     {
-        std::lock_guard lock(mutex_);
+        std::lock_guard lock(timersMutex_);
         timers_.push_back({Clock::now() + std::chrono::duration_cast<Clock::duration>(delay), nextOrder_++,
                            work, std::move(task)});
     }
-    wake_.notify_all();
+    // A timer due before the loop's current wait ends must cut it short.
+    queue_.notify();
     return work;
 }
 
@@ -47,76 +44,61 @@ void RunLoopScheduler::joinFinishedWorkers() {
 void RunLoopScheduler::runInBackground(Priority, Task task) {
     // Only the main thread starts background work, so workers_ needs no lock.
     joinFinishedWorkers();
-    {
-        std::lock_guard lock(mutex_);
-        ++activeBackground_;
-    }
+    queue_.backgroundStarted();
     auto finished = std::make_shared<std::atomic<bool>>(false);
     workers_.push_back({std::thread([this, task = std::move(task), finished] {
                             task();
-                            {
-                                std::lock_guard lock(mutex_);
-                                --activeBackground_;
-                            }
                             *finished = true;
-                            wake_.notify_all();
+                            queue_.backgroundFinished();
                         }),
                         finished});
 }
 
+bool RunLoopScheduler::runDueTimer() {
+    std::unique_lock lock(timersMutex_);
+    auto firstDue = std::min_element(timers_.begin(), timers_.end(), [](const Timer& a, const Timer& b) {
+        return a.due != b.due ? a.due < b.due : a.order < b.order;
+    });
+    if (firstDue == timers_.end() || firstDue->due > Clock::now()) {
+        return false;
+    }
+    Timer timer = std::move(*firstDue);
+    timers_.erase(firstDue);
+    lock.unlock();
+    if (!timer.work->isCancelled()) {
+        timer.task();
+    }
+    return true;
+}
+
+std::optional<RunLoopScheduler::Clock::time_point> RunLoopScheduler::nextDue() {
+    std::lock_guard lock(timersMutex_);
+    if (timers_.empty()) {
+        return std::nullopt;
+    }
+    return std::min_element(timers_.begin(), timers_.end(),
+                            [](const Timer& a, const Timer& b) { return a.due < b.due; })
+        ->due;
+}
+
 void RunLoopScheduler::runUntil(const std::function<bool()>& isDone) {
-    std::unique_lock lock(mutex_);
     quit_ = false;
     for (;;) {
-        auto firstDue = std::min_element(timers_.begin(), timers_.end(), [](const Timer& a, const Timer& b) {
-            return a.due != b.due ? a.due < b.due : a.order < b.order;
-        });
-        if (firstDue != timers_.end() && firstDue->due <= Clock::now()) {
-            Timer timer = std::move(*firstDue);
-            timers_.erase(firstDue);
-            lock.unlock();
-            if (!timer.work->isCancelled()) {
-                timer.task();
-            }
-            lock.lock();
+        const std::uint64_t seen = queue_.events();
+        if (runDueTimer() || queue_.runQueued()) {
             continue;
         }
-        if (!main_.empty()) {
-            Task task = std::move(main_.front());
-            main_.pop_front();
-            lock.unlock();
-            task();
-            lock.lock();
-            continue;
-        }
-        if (quit_ && activeBackground_ == 0) {
+        if (queue_.activeBackground() == 0 && (quit_ || isDone()) && queue_.isEmpty() &&
+            queue_.activeBackground() == 0) {
             return;
         }
-        if (activeBackground_ == 0) {
-            lock.unlock();
-            const bool done = isDone();
-            lock.lock();
-            if (done && activeBackground_ == 0 && main_.empty()) {
-                return;
-            }
-            if (!main_.empty() || activeBackground_ > 0) {
-                continue;
-            }
-        }
-        if (firstDue != timers_.end()) {
-            wake_.wait_until(lock, firstDue->due);
-        } else {
-            wake_.wait(lock);
-        }
+        queue_.waitForEvent(seen, nextDue());
     }
 }
 
 void RunLoopScheduler::quit() {
-    {
-        std::lock_guard lock(mutex_);
-        quit_ = true;
-    }
-    wake_.notify_all();
+    quit_ = true;
+    queue_.notify();
 }
 
 } // namespace korvane

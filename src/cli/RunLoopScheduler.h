@@ -1,13 +1,13 @@
 #pragma once
 
+#include "collector/MainQueue.h"
 #include "collector/Scheduler.h"
 
 #include <atomic>
-#include <condition_variable>
-#include <deque>
 #include <functional>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <thread>
 #include <vector>
 
@@ -34,7 +34,7 @@ class RunLoopScheduler final : public Scheduler {
     void quit();
 
   private:
-    using Clock = std::chrono::steady_clock;
+    using Clock = MainQueue::Clock;
     struct Timer {
         Clock::time_point due;
         std::uint64_t order;
@@ -48,15 +48,16 @@ class RunLoopScheduler final : public Scheduler {
 
     bool isMainThread() const { return std::this_thread::get_id() == mainThread_; }
     void joinFinishedWorkers();
+    // Runs the first timer that is due; false when none is.
+    bool runDueTimer();
+    std::optional<Clock::time_point> nextDue();
 
     const std::thread::id mainThread_;
-    std::mutex mutex_;
-    std::condition_variable wake_;
-    std::deque<Task> main_;
+    MainQueue queue_;
+    std::mutex timersMutex_;
     std::vector<Timer> timers_;
     std::uint64_t nextOrder_ = 0;
-    std::size_t activeBackground_ = 0;
-    bool quit_ = false;
+    std::atomic<bool> quit_ = false;
     std::vector<Worker> workers_;
 };
 

@@ -120,7 +120,7 @@ void DumpLines::index() {
         }
         open.emplace(depth, marks_.size());
         markedLines_.push_back(i);
-        marks_.push_back(Mark{depth, lines_.size(), isNode});
+        marks_.push_back(Mark{depth, lines_.size()});
     }
 }
 
@@ -140,11 +140,6 @@ std::size_t DumpLines::firstMarkedAtOrAfter(std::size_t index) const {
 std::int64_t DumpLines::depth(std::size_t index) const {
     const Mark* found = mark(index);
     return found ? found->depth : deepest;
-}
-
-bool DumpLines::isNodeLine(std::size_t index) const {
-    const Mark* found = mark(index);
-    return found && found->isNode;
 }
 
 std::size_t DumpLines::blockEnd(std::size_t index) const {

@@ -43,7 +43,6 @@ class DumpLines {
     std::string_view line(std::size_t index) const { return lines_[index]; }
 
     std::int64_t depth(std::size_t index) const;
-    bool isNodeLine(std::size_t index) const;
 
     // One past the last line of the block that starts at `index`.
     std::size_t blockEnd(std::size_t index) const;
@@ -64,7 +63,6 @@ class DumpLines {
     struct Mark {
         std::int64_t depth;
         std::size_t blockEnd;
-        bool isNode;
     };
 
     void index();

@@ -78,22 +78,6 @@ void ControllerSectionHeader::showController(const USBControllerMap& controller,
     setAccessibleName(name_->text());
 }
 
-QString ControllerSectionHeader::nameText() const {
-    return name_->text();
-}
-QString ControllerSectionHeader::identityText() const {
-    return identity_->text();
-}
-QString ControllerSectionHeader::databaseNameText() const {
-    return databaseName_->text();
-}
-bool ControllerSectionHeader::showsDatabaseName() const {
-    return !databaseName_->isHidden();
-}
-QString ControllerSectionHeader::portCountText() const {
-    return portCount_->text();
-}
-
 QSize ControllerSectionHeader::sizeHint() const {
     return layout()->sizeHint();
 }

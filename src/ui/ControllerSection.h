@@ -23,12 +23,6 @@ class ControllerSectionHeader : public QAbstractButton {
 
     void showController(const USBControllerMap& controller, bool isOpen);
 
-    QString nameText() const;
-    QString identityText() const;
-    QString databaseNameText() const;
-    bool showsDatabaseName() const;
-    QString portCountText() const;
-
     QSize sizeHint() const override;
 
   protected:

@@ -1,12 +1,9 @@
 #pragma once
 
+#include "collector/MainQueue.h"
 #include "collector/Scheduler.h"
 
 #include <QObject>
-#include <QPointer>
-#include <condition_variable>
-#include <deque>
-#include <mutex>
 #include <vector>
 
 class QThread;
@@ -16,11 +13,11 @@ namespace korvane {
 // The model's scheduler on Qt's event loop: the thread that makes it is the
 // main thread, and main-thread tasks run from that thread's event loop.
 //
-// Main-thread tasks wait in a queue of our own rather than as queued Qt calls,
-// so the destructor can keep serving background tasks that hop to the main
-// thread (a scan or run still going when the window closes) until they end:
-// it returns only after every background task has finished. Timers die with
-// the scheduler and never fire after it.
+// Main-thread tasks wait in the shared MainQueue rather than as queued Qt
+// calls, so the destructor can keep serving background tasks that hop to the
+// main thread (a scan or run still going when the window closes) until they
+// end: it returns only after every background task has finished. Timers die
+// with the scheduler and never fire after it.
 class QtScheduler final : public Scheduler {
   public:
     QtScheduler();
@@ -34,21 +31,12 @@ class QtScheduler final : public Scheduler {
     void runOnMainAndWait(Task task) override;
     void runInBackground(Priority priority, Task task) override;
 
-    // Background tasks started and not yet finished.
-    std::size_t activeBackgroundTasks() const;
-
   private:
     bool isMainThread() const;
-    void wakeMain();
-    void drainMain();
     void reapFinishedThreads();
 
     QObject context_; // lives on the main thread; owns the timers and the wake-ups
-    mutable std::mutex mutex_;
-    std::condition_variable wake_;
-    std::deque<Task> main_;
-    bool isWakeQueued_ = false;
-    std::size_t activeBackground_ = 0;
+    MainQueue queue_;
     std::vector<QThread*> threads_; // touched on the main thread only
 };
 

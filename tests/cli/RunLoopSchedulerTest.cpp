@@ -7,7 +7,13 @@ namespace {
 
 struct RunLoopDriver {
     RunLoopScheduler scheduler;
-    void runUntil(const std::function<bool()>& isDone) { scheduler.runUntil(isDone); }
+    // Turns the loop until `isDone` holds, five seconds at most.
+    void runUntil(const std::function<bool()>& isDone) {
+        const auto bound = scheduler.postToMainAfter(Scheduler::Seconds(5), [this] { scheduler.quit(); });
+        scheduler.runUntil(isDone);
+        bound->cancel();
+        EXPECT_TRUE(isDone()) << "still waiting after five seconds";
+    }
 };
 
 INSTANTIATE_TYPED_TEST_SUITE_P(RunLoop, SchedulerContract, RunLoopDriver);

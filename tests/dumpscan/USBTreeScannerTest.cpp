@@ -58,7 +58,7 @@ TEST_F(USBTreeScannerTest, TheCorpusGivesOnlyThePCIControllersOutsideBridges) {
     // Real dumps hold the IDs on the PCI node, never on the driver node: only
     // the PCI pass finds controllers, without ports, and only those outside
     // bridges (tests/data/dumpscan/README.md has the working).
-    BundledIDsHome bundled;
+    CorpusIDsHome bundled;
     std::string text;
     for (const char* dump : {"MacBookPro15-2/IOReg.txt", "MacPro6-1/IOReg.txt", "Macmini7-1/IOReg.txt",
                              "hackintosh-CML/ioreg_ioservice.txt", "hackintosh-CML/ioreg_IOUSB-plane.txt",

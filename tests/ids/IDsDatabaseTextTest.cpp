@@ -1,8 +1,13 @@
 #include "ids/IDsDatabaseText.h"
 
+#include "records/FileIO.h"
+#include "records/Text.h"
+#include "support/BuildTree.h"
 #include "support/TestData.h"
 
 #include <gtest/gtest.h>
+#include <map>
+#include <sstream>
 
 namespace korvane {
 namespace {
@@ -25,6 +30,55 @@ TEST(IDsDatabaseText, OversizedTextIsNoDatabase) {
     text.resize(IDsDatabaseText::maximumTextBytes + 1, '\n');
     EXPECT_EQ(IDsDatabaseText(text).name(0x1B21, 0x1142), "");
 }
+
+// Each pair a real database lists, with the name its lines spell, read by a
+// walk of its own that knows only the databases' plain layout: the vendor
+// line's text, then that of the first tab line of the vendor's block that
+// starts with the device's digits (a subsystem line can come first).
+std::map<std::pair<std::int64_t, std::int64_t>, std::string> listedNames(const std::string& text) {
+    std::map<std::pair<std::int64_t, std::int64_t>, std::string> names;
+    std::int64_t vendor = -1;
+    std::string vendorName;
+    std::istringstream lines(text);
+    for (std::string line; std::getline(lines, line);) {
+        const bool isTabbed = line.starts_with("\t");
+        const std::string field = trimmed(line).substr(0, 5);
+        if (field.size() < 5 || field[4] != ' ' || field.find_first_not_of("0123456789abcdef") < 4) {
+            vendor = isTabbed || line.empty() || line.starts_with("#") ? vendor : -1;
+            continue;
+        }
+        const std::int64_t id = std::stoll(field.substr(0, 4), nullptr, 16);
+        const std::string name = trimmed(trimmed(line).substr(4));
+        if (!isTabbed) {
+            vendor = id;
+            vendorName = name;
+            names.emplace(std::pair(vendor, 0x10000), vendorName);
+        } else if (vendor >= 0) {
+            names.emplace(std::pair(vendor, id), vendorName + " " + name);
+        }
+    }
+    return names;
+}
+
+// hwdata's pci.ids and usb.ids as installed (the build copies them into its
+// resource folder): every pair they list gets the name its lines spell.
+class RealDatabaseTest : public ::testing::TestWithParam<const char*> {};
+
+TEST_P(RealDatabaseTest, EveryListedPairGetsTheNameItsLinesSpell) {
+    const auto path = buildTreeResourceDirectory() / "Tools" / GetParam();
+    const auto bytes = readFileBytes(path);
+    ASSERT_TRUE(bytes && !bytes->empty()) << "the build makes " << path;
+    const IDsDatabaseText database(*bytes);
+    const auto names = listedNames(*bytes);
+    ASSERT_GT(names.size(), 1000u);
+    for (const auto& [pair, name] : names) {
+        ASSERT_EQ(database.name(pair.first, pair.second), name)
+            << std::hex << pair.first << ":" << pair.second;
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Hwdata, RealDatabaseTest, ::testing::Values("usb.ids", "pci.ids"),
+                         [](const auto& row) { return std::string(row.param).substr(0, 3); });
 
 } // namespace
 } // namespace korvane

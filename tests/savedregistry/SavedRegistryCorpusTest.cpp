@@ -27,7 +27,7 @@ const char* const dumps[] = {
 class SavedRegistryCorpusTest : public testing::TestWithParam<const char*> {
   protected:
     std::filesystem::path dump() const { return testDataPath(std::string("macos/") + GetParam()); }
-    BundledIDsHome ids;
+    CorpusIDsHome ids;
 };
 
 TEST_P(SavedRegistryCorpusTest, ScansToTheControllersAndPortsReadOffTheDump) {

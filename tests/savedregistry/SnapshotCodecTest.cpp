@@ -91,10 +91,11 @@ TEST(SnapshotCodec, AnEarlierSnapshotsScanNoticesAreLeftOut) {
 }
 
 TEST(SnapshotCodec, ANulInATextIsLeftOutButInABinaryKeyGivesNoTree) {
-    const auto root = parseSnapshot(testDataBytes("fuzz-seeds/snapshot/nul-in-string.xml"));
+    const auto root = parseSnapshot(testDataBytes("savedregistry/fuzz-seeds/snapshot/nul-in-string.xml"));
     ASSERT_TRUE(root);
     EXPECT_EQ(root->properties.dictionary(), (PropertyDictionary{{"kept", 1}}));
-    EXPECT_EQ(parseSnapshot(testDataBytes("fuzz-seeds/snapshot/nul-in-binary-key.bplist")), nullptr);
+    EXPECT_EQ(parseSnapshot(testDataBytes("savedregistry/fuzz-seeds/snapshot/nul-in-binary-key.bplist")),
+              nullptr);
 }
 
 std::string deepXML(int depth) {

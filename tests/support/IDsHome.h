@@ -2,13 +2,11 @@
 
 #include "ids/IDsNameResolver.h"
 #include "records/FileIO.h"
-#include "support/BuildTree.h"
 #include "support/TempFolder.h"
 #include "support/TestData.h"
 
 #include <filesystem>
 #include <memory>
-#include <stdexcept>
 #include <string>
 
 namespace korvane {
@@ -34,28 +32,18 @@ class IDsHome {
     const IDsDatabaseLocations& locations() const { return locations_; }
     const std::filesystem::path& path() const { return folder_.path(); }
 
-  protected:
-    struct Bundled {};
-    explicit IDsHome(Bundled) {
-        const auto resources = buildTreeResourceDirectory();
-        if (!std::filesystem::exists(resources / "Tools" / "pci.ids")) {
-            throw std::runtime_error("the build's bundled ids databases are missing from " +
-                                     resources.string());
-        }
-        locations_ = {folder_.path() / "support", resources};
-        names_ = std::make_unique<IDsNameResolver>(locations_);
-    }
-
   private:
     TempFolder folder_;
     IDsDatabaseLocations locations_;
     std::unique_ptr<IDsNameResolver> names_;
 };
 
-// The full databases the build bundles (Debian's hwdata), for the corpus.
-class BundledIDsHome : public IDsHome {
+// The corpus's own databases: hwdata's lines for what the saved machines
+// hold, so the goldens name their controllers and devices the same whatever
+// hwdata the build machine has.
+class CorpusIDsHome : public IDsHome {
   public:
-    BundledIDsHome() : IDsHome(Bundled{}) {}
+    CorpusIDsHome() : IDsHome(testDataBytes("ids/corpus-pci.ids"), testDataBytes("ids/corpus-usb.ids")) {}
 };
 
 } // namespace korvane

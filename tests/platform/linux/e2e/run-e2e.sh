@@ -6,7 +6,8 @@
 # own (firmware-ports.asl) and acpiexec: it is scanned a third time with
 # acpiexec out of reach, as a machine without acpica-tools.
 # Usage: run-e2e.sh KORVANE HARNESS_DIR CACHE_DIR
-# Exits 77 (skipped) when QEMU, the harness or acpica-tools isn't installed.
+# Fails, naming what is missing, when QEMU, a kernel image, the harness,
+# acpica-tools or Python isn't there: a run that checks nothing must not pass.
 #
 # Bounded so that a guest that never comes back (a /dev/kvm that exists but
 # hangs, as in a VM inside a VM) fails the test in minutes: each VM run gets
@@ -21,10 +22,16 @@ vmTimeout=${E2E_VM_TIMEOUT:-90}
 deadline=$((SECONDS + ${E2E_TOTAL_TIMEOUT:-360}))
 here=$(cd "$(dirname "$0")" && pwd)
 acpiexec=$(command -v acpiexec || true)
-if ! command -v qemu-system-x86_64 >/dev/null || [ ! -x "$harness/run-in-vm.sh" ] ||
-   ! ls /boot/vmlinuz-* >/dev/null 2>&1 || [ -z "$acpiexec" ] || ! command -v iasl >/dev/null; then
-    echo "skipped: QEMU, a kernel image, the qemu-usb harness or acpica-tools is missing"
-    exit 77
+missing=()
+command -v qemu-system-x86_64 >/dev/null || missing+=("qemu-system-x86_64 (Debian package qemu-system-x86)")
+ls /boot/vmlinuz-* >/dev/null 2>&1 || missing+=("a kernel image in /boot (linux-image-amd64)")
+[ -f "$harness/run-in-vm.sh" ] || missing+=("the qemu-usb harness at $harness")
+[ -n "$acpiexec" ] && command -v iasl >/dev/null || missing+=("acpiexec and iasl (acpica-tools)")
+command -v python3 >/dev/null || missing+=("python3")
+if ((${#missing[@]} > 0)); then
+    printf 'missing: %s\n' "${missing[@]}"
+    echo "scripts/setup.sh --test installs what is missing"
+    exit 1
 fi
 mkdir -p "$cache"
 export QEMU_USB_CACHE=$cache
@@ -50,7 +57,7 @@ vm() {
     # The harness stops qemu at its --timeout (and 10 s later kills it); the
     # outer timeout catches a harness that hangs itself.
     local started=$SECONDS
-    timeout -k 5 $((limit + 15)) "$harness/run-in-vm.sh" --timeout "$limit" --console "$work/$name.console" \
+    timeout -k 5 $((limit + 15)) bash "$harness/run-in-vm.sh" --timeout "$limit" --console "$work/$name.console" \
         "$@" >"$work/$name.out" 2>"$work/$name.err"
     local status=$?
     # The harness's 124 can't be told from a command's own by the status.

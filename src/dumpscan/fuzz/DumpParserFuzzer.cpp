@@ -15,8 +15,8 @@ namespace {
 // fuzzed here, and the user's databases must not be read.
 korvane::IDsNameResolver& resolver() {
     static korvane::IDsNameResolver names(korvane::IDsDatabaseLocations{
-        std::filesystem::temp_directory_path() / "korvane-dumpscan-fuzz" / "support",
-        std::filesystem::temp_directory_path() / "korvane-dumpscan-fuzz" / "resources"});
+        std::filesystem::temp_directory_path() / "korvane-fuzz-dump-text" / "support",
+        std::filesystem::temp_directory_path() / "korvane-fuzz-dump-text" / "resources"});
     return names;
 }
 

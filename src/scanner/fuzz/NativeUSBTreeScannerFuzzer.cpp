@@ -124,8 +124,8 @@ PropertyValue value(ByteReader& in, int depth) {
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     static IDsNameResolver names(
-        IDsDatabaseLocations{std::filesystem::temp_directory_path() / "korvane-scanner-fuzz",
-                             std::filesystem::temp_directory_path() / "korvane-scanner-fuzz"});
+        IDsDatabaseLocations{std::filesystem::temp_directory_path() / "korvane-fuzz-registry-tree",
+                             std::filesystem::temp_directory_path() / "korvane-fuzz-registry-tree"});
     ByteReader in(data, size);
     NativeUSBNode root("Root", "", "IORegistryEntry", {}, nullptr);
     NativeUSBNode* current = &root;
