@@ -291,15 +291,6 @@ const Generation generations[] = {
 INSTANTIATE_TEST_SUITE_P(CommandLine, GenerateTest, testing::ValuesIn(generations),
                          [](const auto& row) { return std::string(row.param.name); });
 
-TEST_F(CommandLineTest, GenerateWithoutControllersWritesTheReportAlone) {
-    const Outcome result = run({"generate", "--registry", usbPlane});
-    ASSERT_EQ(result.status, 0) << result.err;
-    const auto entries = readZip(zip());
-    EXPECT_FALSE(entries.at("KorvaneGenerator_Work/Korvane-report.txt").empty());
-    EXPECT_FALSE(std::ranges::any_of(
-        entries, [](const auto& entry) { return entry.first.find("Korvane.kext") != std::string::npos; }));
-}
-
 TEST_F(CommandLineTest, AFailedRunEndsWithStatusOneAndItsError) {
     std::filesystem::remove(home() / "Desktop");
     writeFileAtomically(home() / "Desktop", "a file where the Desktop should be");
