@@ -93,11 +93,8 @@ namespace {
 
 nlohmann::json seenJSON(const CollectorModel& model, const USBControllerMap& controller,
                         const USBPortMap& port) {
-    const auto it = model.portDiscoveries().find(usbPortStableID(controller, port));
-    if (it == model.portDiscoveries().end()) {
-        return nullptr;
-    }
-    return discoveryJSON(it->second);
+    const auto& sighting = model.portSession(controller, port).sighting;
+    return sighting ? discoveryJSON(*sighting) : nlohmann::json(nullptr);
 }
 
 } // namespace
