@@ -105,12 +105,14 @@ std::map<std::string, std::int64_t> CollectorModel::previousCounts() const {
 
 void CollectorModel::selectAllPorts() {
     const auto counts = previousCounts();
+    // Exactly the scanned ports: a stale key's check goes too.
+    std::set<std::string> all;
     for (const auto& controller : scannedControllers_) {
         for (const auto& port : controller.ports) {
-            session_.edit(usbPortStableID(controller, port),
-                          [](SessionPort& entry) { entry.selected = true; });
+            all.insert(usbPortStableID(controller, port));
         }
     }
+    session_.selectOnly(all);
     warnIfAnyControllerReachedPortLimit(counts);
     changed();
 }

@@ -167,6 +167,8 @@ fi
 refused "is not a KorvaneGenerator port map" "$korvane" scan --registry "$dump" --map "$home/junk.txt"
 refused "is not a readable property list" "$korvane" scan --registry "$dump" --import-kext "$home/junk.txt"
 refused "expected KEY=TEXT" "$korvane" scan --registry "$dump" --nickname "$cam"
+refused "holds a control character (U+001B)" "$korvane" scan --registry "$dump" --nickname "$cam=a$(printf '\033')[2Jb"
+if grep -q "$(printf '\033')" "$home/refused.txt"; then fail "a nickname's escape reached the terminal"; fi
 refused "excludes" "$korvane" generate --map "$home/s.korvanemap" --select all
 refused "the file exists" "$korvane" scan --registry "$dump" --save-map "$home/junk.txt"
 [ "$(cat "$home/junk.txt")" = "not a registry" ] || fail "a file written over"
