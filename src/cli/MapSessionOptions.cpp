@@ -72,6 +72,7 @@ std::vector<std::string> applyMapOptions(CollectorModel& model, const MapOptions
         take(model.importPackage(*options.importKext));
     }
     assignPortTexts(model, "--nickname", options.nicknames, &SessionPort::nickname);
+    assignPortTexts(model, "--note", options.notes, &SessionPort::note);
     return notMatched;
 }
 

@@ -129,6 +129,7 @@ nlohmann::json portJSON(const CollectorModel& model) {
                  {"connectorSource", connectorSourceName(model.connectorSourceFor(controller, port))},
                  {"place", port.place ? placeJSON(*port.place) : nlohmann::json()},
                  {"nickname", model.nicknameFor(controller, port)},
+                 {"note", model.portSession(controller, port).note},
                  {"seen", seenJSON(model, controller, port)}});
         }
         const auto contribution = controllerContribution(controller, model.selectedPortIDs());

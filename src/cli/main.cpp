@@ -86,6 +86,10 @@ int main(int argc, char** argv) {
         command->add_option("--nickname", session.nicknames,
                             "Name a socket: KEY=TEXT (KEY is portKey in scan --json; an empty TEXT removes "
                             "the name)");
+        command->add_option(
+            "--note", session.notes,
+            "Note something about a socket: KEY=TEXT (\"behind the card reader\"; an empty TEXT "
+            "removes the note)");
         command->add_option("--save-map", session.saveMap,
                             "Save the session (checked ports, connectors, nicknames, devices seen) to this "
                             "map file");

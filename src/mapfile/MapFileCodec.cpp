@@ -161,6 +161,9 @@ void readPort(const std::string& key, const json& value, MappingSession& session
     if (value.contains("nickname")) {
         port.nickname = portText(value["nickname"], where + " nickname");
     }
+    if (value.contains("note")) {
+        port.note = portText(value["note"], where + " note");
+    }
     if (value.contains("seen")) {
         const json& seen = object(value["seen"], where + " seen");
         std::string device = text(member(seen, "device", where + " seen"), where + " seen device");
@@ -286,6 +289,9 @@ std::string mapFileText(const USBMapFile& map) {
         }
         if (!entry.nickname.empty()) {
             port["nickname"] = entry.nickname;
+        }
+        if (!entry.note.empty()) {
+            port["note"] = entry.note;
         }
         if (entry.sighting) {
             port["seen"] = discoveryJSON(*entry.sighting);

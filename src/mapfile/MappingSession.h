@@ -26,6 +26,8 @@ struct SessionPort {
     std::optional<std::int64_t> connector{};
     // The user's name for the socket; empty when none.
     std::string nickname{};
+    // The user's remark about the socket ("behind the card reader"); empty when none.
+    std::string note{};
     std::optional<PortDiscovery> sighting{};
 
     // Nothing said about the port: the session holds no entry for it.
@@ -33,11 +35,11 @@ struct SessionPort {
     bool operator==(const SessionPort&) const = default;
 };
 
-// The most a nickname may hold, in characters: the row and the table have room
-// for no more.
+// The most a nickname or note may hold, in characters: the row and the table
+// have room for no more.
 inline constexpr std::size_t maximumPortTextLength = 64;
 
-// Why `text` can't be a text the user gives a port (a nickname), or none when
+// Why `text` can't be a text the user gives a port (a nickname, a note), or none when
 // it can: valid UTF-8, no control characters (they would reach a terminal as
 // escape sequences), at most maximumPortTextLength characters. Callers trim
 // the surrounding blanks first; the rule is the same for the window, the

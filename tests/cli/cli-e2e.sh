@@ -88,7 +88,7 @@ grep -q "merge personality is named Macmini8,1-XHC 8086_15E9" "$home/err.txt" ||
 # name saved with the run, then the package made again from the map alone.
 cam='8086:a36d|XHC1|14000000|HS13|0d000000'
 ss02='8086:a36d|XHC1|14000000|SS02|12000000'
-"$korvane" generate --registry "$dump" --model iMac19,1 --port "$ss02" --connector "$ss02=10" --nickname "$cam=camera, inside" \
+"$korvane" generate --registry "$dump" --model iMac19,1 --port "$ss02" --connector "$ss02=10" --nickname "$cam=camera, inside" --note "$cam=behind the lid" \
   --save-map "$home/s.korvanemap" >/dev/null 2>&1 || fail "generate --save-map"
 unzip -p "$home/Desktop/Korvane.zip" KorvaneGenerator_Work/Korvane.kext/Contents/Info.plist > "$home/first.plist"
 "$korvane" generate --registry "$dump" --map "$home/s.korvanemap" >/dev/null 2>&1 || fail "generate --map"
@@ -102,13 +102,15 @@ python3 - "$("$korvane" scan --registry "$dump" --map "$home/s.korvanemap" --jso
   "$("$korvane" scan --registry "$dump" --import-kext "$home/Desktop/Korvane.zip" --json 2>/dev/null)" <<'PY' \
   || fail "scan --map and --import-kext"
 import json, sys
-nicknames = []
+nicknames, notes = [], []
 for doc in map(json.loads, sys.argv[1:]):
     ports = {p["name"]: p for c in doc["controllers"] for p in c["ports"]}
     assert [n for n, p in ports.items() if p["selected"]] == ["HS13", "SS02"], ports
     assert ports["SS02"]["connector"] == 10 and doc["notMatched"] == [], doc["notMatched"]
     nicknames.append(ports["HS13"]["nickname"])
+    notes.append(ports["HS13"]["note"])
 assert nicknames == ["camera, inside", ""], nicknames
+assert notes == ["behind the lid", ""], notes
 PY
 "$korvane" scan --registry "$data/macos/MacBookPro15-2/IOReg.txt" --map "$home/s.korvanemap" 2>/dev/null \
   | grep -qx "Not on this machine (2):" || fail "mismatches of another machine"

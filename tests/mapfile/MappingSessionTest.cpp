@@ -44,6 +44,7 @@ TEST(MappingSession, APortSaysNothingOnlyWhenEveryFieldIsBlankAndThenIsNoEntry) 
         {.selected = true},
         {.connector = 0},
         {.nickname = "front"},
+        {.note = "behind the card reader"},
         {.sighting = PortDiscovery{"SanDisk Ultra", morning}},
     };
     for (const SessionPort& row : rows) {
