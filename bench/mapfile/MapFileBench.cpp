@@ -37,10 +37,12 @@ USBMapFile session(const std::vector<USBControllerMap>& scanned) {
         map.machineControllers.push_back(controller);
         for (const auto& port : controller.ports) {
             const auto key = usbPortStableID(controller, port);
-            map.selectedPortIDs.insert(key);
-            map.connectorOverrides[key] = 10;
-            map.nicknames[key] = "rear, blue, top";
-            map.discoveries[key] = {"SanDisk Ultra", std::chrono::system_clock::now()};
+            map.session.edit(key, [](SessionPort& entry) {
+                entry = {.selected = true,
+                         .connector = 10,
+                         .nickname = "rear, blue, top",
+                         .sighting = PortDiscovery{"SanDisk Ultra", std::chrono::system_clock::now()}};
+            });
         }
     }
     return map;

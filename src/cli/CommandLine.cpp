@@ -73,6 +73,9 @@ std::pair<CLI::Option*, CLI::Option*> addMapOptions(CLI::App* command, MapOption
     command->add_option("--nickname", session.nicknames,
                         "Name a socket: KEY=TEXT (KEY is portKey in scan --json; an empty TEXT removes "
                         "the name)");
+    command->add_option("--note", session.notes,
+                        "Note something about a socket: KEY=TEXT (\"behind the card reader\"; an empty TEXT "
+                        "removes the note)");
     command->add_option("--save-map", session.saveMap,
                         "Save the session (checked ports, connectors, nicknames, devices seen) to this "
                         "map file");

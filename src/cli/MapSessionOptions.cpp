@@ -1,6 +1,7 @@
 #include "cli/MapSessionOptions.h"
 
 #include "cli/CommandLineSession.h"
+#include "records/Text.h"
 
 #include <ostream>
 
@@ -17,6 +18,31 @@ std::pair<USBControllerMap, USBPortMap> portWithKey(const CollectorModel& model,
     }
     throw UsageError{option + " " + key + ": no port has this key (see korvane scan --json)"};
 }
+
+namespace {
+
+// KEY=TEXT assignments to a text field of ports, under the one rule every
+// such text follows. A refusal doesn't repeat the text: it may hold what a
+// terminal obeys.
+void assignPortTexts(CollectorModel& model, const std::string& option,
+                     const std::vector<std::string>& assignments, std::string SessionPort::*field) {
+    for (const auto& assignment : assignments) {
+        const auto equals = assignment.find('=');
+        if (equals == std::string::npos) {
+            throw UsageError{option + " " + assignment + ": expected KEY=TEXT"};
+        }
+        const std::string key = assignment.substr(0, equals);
+        const auto [controller, port] = portWithKey(model, key, option);
+        const std::string text = trimmed(assignment.substr(equals + 1));
+        if (const auto problem = portTextProblem(text)) {
+            throw UsageError{option + " " + key + ": " + *problem + "; the text must be printable, at most " +
+                             std::to_string(maximumPortTextLength) + " characters"};
+        }
+        model.editPort(controller, port, [&](SessionPort& entry) { entry.*field = text; });
+    }
+}
+
+} // namespace
 
 std::vector<std::string> applyMapOptions(CollectorModel& model, const MapOptions& options) {
     // Nobody is there to confirm an overwrite: only the map being continued
@@ -45,14 +71,8 @@ std::vector<std::string> applyMapOptions(CollectorModel& model, const MapOptions
     if (options.importKext) {
         take(model.importPackage(*options.importKext));
     }
-    for (const auto& assignment : options.nicknames) {
-        const auto equals = assignment.find('=');
-        if (equals == std::string::npos) {
-            throw UsageError{"--nickname " + assignment + ": expected KEY=TEXT"};
-        }
-        const auto [controller, port] = portWithKey(model, assignment.substr(0, equals), "--nickname");
-        model.setNickname(controller, port, assignment.substr(equals + 1));
-    }
+    assignPortTexts(model, "--nickname", options.nicknames, &SessionPort::nickname);
+    assignPortTexts(model, "--note", options.notes, &SessionPort::note);
     return notMatched;
 }
 

@@ -17,6 +17,7 @@ struct MapOptions {
     std::optional<std::filesystem::path> map;
     std::optional<std::filesystem::path> importKext;
     std::vector<std::string> nicknames; // KEY=TEXT
+    std::vector<std::string> notes;     // KEY=TEXT
     std::optional<std::filesystem::path> saveMap;
 };
 

@@ -93,11 +93,8 @@ namespace {
 
 nlohmann::json seenJSON(const CollectorModel& model, const USBControllerMap& controller,
                         const USBPortMap& port) {
-    const auto it = model.portDiscoveries().find(usbPortStableID(controller, port));
-    if (it == model.portDiscoveries().end()) {
-        return nullptr;
-    }
-    return discoveryJSON(it->second);
+    const auto& sighting = model.portSession(controller, port).sighting;
+    return sighting ? discoveryJSON(*sighting) : nlohmann::json(nullptr);
 }
 
 } // namespace
@@ -132,6 +129,7 @@ nlohmann::json portJSON(const CollectorModel& model) {
                  {"connectorSource", connectorSourceName(model.connectorSourceFor(controller, port))},
                  {"place", port.place ? placeJSON(*port.place) : nlohmann::json()},
                  {"nickname", model.nicknameFor(controller, port)},
+                 {"note", model.portSession(controller, port).note},
                  {"seen", seenJSON(model, controller, port)}});
         }
         const auto contribution = controllerContribution(controller, model.selectedPortIDs());

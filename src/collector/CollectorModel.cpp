@@ -6,8 +6,6 @@
 #include "package/SensitiveTextRedaction.h"
 #include "records/CollectorError.h"
 #include "records/FileIO.h"
-#include "records/MacModel.h"
-#include "records/Text.h"
 #include "tools/ProcessRunner.h"
 
 #include <ctime>
@@ -153,7 +151,7 @@ void CollectorModel::runCollection() {
         if (controllerCount == 0) {
             onMain(
                 [this] { append("No USB port list was loaded. Running Reset Ports before generation..."); });
-            runUSBScanForEditing(false, true, false);
+            runUSBScanForEditing(true, false);
         }
 
         std::vector<USBControllerMap> selected;
@@ -229,14 +227,12 @@ std::vector<USBControllerMap> CollectorModel::selectedControllers() const {
         USBControllerMap copy = controller;
         copy.ports.clear();
         for (const auto& port : controller.ports) {
-            const auto key = usbPortStableID(controller, port);
-            if (!selectedPortIDs_.contains(key)) {
+            const SessionPort& entry = portSession(controller, port);
+            if (!entry.selected) {
                 continue;
             }
             USBPortMap kept = port;
-            if (auto override = connectorOverrides_.find(key); override != connectorOverrides_.end()) {
-                kept.connector = override->second;
-            }
+            kept.connector = entry.connector.value_or(port.connector);
             copy.ports.push_back(std::move(kept));
         }
         selected.push_back(std::move(copy));
@@ -245,47 +241,36 @@ std::vector<USBControllerMap> CollectorModel::selectedControllers() const {
 }
 
 void CollectorModel::setTargetModelChoice(const std::string& model) {
-    std::string choice = trimmed(model);
-    if (choice != targetModelChoice_) {
-        targetModelChoice_ = std::move(choice);
+    auto choice = targetModelChoiceOf(model);
+    if (choice != session_.targetModel) {
+        session_.targetModel = std::move(choice);
         changed();
     }
 }
 
+const std::string& CollectorModel::targetModelChoice() const {
+    static const std::string none;
+    return session_.targetModel ? *session_.targetModel : none;
+}
+
 TargetMacModel CollectorModel::targetMacModel() const {
-    if (!targetModelChoice_.empty()) {
-        return {targetModelChoice_, TargetMacModel::Source::userChoice};
-    }
-    if (machineModel_) {
-        return {*machineModel_, TargetMacModel::Source::thisMachine};
-    }
-    return {std::string(fallbackMacModel), TargetMacModel::Source::fallback};
+    return targetModels_.resolve(session_.targetModel);
 }
 
 void CollectorModel::storeMachineModel(std::optional<std::string> model) {
-    if (model) {
-        *model = trimmed(*model);
-        if (model->empty()) {
-            model.reset();
-        }
-    }
-    isLookingUpMachineModel_ = false;
-    if (!isMachineModelKnown_ || model != machineModel_) {
-        machineModel_ = std::move(model);
-        isMachineModelKnown_ = true;
+    if (targetModels_.store(std::move(model))) {
         changed();
     }
 }
 
 void CollectorModel::lookUpMachineModel() {
-    if (isMachineModelKnown_ || isLookingUpMachineModel_) {
+    if (!targetModels_.shouldStartLookUp()) {
         return;
     }
     if (!environment_.machineModel) {
         storeMachineModel(std::nullopt);
         return;
     }
-    isLookingUpMachineModel_ = true;
     std::weak_ptr<CollectorModel> weak = weak_from_this();
     environment_.scheduler.runInBackground(
         Scheduler::Priority::utility, [weak, lookUp = environment_.machineModel] {
@@ -300,7 +285,7 @@ void CollectorModel::lookUpMachineModel() {
 // never waits on the main thread for a tool.
 std::string CollectorModel::resolveTargetModel() {
     bool shouldAsk = false;
-    onMain([&] { shouldAsk = targetModelChoice_.empty() && !isMachineModelKnown_; });
+    onMain([&] { shouldAsk = targetModels_.needsMachineModel(session_.targetModel); });
     if (shouldAsk) {
         auto model = environment_.machineModel ? environment_.machineModel() : std::nullopt;
         onMain([&] { storeMachineModel(std::move(model)); });

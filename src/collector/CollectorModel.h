@@ -1,7 +1,9 @@
 #pragma once
 
+#include "collector/CompanionIndex.h"
 #include "collector/DesktopServices.h"
 #include "collector/Scheduler.h"
+#include "collector/TargetModelResolver.h"
 #include "collector/USBDeviceHotplugMonitor.h"
 #include "collector/WorkFolderLocks.h"
 #include "ids/IDsDownload.h"
@@ -20,7 +22,6 @@
 #include <set>
 #include <string>
 #include <string_view>
-#include <unordered_map>
 #include <vector>
 
 namespace korvane {
@@ -57,22 +58,6 @@ struct MapOutcome {
     std::vector<std::string> details;
 };
 
-// The Mac model a run writes into the merge personalities, and where it came
-// from: the user's choice, else what this machine says, else "Mac".
-struct TargetMacModel {
-    enum class Source { userChoice, thisMachine, fallback };
-    std::string value;
-    Source source = Source::fallback;
-
-    bool operator==(const TargetMacModel&) const = default;
-};
-
-// A port of the scan with its controller; both live in scannedControllers().
-struct ScannedPort {
-    const USBControllerMap* controller = nullptr;
-    const USBPortMap* port = nullptr;
-};
-
 // The one object behind the window: the log, the port editor's state, the
 // generation run, hotplug tracking and the ids update.
 //
@@ -101,15 +86,20 @@ class CollectorModel : public std::enable_shared_from_this<CollectorModel> {
     bool isRunning() const { return isRunning_; }
     const std::optional<std::filesystem::path>& lastZipURL() const { return lastZipURL_; }
     const std::vector<USBControllerMap>& scannedControllers() const { return scannedControllers_; }
-    const std::set<std::string>& selectedPortIDs() const { return selectedPortIDs_; }
-    const std::map<std::string, std::int64_t>& connectorOverrides() const { return connectorOverrides_; }
+    // The user's decisions and what was seen, by port key: what a map file
+    // saves and "unsaved changes" compares.
+    const MappingSession& session() const { return session_; }
+    // A port's entry of the session (blank when it has none).
+    const SessionPort& portSession(const USBControllerMap& controller, const USBPortMap& port) const;
+    std::set<std::string> selectedPortIDs() const { return session_.selectedKeys(); }
+    std::map<std::string, std::int64_t> connectorOverrides() const;
     bool isScanningUSB() const { return isScanningUSB_; }
     bool isUpdatingIDs() const { return isUpdatingIDs_; }
     bool showPortLimitWarning() const { return showPortLimitWarning_; }
     // The user's names for sockets, and the last device seen in each port
     // (also after it left), by port key.
-    const std::map<std::string, std::string>& portNicknames() const { return portNicknames_; }
-    const std::map<std::string, PortDiscovery>& portDiscoveries() const { return portDiscoveries_; }
+    std::map<std::string, std::string> portNicknames() const;
+    std::map<std::string, PortDiscovery> portDiscoveries() const;
     // The map file this session was last opened from or saved to.
     const std::optional<std::filesystem::path>& mapFileURL() const { return mapFileURL_; }
     // Whether closing now would lose work: anything that differs from the
@@ -119,11 +109,11 @@ class CollectorModel : public std::enable_shared_from_this<CollectorModel> {
     // connector types on Linux without root or acpica-tools), one sentence each.
     const std::vector<std::string>& scanNotices() const { return scanNotices_; }
     // The user's target Mac model; empty when not chosen.
-    const std::string& targetModelChoice() const { return targetModelChoice_; }
+    const std::string& targetModelChoice() const;
     // What this machine said once asked (lookUpMachineModel or a run); no
     // value before, or when it names no Mac.
-    const std::optional<std::string>& machineModel() const { return machineModel_; }
-    bool isMachineModelKnown() const { return isMachineModelKnown_; }
+    const std::optional<std::string>& machineModel() const { return targetModels_.machineModel(); }
+    bool isMachineModelKnown() const { return targetModels_.isMachineModelKnown(); }
     // Ports whose connector pick goes to their companion too (both halves' keys).
     const std::set<std::string>& sameTypeForCompanionPortIDs() const { return sameTypeForCompanionPortIDs_; }
 
@@ -177,8 +167,13 @@ class CollectorModel : public std::enable_shared_from_this<CollectorModel> {
     std::int64_t totalPortCount() const;
     void dismissPortLimitWarning();
 
-    // Sockets' names and what was seen in them.
-    void setNickname(const USBControllerMap& controller, const USBPortMap& port, const std::string& nickname);
+    // Changes a port's entry of the session as one change.
+    void editPort(const USBControllerMap& controller, const USBPortMap& port,
+                  const std::function<void(SessionPort&)>& change);
+
+    // Sockets' names and what was seen in them. The name is trimmed; one the
+    // rule of portTextProblem() refuses changes nothing and gives false.
+    bool setNickname(const USBControllerMap& controller, const USBPortMap& port, const std::string& nickname);
     std::string nicknameFor(const USBControllerMap& controller, const USBPortMap& port) const;
     // "seen: SanDisk Ultra, 14:03", or "" for a port nothing was seen in.
     std::string seenTextFor(const USBControllerMap& controller, const USBPortMap& port) const;
@@ -222,22 +217,7 @@ class CollectorModel : public std::enable_shared_from_this<CollectorModel> {
     std::vector<USBControllerMap> selectedControllers() const;
 
   private:
-    // What a session has that closing would lose; the device names only of
-    // the sightings, since a sighting's time moves with every scan.
-    struct SessionContent {
-        std::set<std::string> selectedPortIDs;
-        std::map<std::string, std::int64_t> connectorOverrides;
-        std::map<std::string, std::string> nicknames;
-        std::map<std::string, std::string> seenDevices;
-        std::optional<std::string> targetModel;
-
-        bool operator==(const SessionContent&) const = default;
-    };
-
     explicit CollectorModel(CollectorEnvironment environment);
-    SessionContent sessionContent() const;
-    // The target model choice as a map holds it: none when not chosen.
-    std::optional<std::string> chosenTargetModel() const;
     // Keeps the outcome as lastMapOutcome, tells the observers, returns it.
     MapOutcome tell(MapOutcome outcome);
 
@@ -249,14 +229,14 @@ class CollectorModel : public std::enable_shared_from_this<CollectorModel> {
     std::unique_ptr<WorkFolderLock> lockWorkFolder(const std::filesystem::path& workFolder);
     void writeCollectorLog(const std::filesystem::path& file);
 
-    void startGuardedScan(bool preserveExistingSelection, bool resetConnectorOverrides, bool silent);
-    void runUSBScanForEditing(bool preserveExistingSelection, bool resetConnectorOverrides, bool silent);
+    // A reset checks only the ports with a device and forgets every pick; a
+    // silent refresh adds what it sees to the user's work.
+    void startGuardedScan(bool isReset, bool silent);
+    void runUSBScanForEditing(bool isReset, bool silent);
     std::int64_t selectedPortCount(const USBControllerMap& controller) const;
     std::map<std::string, std::int64_t> previousCounts() const;
     void warnIfAnyControllerReachedPortLimit(const std::map<std::string, std::int64_t>& previousCounts);
 
-    // Points into scannedControllers_: made again whenever that is replaced.
-    void indexCompanions();
     std::string resolveTargetModel();
     void storeMachineModel(std::optional<std::string> model);
 
@@ -272,24 +252,19 @@ class CollectorModel : public std::enable_shared_from_this<CollectorModel> {
     bool isRunning_ = false;
     std::optional<std::filesystem::path> lastZipURL_;
     std::vector<USBControllerMap> scannedControllers_;
-    std::set<std::string> selectedPortIDs_;
-    std::map<std::string, std::int64_t> connectorOverrides_;
+    MappingSession session_;
     bool isScanningUSB_ = false;
     bool isUpdatingIDs_ = false;
     bool showPortLimitWarning_ = false;
-    std::map<std::string, std::string> portNicknames_;
-    std::map<std::string, PortDiscovery> portDiscoveries_;
     std::optional<std::filesystem::path> mapFileURL_;
     // What the session held when last opened or saved (or reset, with no
     // file): hasUnsavedChanges() compares against it.
-    SessionContent savedContent_;
+    MappingSession savedSession_;
     std::vector<std::string> scanNotices_;
-    std::string targetModelChoice_;
-    std::optional<std::string> machineModel_;
-    bool isMachineModelKnown_ = false;
-    bool isLookingUpMachineModel_ = false;
+    TargetModelResolver targetModels_;
     std::set<std::string> sameTypeForCompanionPortIDs_;
-    std::unordered_map<std::string, ScannedPort> companionsByKey_;
+    // Points into scannedControllers_: made again whenever that is replaced.
+    CompanionIndex companions_;
     std::optional<std::string> lastRunError_;
     std::optional<std::string> lastIDsUpdateResult_;
     bool hasFailedIDsUpdate_ = false;

@@ -42,7 +42,7 @@ void CollectorModel::performIDsDatabaseUpdate() {
         lastIDsUpdateResult_ = result;
         hasFailedIDsUpdate_ = hasFailed;
     });
-    runUSBScanForEditing(true, false, true);
+    runUSBScanForEditing(false, true);
     onMain([this] {
         isUpdatingIDs_ = false;
         changed();

@@ -19,17 +19,6 @@ MapOutcome refused(const fs::path& file, const std::string& reason) {
     return {false, file.string() + " " + reason + ". Nothing was changed.", {}};
 }
 
-// One line of a nickname: the row and the table have room for no more.
-std::string singleLine(const std::string& text) {
-    std::string line = trimmed(text);
-    for (char& c : line) {
-        if (c == '\n' || c == '\r' || c == '\t') {
-            c = ' ';
-        }
-    }
-    return line;
-}
-
 // The name a path is shown by: its last part, also for "Korvane.kext/".
 std::string shownName(const fs::path& file) {
     return (file.has_filename() ? file.filename() : file.parent_path().filename()).string();
@@ -37,21 +26,48 @@ std::string shownName(const fs::path& file) {
 
 } // namespace
 
-CollectorModel::SessionContent CollectorModel::sessionContent() const {
-    SessionContent content{selectedPortIDs_, connectorOverrides_, portNicknames_, {}, chosenTargetModel()};
-    for (const auto& [key, discovery] : portDiscoveries_) {
-        content.seenDevices[key] = discovery.deviceName;
+const SessionPort& CollectorModel::portSession(const USBControllerMap& controller,
+                                               const USBPortMap& port) const {
+    return session_.port(usbPortStableID(controller, port));
+}
+
+std::map<std::string, std::int64_t> CollectorModel::connectorOverrides() const {
+    std::map<std::string, std::int64_t> overrides;
+    for (const auto& [key, port] : session_.ports()) {
+        if (port.connector) {
+            overrides.emplace_hint(overrides.end(), key, *port.connector);
+        }
     }
-    return content;
+    return overrides;
+}
+
+std::map<std::string, std::string> CollectorModel::portNicknames() const {
+    std::map<std::string, std::string> nicknames;
+    for (const auto& [key, port] : session_.ports()) {
+        if (!port.nickname.empty()) {
+            nicknames.emplace_hint(nicknames.end(), key, port.nickname);
+        }
+    }
+    return nicknames;
+}
+
+std::map<std::string, PortDiscovery> CollectorModel::portDiscoveries() const {
+    std::map<std::string, PortDiscovery> sightings;
+    for (const auto& [key, port] : session_.ports()) {
+        if (port.sighting) {
+            sightings.emplace_hint(sightings.end(), key, *port.sighting);
+        }
+    }
+    return sightings;
 }
 
 bool CollectorModel::hasUnsavedChanges() const {
-    SessionContent content = sessionContent();
+    MappingSession current = session_.comparable();
     if (!mapFileURL_) {
         // Without a map file the choice is the user's setting, kept anyway.
-        content.targetModel = savedContent_.targetModel;
+        current.targetModel = savedSession_.targetModel;
     }
-    return content != savedContent_;
+    return current != savedSession_.comparable();
 }
 
 MapOutcome CollectorModel::tell(MapOutcome outcome) {
@@ -60,30 +76,29 @@ MapOutcome CollectorModel::tell(MapOutcome outcome) {
     return outcome;
 }
 
-std::optional<std::string> CollectorModel::chosenTargetModel() const {
-    return targetModelChoice_.empty() ? std::nullopt : std::optional<std::string>(targetModelChoice_);
-}
-
-void CollectorModel::setNickname(const USBControllerMap& controller, const USBPortMap& port,
-                                 const std::string& nickname) {
-    const auto key = usbPortStableID(controller, port);
-    const std::string line = singleLine(nickname);
-    if (line.empty()) {
-        portNicknames_.erase(key);
-    } else {
-        portNicknames_[key] = line;
-    }
+void CollectorModel::editPort(const USBControllerMap& controller, const USBPortMap& port,
+                              const std::function<void(SessionPort&)>& change) {
+    session_.edit(usbPortStableID(controller, port), change);
     changed();
 }
 
+bool CollectorModel::setNickname(const USBControllerMap& controller, const USBPortMap& port,
+                                 const std::string& nickname) {
+    const std::string text = trimmed(nickname);
+    if (portTextProblem(text)) {
+        return false;
+    }
+    editPort(controller, port, [&text](SessionPort& entry) { entry.nickname = text; });
+    return true;
+}
+
 std::string CollectorModel::nicknameFor(const USBControllerMap& controller, const USBPortMap& port) const {
-    const auto it = portNicknames_.find(usbPortStableID(controller, port));
-    return it != portNicknames_.end() ? it->second : std::string();
+    return portSession(controller, port).nickname;
 }
 
 std::string CollectorModel::seenTextFor(const USBControllerMap& controller, const USBPortMap& port) const {
-    const auto it = portDiscoveries_.find(usbPortStableID(controller, port));
-    return it != portDiscoveries_.end() ? seenText(it->second, environment_.now()) : std::string();
+    const auto& sighting = portSession(controller, port).sighting;
+    return sighting ? seenText(*sighting, environment_.now()) : std::string();
 }
 
 std::string CollectorModel::deviceTextFor(const USBControllerMap& controller, const USBPortMap& port) const {
@@ -101,11 +116,7 @@ USBMapFile CollectorModel::currentMap() const {
         identity.ports.clear();
         map.machineControllers.push_back(std::move(identity));
     }
-    map.targetModel = chosenTargetModel();
-    map.selectedPortIDs = selectedPortIDs_;
-    map.connectorOverrides = connectorOverrides_;
-    map.nicknames = portNicknames_;
-    map.discoveries = portDiscoveries_;
+    map.session = session_;
     return map;
 }
 
@@ -122,38 +133,30 @@ MapOutcome CollectorModel::openMap(const fs::path& file) {
     const MapScanMatch match = matchMapToScan(map, scannedControllers_);
 
     const auto counts = previousCounts();
-    selectedPortIDs_ = map.selectedPortIDs;
-    connectorOverrides_ = map.connectorOverrides;
-    sameTypeForCompanionPortIDs_.clear(); // the map holds no such links
-    portNicknames_ = map.nicknames;
-    // Sightings are facts, not choices: what this session saw later stays.
-    for (const auto& [key, discovery] : map.discoveries) {
-        auto [it, isNew] = portDiscoveries_.try_emplace(key, discovery);
-        if (!isNew && it->second.lastSeen < discovery.lastSeen) {
-            it->second = discovery;
-        }
-    }
+    MappingSession opened = map.session;
+    // What this session saw later stays.
+    opened.takeLaterSightings(session_);
     // A map saved without a model leaves the user's choice as it is.
-    if (map.targetModel) {
-        targetModelChoice_ = trimmed(*map.targetModel);
-    }
+    opened.targetModel =
+        map.session.targetModel ? targetModelChoiceOf(*map.session.targetModel) : session_.targetModel;
+    session_ = std::move(opened);
+    sameTypeForCompanionPortIDs_.clear(); // the map holds no such links
     mapFileURL_ = file;
-    savedContent_ = {map.selectedPortIDs, map.connectorOverrides, map.nicknames, {}, chosenTargetModel()};
-    for (const auto& [key, discovery] : map.discoveries) {
-        savedContent_.seenDevices[key] = discovery.deviceName;
-    }
+    savedSession_ = map.session;
+    savedSession_.targetModel = session_.targetModel;
     warnIfAnyControllerReachedPortLimit(counts);
 
     const std::string summary = portMatchSummary(match.matchedKeys.size(), map.portKeys().size(), "key");
     MapOutcome outcome{true, "Opened " + shownName(file) + ": " + summary + ".", {}};
     append("Map opened: " + file.string() + " (" + summary + ")");
     for (const auto& key : match.missingKeys) {
+        const SessionPort& entry = map.session.port(key);
         std::string line = key;
-        if (const auto nickname = map.nicknames.find(key); nickname != map.nicknames.end()) {
-            line += " \"" + nickname->second + "\"";
+        if (!entry.nickname.empty()) {
+            line += " \"" + entry.nickname + "\"";
         }
-        if (const auto seen = map.discoveries.find(key); seen != map.discoveries.end()) {
-            line += " (" + seenText(seen->second, environment_.now()) + ")";
+        if (entry.sighting) {
+            line += " (" + seenText(*entry.sighting, environment_.now()) + ")";
         }
         append("Not on this machine, kept in the map: " + line);
         outcome.details.push_back(std::move(line));
@@ -171,7 +174,7 @@ MapOutcome CollectorModel::saveMap(const fs::path& file) {
                      {}});
     }
     mapFileURL_ = file;
-    savedContent_ = sessionContent();
+    savedSession_ = session_;
     append("Map saved: " + file.string());
     return tell({true, "Saved " + shownName(file) + ".", {}});
 }
@@ -196,13 +199,13 @@ MapOutcome CollectorModel::importPackage(const fs::path& package) {
     }
 
     const auto counts = previousCounts();
-    selectedPortIDs_ = match.selectedPortIDs;
+    session_.selectOnly(match.selectedPortIDs);
     for (const auto& [key, code] : match.connectors) {
-        connectorOverrides_[key] = code;
+        session_.edit(key, [code](SessionPort& entry) { entry.connector = code; });
     }
     // "Mac" is what a package made without a model says; it applies nowhere.
     if (parse.package->model && *parse.package->model != fallbackMacModel) {
-        targetModelChoice_ = trimmed(*parse.package->model);
+        session_.targetModel = targetModelChoiceOf(*parse.package->model);
     }
     warnIfAnyControllerReachedPortLimit(counts);
     append("Package imported: " + package.string() + " (" + summary + ")");

@@ -10,32 +10,28 @@
 namespace korvane {
 
 void CollectorModel::scanUSBPorts() {
-    startGuardedScan(false, true, false);
+    startGuardedScan(true, false);
 }
 
 void CollectorModel::refreshActiveUSBDevices() {
-    startGuardedScan(true, false, true);
+    startGuardedScan(false, true);
 }
 
-void CollectorModel::startGuardedScan(bool preserveExistingSelection, bool resetConnectorOverrides,
-                                      bool silent) {
+void CollectorModel::startGuardedScan(bool isReset, bool silent) {
     if (isRunning_ || isScanningUSB_) {
         return;
     }
     isScanningUSB_ = true;
     changed();
     std::weak_ptr<CollectorModel> weak = weak_from_this();
-    environment_.scheduler.runInBackground(
-        Scheduler::Priority::userInitiated,
-        [weak, preserveExistingSelection, resetConnectorOverrides, silent] {
-            if (auto model = weak.lock()) {
-                model->runUSBScanForEditing(preserveExistingSelection, resetConnectorOverrides, silent);
-            }
-        });
+    environment_.scheduler.runInBackground(Scheduler::Priority::userInitiated, [weak, isReset, silent] {
+        if (auto model = weak.lock()) {
+            model->runUSBScanForEditing(isReset, silent);
+        }
+    });
 }
 
-void CollectorModel::runUSBScanForEditing(bool preserveExistingSelection, bool resetConnectorOverrides,
-                                          bool silent) {
+void CollectorModel::runUSBScanForEditing(bool isReset, bool silent) {
     if (!silent) {
         onMain([this] { append("Scanning USB controllers and ports for editing..."); });
     }
@@ -62,28 +58,19 @@ void CollectorModel::runUSBScanForEditing(bool preserveExistingSelection, bool r
     onMain([&] {
         // One stretch: no view may see the new controllers with the old selection.
         const auto counts = previousCounts();
-        std::set<std::string> selection =
-            preserveExistingSelection ? selectedPortIDs_ : std::set<std::string>{};
         const auto seenAt = environment_.now();
-        for (const auto& [key, device] : activeDevices) {
-            selection.insert(key);
-            portDiscoveries_[key] = {device, seenAt};
-        }
         scannedControllers_ = std::move(controllers);
         scanNotices_ = std::move(scan.notices);
-        indexCompanions();
-        selectedPortIDs_ = std::move(selection);
-        if (resetConnectorOverrides) {
-            connectorOverrides_.clear();
+        companions_ = CompanionIndex(scannedControllers_);
+        if (isReset) {
+            session_.reset(activeDevices, seenAt);
             sameTypeForCompanionPortIDs_.clear();
-        }
-        if (!preserveExistingSelection && !mapFileURL_) {
-            // Without a map file, what a reset brings back is no work to lose.
-            savedContent_.selectedPortIDs = selectedPortIDs_;
-            savedContent_.connectorOverrides = connectorOverrides_;
-            for (const auto& [key, device] : activeDevices) {
-                savedContent_.seenDevices[key] = device;
+            if (!mapFileURL_) {
+                // Without a map file, what a reset brings back is no work to lose.
+                savedSession_.reset(activeDevices, seenAt);
             }
+        } else {
+            session_.sawDevices(activeDevices, seenAt);
         }
         warnIfAnyControllerReachedPortLimit(counts);
         isScanningUSB_ = false;
@@ -101,7 +88,7 @@ void CollectorModel::runUSBScanForEditing(bool preserveExistingSelection, bool r
 std::int64_t CollectorModel::selectedPortCount(const USBControllerMap& controller) const {
     std::int64_t count = 0;
     for (const auto& port : controller.ports) {
-        if (selectedPortIDs_.contains(usbPortStableID(controller, port))) {
+        if (portSession(controller, port).selected) {
             ++count;
         }
     }
@@ -118,31 +105,28 @@ std::map<std::string, std::int64_t> CollectorModel::previousCounts() const {
 
 void CollectorModel::selectAllPorts() {
     const auto counts = previousCounts();
+    // Exactly the scanned ports: a stale key's check goes too.
     std::set<std::string> all;
     for (const auto& controller : scannedControllers_) {
         for (const auto& port : controller.ports) {
             all.insert(usbPortStableID(controller, port));
         }
     }
-    selectedPortIDs_ = std::move(all);
+    session_.selectOnly(all);
     warnIfAnyControllerReachedPortLimit(counts);
     changed();
 }
 
 void CollectorModel::deselectAllPorts() {
-    selectedPortIDs_.clear();
+    session_.editAll([](SessionPort& entry) { entry.selected = false; });
     changed();
 }
 
 void CollectorModel::setPortSelected(const USBControllerMap& controller, const USBPortMap& port,
                                      bool selected) {
     const std::int64_t before = selectedPortCount(controller);
-    const auto key = usbPortStableID(controller, port);
-    if (selected) {
-        selectedPortIDs_.insert(key);
-    } else {
-        selectedPortIDs_.erase(key);
-    }
+    session_.edit(usbPortStableID(controller, port),
+                  [selected](SessionPort& entry) { entry.selected = selected; });
     if (shouldWarnAboutSystemPortLimit(controller) && before < portLimit &&
         selectedPortCount(controller) >= portLimit) {
         showPortLimitWarning_ = true;
@@ -151,12 +135,11 @@ void CollectorModel::setPortSelected(const USBControllerMap& controller, const U
 }
 
 bool CollectorModel::isPortSelected(const USBControllerMap& controller, const USBPortMap& port) const {
-    return selectedPortIDs_.contains(usbPortStableID(controller, port));
+    return portSession(controller, port).selected;
 }
 
 std::int64_t CollectorModel::connectorFor(const USBControllerMap& controller, const USBPortMap& port) const {
-    const auto override = connectorOverrides_.find(usbPortStableID(controller, port));
-    return override != connectorOverrides_.end() ? override->second : port.connector;
+    return portSession(controller, port).connector.value_or(port.connector);
 }
 
 ConnectorSource CollectorModel::connectorSourceFor(const USBControllerMap& controller,
@@ -171,46 +154,16 @@ void CollectorModel::setConnector(const USBControllerMap& controller, const USBP
         return;
     }
     // Stored even when it equals the scanned value: a pick is the user's word.
-    connectorOverrides_[usbPortStableID(controller, port)] = code;
+    session_.edit(usbPortStableID(controller, port), [code](SessionPort& entry) { entry.connector = code; });
     changed();
 }
 
 std::optional<ScannedPort> CollectorModel::companionOf(const USBPortMap& port) const {
-    if (port.companionKey.empty()) {
-        return std::nullopt;
-    }
-    const auto found = companionsByKey_.find(port.companionKey);
-    return found == companionsByKey_.end() ? std::nullopt : std::optional(found->second);
-}
-
-void CollectorModel::indexCompanions() {
-    companionsByKey_.clear();
-    std::set<std::string> named;
-    for (const auto& controller : scannedControllers_) {
-        for (const auto& port : controller.ports) {
-            if (!port.companionKey.empty()) {
-                named.insert(port.companionKey);
-            }
-        }
-    }
-    for (const auto& controller : scannedControllers_) {
-        for (const auto& port : controller.ports) {
-            if (auto key = usbPortStableID(controller, port); named.contains(key)) {
-                companionsByKey_.emplace(std::move(key), ScannedPort{&controller, &port});
-            }
-        }
-    }
+    return companions_.companionOf(port);
 }
 
 std::string CollectorModel::companionName(const USBControllerMap& controller, const USBPortMap& port) const {
-    const auto companion = companionOf(port);
-    if (!companion) {
-        return "";
-    }
-    if (companion->controller->stableID() == controller.stableID()) {
-        return companion->port->name;
-    }
-    return companion->controller->displayName() + " " + companion->port->name;
+    return companions_.companionName(controller, port);
 }
 
 std::string CollectorModel::companionText(const USBControllerMap& controller, const USBPortMap& port) const {
@@ -220,9 +173,10 @@ std::string CollectorModel::companionText(const USBControllerMap& controller, co
 
 void CollectorModel::setConnectorWithCompanion(const USBControllerMap& controller, const USBPortMap& port,
                                                std::int64_t code) {
-    connectorOverrides_[usbPortStableID(controller, port)] = code;
+    const auto pick = [code](SessionPort& entry) { entry.connector = code; };
+    session_.edit(usbPortStableID(controller, port), pick);
     if (const auto companion = companionOf(port)) {
-        connectorOverrides_[usbPortStableID(*companion->controller, *companion->port)] = code;
+        session_.edit(usbPortStableID(*companion->controller, *companion->port), pick);
     }
     changed();
 }

@@ -124,37 +124,57 @@ USBControllerMap readController(const json& value, const std::string& where) {
     return controller;
 }
 
-void readPort(const std::string& key, const json& value, USBMapFile& map) {
-    const std::string where = "port \"" + key + "\"";
-    object(value, where);
+// The text of a port's field: a nickname the window or the command line
+// would refuse makes the map damaged, so nothing hostile reaches a terminal.
+std::string portText(const json& value, const std::string& where) {
+    std::string field = text(value, where);
+    if (const auto problem = portTextProblem(field)) {
+        throw Damage{where + " is refused: " + *problem};
+    }
+    return field;
+}
+
+void readPort(const std::string& key, const json& value, MappingSession& session) {
     if (key.empty()) {
         throw Damage{"a port has an empty key"};
     }
+    // The key is shown in messages: one a terminal would take for commands is not.
+    if (const auto problem = controlCharacterProblem(key)) {
+        throw Damage{"a port key is refused: " + *problem};
+    }
+    const std::string where = "port \"" + key + "\"";
+    object(value, where);
+    SessionPort port;
     if (value.contains("selected")) {
         if (!value["selected"].is_boolean()) {
             throw Damage{where + " selected is not true or false"};
         }
-        if (value["selected"].get<bool>()) {
-            map.selectedPortIDs.insert(key);
-        }
+        port.selected = value["selected"].get<bool>();
     }
     if (value.contains("connector")) {
         const std::int64_t code = wholeNumber(value["connector"], where + " connector");
         if (!isConnectorCode(code)) {
             throw Damage{where + " connector " + std::to_string(code) + " is not from 0 to 255"};
         }
-        map.connectorOverrides[key] = code;
+        port.connector = code;
     }
     if (value.contains("nickname")) {
-        map.nicknames[key] = text(value["nickname"], where + " nickname");
+        port.nickname = portText(value["nickname"], where + " nickname");
+    }
+    if (value.contains("note")) {
+        port.note = portText(value["note"], where + " note");
     }
     if (value.contains("seen")) {
         const json& seen = object(value["seen"], where + " seen");
-        map.discoveries[key] = {
-            text(member(seen, "device", where + " seen"), where + " seen device"),
-            parseTime(text(member(seen, "lastSeen", where + " seen"), where + " lastSeen"),
-                      where + " lastSeen")};
+        std::string device = text(member(seen, "device", where + " seen"), where + " seen device");
+        if (const auto problem = controlCharacterProblem(device)) {
+            throw Damage{where + " seen device is refused: " + *problem};
+        }
+        port.sighting = PortDiscovery{
+            std::move(device), parseTime(text(member(seen, "lastSeen", where + " seen"), where + " lastSeen"),
+                                         where + " lastSeen")};
     }
+    session.edit(key, [&port](SessionPort& entry) { entry = std::move(port); });
 }
 
 USBMapFile readMap(const json& document) {
@@ -169,11 +189,11 @@ USBMapFile readMap(const json& document) {
             readController(controllers[i], "controller " + std::to_string(i + 1)));
     }
     if (document.contains("targetModel")) {
-        map.targetModel = text(document["targetModel"], "targetModel");
+        map.session.targetModel = text(document["targetModel"], "targetModel");
     }
     const json& ports = object(member(document, "ports", "the map"), "ports");
     for (const auto& [key, value] : ports.items()) {
-        readPort(key, value, map);
+        readPort(key, value, map.session);
     }
     return map;
 }
@@ -181,15 +201,9 @@ USBMapFile readMap(const json& document) {
 } // namespace
 
 std::set<std::string> USBMapFile::portKeys() const {
-    std::set<std::string> keys = selectedPortIDs;
-    for (const auto& [key, code] : connectorOverrides) {
-        keys.insert(key);
-    }
-    for (const auto& [key, nickname] : nicknames) {
-        keys.insert(key);
-    }
-    for (const auto& [key, discovery] : discoveries) {
-        keys.insert(key);
+    std::set<std::string> keys;
+    for (const auto& [key, port] : session.ports()) {
+        keys.insert(keys.end(), key);
     }
     return keys;
 }
@@ -263,21 +277,24 @@ std::string mapFileText(const USBMapFile& map) {
         controllers.push_back(controllerIdentityJSON(controller));
     }
     document["machine"] = {{"controllers", std::move(controllers)}};
-    if (map.targetModel) {
-        document["targetModel"] = *map.targetModel;
+    if (map.session.targetModel) {
+        document["targetModel"] = *map.session.targetModel;
     }
     auto ports = json::object();
-    for (const auto& key : map.portKeys()) {
+    for (const auto& [key, entry] : map.session.ports()) {
         json port;
-        port["selected"] = map.selectedPortIDs.contains(key);
-        if (const auto it = map.connectorOverrides.find(key); it != map.connectorOverrides.end()) {
-            port["connector"] = it->second;
+        port["selected"] = entry.selected;
+        if (entry.connector) {
+            port["connector"] = *entry.connector;
         }
-        if (const auto it = map.nicknames.find(key); it != map.nicknames.end()) {
-            port["nickname"] = it->second;
+        if (!entry.nickname.empty()) {
+            port["nickname"] = entry.nickname;
         }
-        if (const auto it = map.discoveries.find(key); it != map.discoveries.end()) {
-            port["seen"] = discoveryJSON(it->second);
+        if (!entry.note.empty()) {
+            port["note"] = entry.note;
+        }
+        if (entry.sighting) {
+            port["seen"] = discoveryJSON(*entry.sighting);
         }
         ports[key] = std::move(port);
     }

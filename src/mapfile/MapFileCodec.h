@@ -12,7 +12,7 @@ namespace korvane {
 
 // Map files: one JSON document with a format marker and version, the
 // machine's controllers, the target model, and per port key whether it is
-// checked, its connector, nickname and the last device seen in it.
+// checked, its connector, nickname, note and the last device seen in it.
 
 enum class MapFileProblem { none, notAMap, newerFormat, damaged, unreadable };
 

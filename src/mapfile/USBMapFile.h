@@ -1,20 +1,15 @@
 #pragma once
 
-#include "mapfile/PortDiscovery.h"
+#include "mapfile/MappingSession.h"
 #include "records/USBControllerMap.h"
 
-#include <cstdint>
-#include <map>
-#include <optional>
 #include <set>
 #include <string>
 #include <vector>
 
 namespace korvane {
 
-// A mapping session as a map file holds it. Everything the user decided is
-// keyed by port key (usbPortStableID), the one identity that survives a
-// rescan, a reboot and, where names and numbers agree, the other system.
+// A mapping session as a map file holds it, with the machine it was made on.
 struct USBMapFile {
     // The version this program writes and the newest it reads.
     static constexpr int currentFormatVersion = 1;
@@ -22,12 +17,7 @@ struct USBMapFile {
     // The machine the map was made on: its controllers' identities as the
     // scan gave them (no ports).
     std::vector<USBControllerMap> machineControllers;
-    // The Mac model the package is for; none when not chosen.
-    std::optional<std::string> targetModel;
-    std::set<std::string> selectedPortIDs;
-    std::map<std::string, std::int64_t> connectorOverrides;
-    std::map<std::string, std::string> nicknames;
-    std::map<std::string, PortDiscovery> discoveries;
+    MappingSession session;
 
     // Every port key the map says something about.
     std::set<std::string> portKeys() const;

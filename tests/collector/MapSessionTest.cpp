@@ -41,6 +41,8 @@ TEST_F(MapSessionTest, ASavedSessionOpensAgainAsItWasAndOnlyEditsMarkItUnsaved) 
     EXPECT_FALSE(model->hasUnsavedChanges()) << "a reset's result, and a model the settings keep anyway";
     work();
     EXPECT_TRUE(model->hasUnsavedChanges());
+    EXPECT_FALSE(model->setNickname(xhc1, xhc1.ports[0], "rear\x1b[2J")) << "refused as a whole";
+    EXPECT_EQ(model->nicknameFor(xhc1, xhc1.ports[0]), "rear, blue, top");
     const USBMapFile saved = model->currentMap();
     EXPECT_EQ(model->saveMap(file("session.korvanemap")).summary, "Saved session.korvanemap.");
     EXPECT_FALSE(model->hasUnsavedChanges());
@@ -62,9 +64,9 @@ TEST_F(MapSessionTest, ASavedSessionOpensAgainAsItWasAndOnlyEditsMarkItUnsaved) 
 TEST_F(MapSessionTest, AMapFromAnotherMachineRestoresWhatMatchesAndKeepsTheRest) {
     const auto other = makeController("XHC", 0x1022, 0x15e0, {makePort("HS01", 1), makePort("HS02", 2)});
     USBMapFile map;
-    map.selectedPortIDs = {key(1), key(0, other), key(1, other)};
-    map.connectorOverrides = {{key(1, other), 255}};
-    map.nicknames = {{key(0, other), "front"}};
+    map.session.selectOnly({key(1), key(0, other), key(1, other)});
+    map.session.edit(key(1, other), [](SessionPort& port) { port.connector = 255; });
+    map.session.edit(key(0, other), [](SessionPort& port) { port.nickname = "front"; });
     writeMapFile(file("other.korvanemap"), map);
 
     scanShowing({xhc1});
@@ -78,7 +80,8 @@ TEST_F(MapSessionTest, AMapFromAnotherMachineRestoresWhatMatchesAndKeepsTheRest)
     ASSERT_TRUE(model->saveMap(file("again.korvanemap")).succeeded);
     const auto again = readMapFile(file("again.korvanemap")).map;
     ASSERT_TRUE(again);
-    EXPECT_EQ(again->connectorOverrides, map.connectorOverrides) << "kept in the file, not thrown away";
+    EXPECT_EQ(again->session.port(key(1, other)), map.session.port(key(1, other)))
+        << "kept in the file, not thrown away";
 }
 
 TEST_F(MapSessionTest, EveryRefusalLeavesTheSessionAndTheLogAsTheyWere) {

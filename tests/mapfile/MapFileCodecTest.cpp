@@ -27,13 +27,19 @@ USBMapFile everyField() {
                                 .usbDeviceName = "Cannon Lake PCH USB 3.1 xHCI Host Controller",
                                 .ports = {}};
     map.machineControllers = {controller};
-    map.targetModel = "iMac19,1";
-    map.selectedPortIDs = {hs01, ss01};
-    map.connectorOverrides = {{hs01, 10}, {hs14, 255}};
-    map.nicknames = {{hs01, "rear, blue, top"}, {ss01, "links – vorne ⚡"}};
-    map.discoveries = {
-        {hs01, {"SanDisk Ultra", std::chrono::sys_days(2026y / 11 / 22) + 13h + 3min + 9s}},
-        {"1b36:000d|S20|4|HS02|02000000", {"QEMU USB Tablet", std::chrono::sys_days(2025y / 1 / 1)}}};
+    map.session.targetModel = "iMac19,1";
+    const auto set = [&map](const std::string& key, SessionPort port) {
+        map.session.edit(key, [&port](SessionPort& entry) { entry = port; });
+    };
+    set(hs01, {.selected = true,
+               .connector = 10,
+               .nickname = "rear, blue, top",
+               .sighting =
+                   PortDiscovery{"SanDisk Ultra", std::chrono::sys_days(2026y / 11 / 22) + 13h + 3min + 9s}});
+    set(ss01, {.selected = true, .nickname = "links – vorne ⚡"});
+    set(hs14, {.connector = 255, .note = "behind the card reader"});
+    set("1b36:000d|S20|4|HS02|02000000",
+        {.sighting = PortDiscovery{"QEMU USB Tablet", std::chrono::sys_days(2025y / 1 / 1)}});
     return map;
 }
 
@@ -77,6 +83,14 @@ TEST(MapFileCodec, RefusesWhatIsNotAWholeMapOfThisVersionWithOneReason) {
         {"no machine", replaced("\"machine\"", "\"machina\""), MapFileProblem::damaged,
          "is damaged (the map has no \"machine\")"},
         {"bad UTF-8", replaced("rear, blue", "rear\xff blue"), MapFileProblem::damaged, "is damaged"},
+        {"escape in a nickname", replaced("rear, blue", "rear\\u001b[2J blue"), MapFileProblem::damaged,
+         "nickname is refused: it holds a control character (U+001B))"},
+        {"long nickname", replaced("rear, blue, top", std::string(65, 'x')), MapFileProblem::damaged,
+         "nickname is refused: it is longer than 64 characters)"},
+        {"escape in a key", replaced("|HS14|", "|HS14\\u009b|"), MapFileProblem::damaged,
+         "a port key is refused: it holds a control character (U+009B))"},
+        {"escape in a device", replaced("QEMU USB", "QEMU\\u0007USB"), MapFileProblem::damaged,
+         "seen device is refused"},
         {"deep", std::string(100, '[') + "\"korvane-port-map\"", MapFileProblem::damaged,
          "nested far too deep"},
         {"huge", std::string(maximumMapFileBytes + 1, ' '), MapFileProblem::unreadable, "is too large"},
