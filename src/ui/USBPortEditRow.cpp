@@ -148,8 +148,13 @@ USBPortEditRow::USBPortEditRow(std::shared_ptr<CollectorModel> model, USBControl
 
     // Every key reaches the model, so a Save or a close while the field still
     // has the focus neither misses the name nor drops it unasked.
-    connect(nickname_, &QLineEdit::textEdited, this,
-            [this](const QString& text) { model_->setNickname(controller_, port_, text.toStdString()); });
+    connect(nickname_, &QLineEdit::textEdited, this, [this](const QString& text) {
+        // The model refuses control characters and over-long names;
+        // the field takes back the key that broke the rule.
+        if (!model_->setNickname(controller_, port_, text.toStdString())) {
+            nickname_->undo();
+        }
+    });
     connect(nickname_, &QLineEdit::editingFinished, this, [this] { refresh(); });
 
     showPortTexts();

@@ -136,6 +136,7 @@ TEST_P(RefusalTest, EndsWithStatusTwoAndOneLine) {
     const Outcome result = run(GetParam().arguments);
     EXPECT_EQ(result.status, 2);
     EXPECT_EQ(result.out, "");
+    EXPECT_EQ(result.err.find('\x1b'), std::string::npos) << "an escape byte reached the terminal";
     std::istringstream lines(result.err);
     std::vector<std::string> said;
     for (std::string line; std::getline(lines, line);) {
@@ -170,6 +171,9 @@ const Refusal refusals[] = {
      {"scan", "--registry", iMac, "--import-kext", "{home}/junk.txt"},
      "is not a readable property list"},
     {"NicknameWithoutText", {"watch", "--registry", iMac, "--nickname", camera}, "expected KEY=TEXT"},
+    {"NicknameWithAnEscape",
+     {"scan", "--registry", iMac, "--nickname", camera + "=a\x1b[2Jb"},
+     "holds a control character (U+001B)"},
     {"MapWithSelect", {"generate", "--map", "{home}/junk.txt", "--select", "all"}, "excludes"},
     {"SaveMapOverAFile",
      {"scan", "--registry", iMac, "--save-map", "{home}/junk.txt"},
@@ -305,7 +309,8 @@ TEST_F(CommandLineTest, AFailedRunEndsWithStatusOneAndItsError) {
 TEST_F(CommandLineTest, AMapCarriesTheSessionToTheNextRun) {
     const std::string map = "{home}/s.korvanemap";
     ASSERT_EQ(run({"generate", "--registry", iMac, "--model", "iMac19,1", "--port", ss02, "--connector",
-                   ss02 + "=10", "--nickname", camera + "=camera, inside", "--save-map", map})
+                   ss02 + "=10", "--nickname", camera + "=camera, inside", "--note",
+                   camera + "=behind the lid", "--save-map", map})
                   .status,
               0);
     const auto first = readZip(zip());
@@ -316,6 +321,7 @@ TEST_F(CommandLineTest, AMapCarriesTheSessionToTheNextRun) {
     // The map and the package both restore the checks and connectors; only
     // the map knows the names.
     std::vector<std::string> nicknames;
+    std::vector<std::string> notes;
     for (const auto& start : {std::vector<std::string>{"--map", map}, {"--import-kext", zip().string()}}) {
         std::vector<std::string> arguments = {"scan", "--registry", iMac, "--json"};
         arguments.insert(arguments.end(), start.begin(), start.end());
@@ -333,6 +339,7 @@ TEST_F(CommandLineTest, AMapCarriesTheSessionToTheNextRun) {
                 }
                 if (port["name"] == "HS13") {
                     nicknames.push_back(port["nickname"]);
+                    notes.push_back(port["note"]);
                 }
             }
         }
@@ -340,6 +347,7 @@ TEST_F(CommandLineTest, AMapCarriesTheSessionToTheNextRun) {
         EXPECT_EQ(document["notMatched"], nlohmann::json::array());
     }
     EXPECT_EQ(nicknames, (std::vector<std::string>{"camera, inside", ""}));
+    EXPECT_EQ(notes, (std::vector<std::string>{"behind the lid", ""}));
 
     const Outcome elsewhere =
         run({"scan", "--registry", "{data}/macos/MacBookPro15-2/IOReg.txt", "--map", map});

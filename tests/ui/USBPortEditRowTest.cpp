@@ -79,6 +79,14 @@ TEST_F(USBPortEditRowTest, TheNicknameReachesTheModelAndTheLastDeviceStaysNamedA
     EXPECT_EQ(row->deviceLabel()->palette().color(QPalette::WindowText).alpha(), 140) << "dimmed";
 }
 
+TEST_F(USBPortEditRowTest, APastedControlCharacterIsTakenBackAndNeverReachesTheModel) {
+    rowFor(makePort("HS01", 1, ""));
+    row->nicknameField()->insert("rear");
+    row->nicknameField()->insert(QString("\x1b[2J"));
+    EXPECT_EQ(row->nicknameField()->text(), "rear");
+    EXPECT_EQ(model->nicknameFor(controller, controller.ports[0]), "rear");
+}
+
 TEST_F(USBPortEditRowTest, MarksWhereTheConnectorCameFromAndShowsThePlaceWhenThereIsOne) {
     USBPortMap port = makePort("HS01", 1, "", 9);
     port.connectorSource = ConnectorSource::firmware;
