@@ -277,6 +277,13 @@ void CollectorModel::warnIfAnyControllerReachedPortLimit(const std::map<std::str
     }
 }
 
+std::optional<std::int64_t> portBudgetFor(const USBControllerMap& controller) {
+    if (shouldWarnAboutSystemPortLimit(controller)) {
+        return CollectorModel::portLimit;
+    }
+    return std::nullopt;
+}
+
 bool shouldWarnAboutSystemPortLimit(const USBControllerMap& controller) {
     if (controller.vendorID != 0x8086) {
         return false;

@@ -97,15 +97,19 @@ void OutcomePanel::showModel(const CollectorModel& model) {
     model_ = &model;
     showLine(*runError_, model.lastRunError());
     showLine(*idsUpdateResult_, model.lastIDsUpdateResult());
-    showLine(*openZipProblem_, model.openZipProblem());
+    // The same line tells where to read on once Open ZIP showed the file.
+    showLine(*openZipProblem_, model.openZipProblem() ? model.openZipProblem() : model.openZipResult());
     // The result line reads as a failure only when a download failed.
     const bool hasFailedUpdate = model.hasFailedIDsUpdate();
     const auto& map = model.lastMapOutcome();
     showLine(*mapOutcome_, map ? std::optional<std::string>(map->summary) : std::nullopt);
     const bool hasRefusedMap = map && !map->succeeded;
-    if (hasFailedUpdate != showsFailedUpdate_ || hasRefusedMap != showsRefusedMap_) {
+    const bool hasOpenZipProblem = model.openZipProblem().has_value();
+    if (hasFailedUpdate != showsFailedUpdate_ || hasRefusedMap != showsRefusedMap_ ||
+        hasOpenZipProblem != showsOpenZipProblem_) {
         showsFailedUpdate_ = hasFailedUpdate;
         showsRefusedMap_ = hasRefusedMap;
+        showsOpenZipProblem_ = hasOpenZipProblem;
         applyColours();
     }
     appendNewLog();
@@ -142,7 +146,7 @@ void OutcomePanel::applyColours() {
     isApplyingColours_ = true;
     const WindowStyle style(palette());
     WindowStyle::setTextColor(*runError_, style.errorText());
-    WindowStyle::setTextColor(*openZipProblem_, style.errorText());
+    WindowStyle::setTextColor(*openZipProblem_, showsOpenZipProblem_ ? style.errorText() : style.secondary());
     WindowStyle::setTextColor(*idsUpdateResult_, showsFailedUpdate_ ? style.errorText() : style.secondary());
     WindowStyle::setTextColor(*mapOutcome_, showsRefusedMap_ ? style.errorText() : style.secondary());
     const QPalette& colours = logToggle_->palette();

@@ -57,6 +57,7 @@ class OutcomePanel : public QWidget {
     std::size_t shownLogSize_ = 0;          // how much of its log the view holds
     bool showsFailedUpdate_ = false;
     bool showsRefusedMap_ = false;
+    bool showsOpenZipProblem_ = false;
     bool isApplyingColours_ = false;
 };
 

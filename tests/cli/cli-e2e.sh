@@ -63,8 +63,15 @@ grep -qx "  XHC1 8086:A36D: 3 ports checked" "$home/err.txt" || fail "what the p
 ! grep -q "^korvane: " "$home/err.txt" || fail "warnings for a named model: $(grep "^korvane: " "$home/err.txt")"
 [ "$(merges)" = "iMac19,1-XHC1 iMac19,1 HS03:10 HS13:255 SS03:10" ] || fail "merge personalities: $(merges)"
 entries=$(unzip -Z1 "$home/Desktop/Korvane.zip" | grep -v '/$' | sort | tr '\n' ' ')
-[ "$entries" = "KorvaneGenerator_Work/Korvane-report.txt KorvaneGenerator_Work/Korvane.kext/Contents/Info.plist KorvaneGenerator_Work/KorvaneGenerator-log.txt " ] \
+[ "$entries" = "KorvaneGenerator_Work/INSTALL.txt KorvaneGenerator_Work/Korvane-report.txt KorvaneGenerator_Work/Korvane.kext/Contents/Info.plist KorvaneGenerator_Work/KorvaneGenerator-log.txt " ] \
   || fail "ZIP entries: $entries"
+[ "$(tail -n 1 "$home/err.txt")" = "Open Korvane.zip and read INSTALL.txt: how to install the map and what it holds." ] \
+  || fail "the last line points elsewhere: $(tail -n 1 "$home/err.txt")"
+unzip -p "$home/Desktop/Korvane.zip" KorvaneGenerator_Work/Korvane-report.txt \
+  | grep -qx "Primary source: saved registry IOReg.txt (ioreg text), read from the file; the registry of the machine that ran this generator was not used." \
+  || fail "the report's source line"
+! unzip -p "$home/Desktop/Korvane.zip" KorvaneGenerator_Work/KorvaneGenerator-log.txt | grep -q "$home" \
+  || fail "the log names the home folder"
 [ ! -e "$home/Desktop/KorvaneGenerator_Work" ] || fail "work folder left behind"
 # --select comes first, whatever the order of the options: none, then the one port.
 "$korvane" generate --registry "$dump" --port "$key" --select none >"$home/one.txt" 2>&1 || fail "generate one port"
@@ -113,20 +120,22 @@ PY
 "$korvane" scan --registry "$data/macos/MacBookPro15-2/IOReg.txt" --map "$home/s.korvanemap" 2>/dev/null \
   | grep -qx "Not on this machine (2):" || fail "mismatches of another machine"
 
-# A registry without controllers: the ZIP holds the report alone. (The live
-# road is run in a real kernel, under QEMU, never on the machine under test.)
-"$korvane" generate --registry "$data/macos/hackintosh-CML/ioreg_IOUSB-plane.txt" > "$home/none.txt" \
-  2> "$home/none-err.txt" || fail "generate without controllers"
-grep -q "it looks like an ioreg text dump of the IOUSB plane" "$home/none-err.txt" \
-  || fail "no word on why nothing matched: $(cat "$home/none-err.txt")"
-unzip -p "$home/Desktop/Korvane.zip" KorvaneGenerator_Work/Korvane-report.txt > "$home/report.txt"
-[ -s "$home/report.txt" ] || fail "empty report"
-! unzip -Z1 "$home/Desktop/Korvane.zip" | grep -q 'Korvane.kext' || fail "a package without controllers"
+# A registry without controllers: the run fails with the reason and the ZIP
+# of the run before stays as it was. (The live road is run in a real kernel,
+# under QEMU, never on the machine under test.)
+cp "$home/Desktop/Korvane.zip" "$home/before.zip"
+if "$korvane" generate --registry "$data/macos/hackintosh-CML/ioreg_IOUSB-plane.txt" > "$home/none.txt" \
+  2> "$home/none-err.txt"; then fail "generate without controllers succeeded"; fi
+grep -q "ERROR: No USB controller found: nothing to map. No USB controller in .*it looks like an ioreg text dump of the IOUSB plane" \
+  "$home/none-err.txt" || fail "no word on why nothing matched: $(cat "$home/none-err.txt")"
+cmp -s "$home/before.zip" "$home/Desktop/Korvane.zip" || fail "the earlier ZIP was touched"
+[ ! -e "$home/Desktop/KorvaneGenerator_Work" ] || fail "work folder left behind by a failed run"
 
 # A run that fails: the Desktop is a plain file.
 rm -rf "$home/Desktop" && echo x > "$home/Desktop"
 if "$korvane" generate --registry "$dump" 2> "$home/fail.txt"; then fail "generate on a file Desktop succeeded"; fi
-grep -q "ERROR: Not a directory" "$home/fail.txt" || fail "no ERROR line: $(cat "$home/fail.txt")"
+grep -q "ERROR: $home/Desktop/KorvaneGenerator_Work: Not a directory" "$home/fail.txt" \
+  || fail "no ERROR line naming the path: $(cat "$home/fail.txt")"
 rm "$home/Desktop" && mkdir "$home/Desktop"
 
 # Bad arguments: status 2 and a line that names what was wrong, for both
@@ -146,6 +155,10 @@ bad_registries() { # PROGRAM [COMMAND]
   refused "no such file" "$@" --registry "$home/missing"
   refused "not a saved registry" "$@" --registry "$home/junk.txt"
   refused "is a folder" "$@" --registry "$home"
+  refused "is not a regular file" "$@" --registry /dev/null
+  refused "an IORegistryExplorer archive (.ioreg)" "$@" --registry "$data/macos/iMac14-2/IORegistryExplorer.ioreg"
+  head -c 800 "$data/savedregistry/ioreg-a-shape.xml" > "$home/cut.xml"
+  refused "damaged (cut short?)" "$@" --registry "$home/cut.xml"
 }
 bad_registries "$korvane" scan
 refused "unknown command 'frobnicate'" "$korvane" frobnicate
