@@ -37,8 +37,9 @@ std::shared_ptr<const RegistrySource> openRegistry(const RegistryChoice& choice)
         if (!registry) {
             const auto bytes = readSavedRegistryFile(*choice.registryFile);
             const auto why = bytes ? whyNoRegistryIn(*bytes) : std::nullopt;
-            throw RegistryChoiceError(choice.registryFile->string() + ": not a saved registry (an ioreg -a "
-                                                                      "snapshot or an ioreg -l text dump)" +
+            throw RegistryChoiceError(choice.registryFile->string() +
+                                      ": not a saved registry (an ioreg -a "
+                                      "snapshot or an ioreg -l text dump)" +
                                       (why ? ": it is " + *why : std::string()));
         }
         return registry;

@@ -1,8 +1,8 @@
 #include "collector/CollectorModel.h"
 
+#include "package/InstallGuide.h"
 #include "package/KextPackageWriter.h"
 #include "package/MergePersonalityNames.h"
-#include "package/InstallGuide.h"
 #include "package/OutputSanitizer.h"
 #include "package/SensitiveTextRedaction.h"
 #include "records/CollectorError.h"
@@ -60,7 +60,7 @@ void refuseAnythingButAFileAt(const fs::path& zipURL) {
 fs::path partialZipPath(const fs::path& zipURL) {
     for (int attempt = 0;; ++attempt) {
         fs::path candidate = zipURL.parent_path() / ("." + zipURL.filename().string() + ".partial" +
-                                                      (attempt == 0 ? "" : "-" + std::to_string(attempt)));
+                                                     (attempt == 0 ? "" : "-" + std::to_string(attempt)));
         if (!fs::exists(fs::symlink_status(candidate))) {
             return candidate;
         }
@@ -325,7 +325,7 @@ InstallGuide CollectorModel::installGuide(const std::vector<USBControllerMap>& s
                     selectedPortIDs_.contains(usbPortStableID(*companion->controller, *companion->port));
             }
             if (!port.activeDevice.empty()) {
-                about.lastDevice = port.activeDevice + " (in it at this run)";
+                about.lastDevice = port.activeDevice + " (plugged in during this run)";
             } else if (auto seen = seenTextFor(controller, port); !seen.empty()) {
                 constexpr std::string_view prefix = "seen: ";
                 about.lastDevice = seen.starts_with(prefix) ? seen.substr(prefix.size()) : seen;

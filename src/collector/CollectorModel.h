@@ -323,7 +323,8 @@ class CollectorModel : public std::enable_shared_from_this<CollectorModel> {
 // location.
 bool shouldWarnAboutSystemPortLimit(const USBControllerMap& controller);
 
-// How many ports macOS uses on the controller, where the limit applies.
+// How many ports macOS uses on the controller, where a limit applies; the
+// one place the install guide and the budget checks take it from.
 std::optional<std::int64_t> portBudgetFor(const USBControllerMap& controller);
 
 } // namespace korvane

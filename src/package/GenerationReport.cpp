@@ -144,8 +144,9 @@ std::string emptyGenerationReportText(const ScanSource& source) {
         break;
     case ScanSource::Kind::liveMac:
         reason = "Reason: no USB XHCI controllers or ports were found through the native IOKit scanner.";
-        read = "The app does not call the host /usr/sbin/ioreg command. USB generation uses live IOKit data and "
-               "does not use a saved .ioreg file.";
+        read =
+            "The app does not call the host /usr/sbin/ioreg command. USB generation uses live IOKit data and "
+            "does not use a saved .ioreg file.";
         break;
     }
     return "Korvane.kext was not generated.\n" + reason + "\n" + read +

@@ -47,21 +47,21 @@ std::string controllerTitle(const USBControllerMap& controller) {
 }
 
 void appendPort(std::vector<std::string>& lines, const USBPortMap& port, const InstallGuidePort& about) {
-    lines.push_back("  " + port.name + ", port " + std::to_string(portNumber(port.portData).value_or(0)) + ": " +
-                    connectorText(port.connector) + ", from " +
-                    std::string(connectorSourceName(port.connectorSource)));
+    lines.push_back("  " + port.name + ", port " + std::to_string(portNumber(port.portData).value_or(0)) +
+                    ": " + connectorText(port.connector) +
+                    " (source: " + std::string(connectorSourceName(port.connectorSource)) + ")");
     std::vector<std::string> facts;
     if (!about.nickname.empty()) {
-        facts.push_back("name \"" + about.nickname + "\"");
+        facts.push_back("name: \"" + about.nickname + "\"");
     }
     if (!about.companion.empty()) {
-        facts.push_back("companion " + about.companion + (about.isCompanionKept ? "" : " (not kept)"));
+        facts.push_back("companion: " + about.companion + (about.isCompanionKept ? "" : " (not kept)"));
     }
     if (port.place) {
-        facts.push_back("place " + portPlaceText(*port.place));
+        facts.push_back("place: " + portPlaceText(*port.place));
     }
     if (!about.lastDevice.empty()) {
-        facts.push_back("last device " + about.lastDevice);
+        facts.push_back("last device seen: " + about.lastDevice);
     }
     if (!facts.empty()) {
         lines.push_back("      " + joined(facts, "; "));
@@ -120,13 +120,14 @@ std::string installGuideText(const InstallGuide& guide) {
             }
             unseen.push_back("  " + controller.displayName() + ": " + joined(names, ", "));
         } else if (toWrite.ports.empty()) {
-            lines.push_back("  No port kept and no template: macOS keeps its own idea of this controller's "
-                            "ports.");
+            lines.push_back("  No port kept and no template: the map names no port of it, only the "
+                            "controller itself.");
         }
         std::vector<std::string> templateNames;
         for (std::size_t index = 0; index < controller.ports.size(); ++index) {
             const USBPortMap& port = controller.ports[index];
-            const InstallGuidePort about = index < entry.ports.size() ? entry.ports[index] : InstallGuidePort{};
+            const InstallGuidePort about =
+                index < entry.ports.size() ? entry.ports[index] : InstallGuidePort{};
             appendPort(lines, port, about);
             sources.insert(port.connectorSource);
             if (!about.companion.empty() && !about.isCompanionKept) {
@@ -153,7 +154,8 @@ std::string installGuideText(const InstallGuide& guide) {
 
     if (!loneHalves.empty()) {
         heading(lines, "Ports kept without their companion");
-        lines.push_back("A USB 3 socket is two ports, a USB 2 one and a SuperSpeed one; keep both or neither.");
+        lines.push_back(
+            "A USB 3 socket is two ports, a USB 2 one and a SuperSpeed one; keep both or neither.");
         lines.insert(lines.end(), loneHalves.begin(), loneHalves.end());
     }
     if (!unseen.empty()) {
@@ -172,7 +174,8 @@ std::string installGuideText(const InstallGuide& guide) {
         "     ExecutablePath   empty: the kext has no executable",
         "     Enabled          true",
         "3. Remove every other USB port map or USB injector kext, with its entry, and any patch that lifts",
-        "   the 15-port limit (OpenCore: Kernel > Quirks > XhciPortLimit off): two maps fight over the ports.",
+        "   the 15-port limit (OpenCore: Kernel > Quirks > XhciPortLimit off): two maps fight over the "
+        "ports.",
         "4. Reboot. Then check which ports macOS shows (System Information > USB, or ioreg -p IOUSB):",
         "   plug a device into each socket and see that it appears, at the speed the socket should give.",
     };

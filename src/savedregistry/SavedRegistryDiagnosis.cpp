@@ -37,8 +37,9 @@ TreeCensus census(const NativeUSBNode& root) {
     return counts;
 }
 
-constexpr std::string_view howToSave = "On the Mac, save the registry with ioreg -l -w0 > IOReg.txt (or korvane "
-                                        "snapshot -o FILE) and open that file.";
+constexpr std::string_view howToSave =
+    "On the Mac, save the registry with ioreg -l -w0 > IOReg.txt (or korvane "
+    "snapshot -o FILE) and open that file.";
 
 // IORegistryExplorer saves its window as an NSKeyedArchiver archive whose
 // root object is a RexDataStore (the iMac14,2 file of DarwinDumped is one):
@@ -78,7 +79,8 @@ std::optional<std::string> whyNoRegistryIn(std::string_view bytes) {
         if (auto archive = whyKeyedArchive(root.get(), bytes)) {
             return archive;
         }
-        return "a property list that is not a registry saved by ioreg -a (it has no IOObjectClass entries). " +
+        return "a property list that is not a registry saved by ioreg -a (it has no IOObjectClass "
+               "entries). " +
                std::string(howToSave);
     }
     case SavedRegistryFormat::IORegText:

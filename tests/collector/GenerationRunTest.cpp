@@ -81,9 +81,9 @@ TEST_F(GenerationRunTest, ASuccessfulRunLeavesTheZipWithTheCheckedPortsTheReport
     const auto guide = entry("INSTALL.txt");
     EXPECT_THAT(guide, HasSubstr("Target model: Mac ("));
     EXPECT_THAT(guide, HasSubstr("XHC1 (8086:a36d): 2 ports of the 15 macOS uses on this controller"));
-    EXPECT_THAT(guide, HasSubstr("HS01, port 1: USB2 (code 0), from inferred\n"
-                                 "      last device Keyboard (in it at this run)"));
-    EXPECT_THAT(guide, HasSubstr("SS01, port 17: Internal (code 255), from user"))
+    EXPECT_THAT(guide, HasSubstr("HS01, port 1: USB2 (code 0) (source: inferred)\n"
+                                 "      last device seen: Keyboard (plugged in during this run)"));
+    EXPECT_THAT(guide, HasSubstr("SS01, port 17: Internal (code 255) (source: user)"))
         << "the user's pick, told as theirs";
 
     const auto plist = entry("Korvane.kext/Contents/Info.plist");
@@ -188,7 +188,8 @@ class MissingToolRunTest : public GenerationRunTest, public testing::WithParamIn
   protected:
     void customise(CollectorEnvironment& environment) override {
         GenerationRunTest::customise(environment);
-        (std::string(GetParam()) == "plutil" ? environment.tools.plutil : environment.tools.ditto) = missing();
+        (std::string(GetParam()) == "plutil" ? environment.tools.plutil : environment.tools.ditto) =
+            missing();
     }
     std::string missing() const { return (home.path() / "missing" / GetParam()).string(); }
 };
@@ -238,6 +239,7 @@ TEST_F(GenerationRunTest, OnlyAnEmptyOrMarkedWorkFolderIsRemovedAnythingElseIsTh
         {[&] { writeFileAtomically(work(), "mine"); }, false},
         {[&] { fs::create_directory_symlink(home.path(), work()); }, false},
     };
+    loadPorts();
     for (const auto& [make, isRemoved] : rows) {
         fs::remove_all(desktopFolder);
         fs::create_directories(desktopFolder);
@@ -271,6 +273,7 @@ class LockedRunTest : public GenerationRunTest {
 };
 
 TEST_F(LockedRunTest, ARunWaitsForAnotherOnTheSameWorkFolderAndSaysSo) {
+    loadPorts();
     generate();
     EXPECT_THAT(logLines(), Contains("Another KorvaneGenerator run is using " + work().string() +
                                      "; waiting for it to end..."));
@@ -297,11 +300,10 @@ TEST_P(BrokenDittoRunTest, EndsTheRunKeepingTheWorkFolder) {
     generate();
     const auto [script, failure, output] = GetParam();
     // The tool's output, with its own line feed, follows the message's first line.
-    EXPECT_TRUE(model->logText().ends_with("] ERROR: " + std::string(failure) +
-                                           (home.path() / "ditto").string() +
-                                           " -c -k --sequesterRsrc --keepParent " + work().string() + " " +
-                                           (desktopFolder / ".Korvane.zip.partial").string() + "\n" + output +
-                                           "\n"))
+    EXPECT_TRUE(
+        model->logText().ends_with("] ERROR: " + std::string(failure) + (home.path() / "ditto").string() +
+                                   " -c -k --sequesterRsrc --keepParent " + work().string() + " " +
+                                   (desktopFolder / ".Korvane.zip.partial").string() + "\n" + output + "\n"))
         << model->logText();
     EXPECT_FALSE(fs::exists(work()));
     EXPECT_FALSE(fs::exists(desktopFolder / ".Korvane.zip.partial"));

@@ -23,7 +23,8 @@ TEST(GenerationReport, ListsEveryControllerAndPortAlsoThoseThePackageLeavesOut) 
     const auto unknown = makeController("", 0, 0x1234);
     EXPECT_TRUE(
         matchesGolden(generationReportText({own, fromTemplate, unknown}), "package/Korvane-report.txt"));
-    EXPECT_TRUE(emptyGenerationReportText().ends_with("without USB configuration data.")) << "no final line feed";
+    EXPECT_TRUE(emptyGenerationReportText().ends_with("without USB configuration data."))
+        << "no final line feed";
 }
 
 std::vector<std::string> lines(const std::string& text) {
@@ -105,18 +106,19 @@ INSTANTIATE_TEST_SUITE_P(
                    "No static controller database is injected; every support match is generated from this "
                    "machine's detected USB controller PCI IDs."},
                   "found in this machine's Linux sysfs."},
-        SourceRow{"LinuxWithoutFirmware",
-                  {ScanSource::Kind::linuxSysfs},
-                  ConnectorSource::kernel,
-                  {"Includes only dynamic AppleUSBXHCIPCI support personalities for USB controller PCI IDs "
-                   "detected on this machine.",
-                   "Primary source: this machine's Linux sysfs (PCI devices and USB root hubs), read under "
-                   "Linux; connector types did not come from the firmware: they are the kernel's or inferred, "
-                   "so check them.",
-                   "No static controller database is injected; every support match is generated from this "
-                   "machine's detected USB controller PCI IDs."},
-                  "found in this machine's Linux sysfs."}),
-    [](const auto& info) { return std::string(info.param.name); });
+        SourceRow{
+            "LinuxWithoutFirmware",
+            {ScanSource::Kind::linuxSysfs},
+            ConnectorSource::kernel,
+            {"Includes only dynamic AppleUSBXHCIPCI support personalities for USB controller PCI IDs "
+             "detected on this machine.",
+             "Primary source: this machine's Linux sysfs (PCI devices and USB root hubs), read under "
+             "Linux; connector types did not come from the firmware: they are the kernel's or inferred, "
+             "so check them.",
+             "No static controller database is injected; every support match is generated from this "
+             "machine's detected USB controller PCI IDs."},
+            "found in this machine's Linux sysfs."}),
+    [](const auto& row) { return std::string(row.param.name); });
 
 } // namespace
 } // namespace korvane

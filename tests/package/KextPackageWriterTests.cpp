@@ -57,7 +57,8 @@ TEST_F(KextPackageWriterTest, AnEmptyListWritesTheReportAloneAndAnAbsentOneTakes
 
     const ScanSource saved{ScanSource::Kind::savedRegistry, "IOReg.txt", "ioreg text"};
     generateKorvaneKext(out, std::nullopt, controllers, tools, "Mac", {}, saved);
-    EXPECT_EQ(report(), generationReportText(controllers, saved)) << "the report names the source it is given";
+    EXPECT_EQ(report(), generationReportText(controllers, saved))
+        << "the report names the source it is given";
 }
 
 TEST_F(KextPackageWriterTest, ARejectedListThrowsTheToolsOutputAndWritesNoReport) {

@@ -43,14 +43,14 @@ TEST_P(HomeFolderTest, WritesTheHomeFolderAsTildeOnlyWhereItIsTheWholeFolder) {
 
 INSTANTIATE_TEST_SUITE_P(
     Rows, HomeFolderTest,
-    ::testing::Values(
-        HomeRow{"BelowIt", "/home/ann", "Target Desktop: /home/ann/Desktop", "Target Desktop: ~/Desktop"},
-        HomeRow{"TwiceAndAtTheEnd", "/home/ann/", "/home/ann/a and /home/ann", "~/a and ~"},
-        HomeRow{"QuotedAndColon", "/home/ann", "'/home/ann': gone", "'~': gone"},
-        HomeRow{"ALongerNameIsAnother", "/home/ann", "/home/anna/x /home/ann.old /home/ann-2",
-                "/home/anna/x /home/ann.old /home/ann-2"},
-        HomeRow{"RootOrNoneChangesNothing", "/", "/home/ann/x", "/home/ann/x"},
-        HomeRow{"Empty", "", "/home/ann/x", "/home/ann/x"}),
+    ::testing::Values(HomeRow{"BelowIt", "/home/ann", "Target Desktop: /home/ann/Desktop",
+                              "Target Desktop: ~/Desktop"},
+                      HomeRow{"TwiceAndAtTheEnd", "/home/ann/", "/home/ann/a and /home/ann", "~/a and ~"},
+                      HomeRow{"QuotedAndColon", "/home/ann", "'/home/ann': gone", "'~': gone"},
+                      HomeRow{"ALongerNameIsAnother", "/home/ann", "/home/anna/x /home/ann.old /home/ann-2",
+                              "/home/anna/x /home/ann.old /home/ann-2"},
+                      HomeRow{"RootOrNoneChangesNothing", "/", "/home/ann/x", "/home/ann/x"},
+                      HomeRow{"Empty", "", "/home/ann/x", "/home/ann/x"}),
     [](const auto& row) { return std::string(row.param.name); });
 
 } // namespace

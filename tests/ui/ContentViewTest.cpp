@@ -92,7 +92,8 @@ TEST_F(ContentViewTest, ControlsAndOutcomesFollowTheModelsState) {
              model->startCollection();
              scheduler.runUntilIdle();
          },
-         "1111101", "Reset Ports|Update IDs|Ready", "ERROR: Not a directory\n" + noNetwork},
+         "1111101", "Reset Ports|Update IDs|Ready",
+         "ERROR: " + (desktopFolder / "KorvaneGenerator_Work").string() + ": Not a directory\n" + noNetwork},
         {"next run", [&] { model->startCollection(); }, "0000000", "Reset Ports|Update IDs|Running",
          noNetwork},
     };
