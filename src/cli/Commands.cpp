@@ -164,7 +164,6 @@ int runGenerate(const GenerateOptions& options) {
         warn("the package names no Mac model (\"Mac\"), so macOS applies it on no Mac; name the Mac it is "
              "for with --model MODEL, e.g. --model iMac19,1.");
     }
-    std::fprintf(stderr, "%s\n", CollectorModel::installGuideHint);
     return 0;
 }
 

@@ -325,7 +325,7 @@ InstallGuide CollectorModel::installGuide(const std::vector<USBControllerMap>& s
                     selectedPortIDs_.contains(usbPortStableID(*companion->controller, *companion->port));
             }
             if (!port.activeDevice.empty()) {
-                about.lastDevice = port.activeDevice + " (plugged in during this run)";
+                about.lastDevice = port.activeDevice + " (in it when the ports were read)";
             } else if (auto seen = seenTextFor(controller, port); !seen.empty()) {
                 constexpr std::string_view prefix = "seen: ";
                 about.lastDevice = seen.starts_with(prefix) ? seen.substr(prefix.size()) : seen;

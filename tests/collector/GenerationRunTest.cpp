@@ -82,7 +82,7 @@ TEST_F(GenerationRunTest, ASuccessfulRunLeavesTheZipWithTheCheckedPortsTheReport
     EXPECT_THAT(guide, HasSubstr("Target model: Mac ("));
     EXPECT_THAT(guide, HasSubstr("XHC1 (8086:a36d): 2 ports of the 15 macOS uses on this controller"));
     EXPECT_THAT(guide, HasSubstr("HS01, port 1: USB2 (code 0) (source: inferred)\n"
-                                 "      last device seen: Keyboard (plugged in during this run)"));
+                                 "      last device seen: Keyboard (in it when the ports were read)"));
     EXPECT_THAT(guide, HasSubstr("SS01, port 17: Internal (code 255) (source: user)"))
         << "the user's pick, told as theirs";
 

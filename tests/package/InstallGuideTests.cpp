@@ -28,7 +28,7 @@ InstallGuide deskGuide() {
             .source = {ScanSource::Kind::savedRegistry, "IOReg.txt", "ioreg text"},
             .controllers = {
                 {xhc1,
-                 {{"rear, blue, top", "SS01", true, "Keyboard (plugged in during this run)"},
+                 {{"rear, blue, top", "SS01", true, "Keyboard (in it when the ports were read)"},
                   {"", "HS01", true, "SanDisk Ultra, 14:03"},
                   {"", "SS02", false, ""}},
                  15},
