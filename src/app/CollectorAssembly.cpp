@@ -16,12 +16,32 @@ namespace {
 std::optional<std::string> noControllerNotice(const std::filesystem::path& file,
                                               const RegistrySource& registry) {
     const auto bytes = readSavedRegistryFile(file);
+    if (!bytes) {
+        return "No USB controller in " + file.string() + ": it can no longer be read.";
+    }
     const auto root = registry.copyRoot();
-    if (!bytes || !root) {
-        return std::nullopt;
+    if (!root) {
+        return "No USB controller in " + file.string() + ": it is " +
+               whyNoRegistryIn(*bytes).value_or("no saved registry now.");
     }
     return "No USB controller in " + file.string() + ": it looks like " +
            whyNoControllerIn(*root, savedRegistryFormat(*bytes));
+}
+
+// What the scans of this choice read, named as the report names it.
+ScanSource scanSourceOf(const RegistryChoice& choice) {
+    if (choice.isLive()) {
+        return liveScanSource();
+    }
+    const std::filesystem::path file = choice.registryFile ? *choice.registryFile : *choice.ioregFile;
+    std::string kind = "ioreg text";
+    if (choice.registryFile) {
+        const auto bytes = readSavedRegistryFile(file);
+        if (bytes && savedRegistryFormat(*bytes) == SavedRegistryFormat::Snapshot) {
+            kind = "registry snapshot";
+        }
+    }
+    return {.kind = ScanSource::Kind::savedRegistry, .fileName = file.filename().string(), .fileKind = kind};
 }
 
 } // namespace
@@ -48,7 +68,7 @@ std::shared_ptr<CollectorModel> assembleCollectorModel(const RegistryChoice& cho
         .desktop = desktop,
         .scanRegistry =
             [registry = std::move(registry), ioregFile = choice.ioregFile, registryFile = choice.registryFile,
-             &names, plutil = tools.plutil] {
+             &names, plutil = tools.plutil, source = scanSourceOf(choice)] {
                 USBScanResult result =
                     USBTreeScanner{
                         .ioregFile = ioregFile, .liveRegistry = *registry, .names = names, .plutil = plutil}
@@ -57,6 +77,11 @@ std::shared_ptr<CollectorModel> assembleCollectorModel(const RegistryChoice& cho
                     if (auto notice = noControllerNotice(*registryFile, *registry)) {
                         result.notices.push_back(std::move(*notice));
                     }
+                } else if (result.controllers.empty()) {
+                    // Every empty list says why, the live one too.
+                    result.notices.push_back("No USB controller in " + scanSourceText(source) +
+                                             ": it shows no PCI device of the xHCI class (0C0330) with its "
+                                             "USB root hubs.");
                 }
                 return result;
             },
@@ -71,6 +96,8 @@ std::shared_ptr<CollectorModel> assembleCollectorModel(const RegistryChoice& cho
     if (listenForHotplug && choice.isLive()) {
         environment.hotplugSource = makeHotplugSource(scheduler);
     }
+    environment.scanSource = scanSourceOf(choice);
+    environment.homeFolder = homeDirectory(Environment::process());
     environment.workFolderLocks = std::make_shared<FileWorkFolderLocks>(lockDirectory());
     environment.idsSources = IDsDownloadSources::standard();
     environment.idsLocations = names.locations();

@@ -3,6 +3,7 @@
 #include "platform/LiveSources.h"
 #include "platform/PlatformFolders.h"
 #include "savedregistry/SavedRegistry.h"
+#include "savedregistry/SavedRegistryDiagnosis.h"
 
 namespace korvane {
 
@@ -10,11 +11,16 @@ namespace {
 
 void requireFile(const std::filesystem::path& file) {
     std::error_code error;
-    if (std::filesystem::is_directory(file, error)) {
+    const auto status = std::filesystem::status(file, error);
+    if (std::filesystem::is_directory(status)) {
         throw RegistryChoiceError(file.string() + ": is a folder, not a saved registry file");
     }
-    if (!std::filesystem::is_regular_file(file, error)) {
+    if (!std::filesystem::exists(status)) {
         throw RegistryChoiceError(file.string() + ": no such file");
+    }
+    // A device or a pipe (/dev/null, a fifo) would read as empty or never end.
+    if (!std::filesystem::is_regular_file(status)) {
+        throw RegistryChoiceError(file.string() + ": is not a regular file");
     }
 }
 
@@ -29,9 +35,12 @@ std::shared_ptr<const RegistrySource> openRegistry(const RegistryChoice& choice)
         requireFile(*choice.registryFile);
         std::shared_ptr<const RegistrySource> registry = openSavedRegistry(*choice.registryFile);
         if (!registry) {
-            throw RegistryChoiceError(
-                choice.registryFile->string() +
-                ": not a saved registry (an ioreg -a snapshot or an ioreg -l text dump)");
+            const auto bytes = readSavedRegistryFile(*choice.registryFile);
+            const auto why = bytes ? whyNoRegistryIn(*bytes) : std::nullopt;
+            throw RegistryChoiceError(choice.registryFile->string() +
+                                      ": not a saved registry (an ioreg -a "
+                                      "snapshot or an ioreg -l text dump)" +
+                                      (why ? ": it is " + *why : std::string()));
         }
         return registry;
     }

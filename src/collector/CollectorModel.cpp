@@ -1,5 +1,6 @@
 #include "collector/CollectorModel.h"
 
+#include "package/InstallGuide.h"
 #include "package/KextPackageWriter.h"
 #include "package/MergePersonalityNames.h"
 #include "package/OutputSanitizer.h"
@@ -33,6 +34,58 @@ void removeLeftoverWorkFolder(const fs::path& workFolder) {
     throw CollectorError::operationFailed(workFolder.string() +
                                           " was not made by KorvaneGenerator and is left as it is. Move it "
                                           "away from the Desktop or rename it, then generate again.");
+}
+
+// The ZIP of an earlier run is replaced; anything else of that name (a
+// folder, a link, a device) is the user's and stops the run untouched.
+void refuseAnythingButAFileAt(const fs::path& zipURL) {
+    const auto status = fs::symlink_status(zipURL);
+    if (!fs::exists(status) || fs::is_regular_file(status)) {
+        return;
+    }
+    const std::string what = fs::is_directory(status) ? "a folder" : "not a regular file";
+    throw CollectorError::operationFailed(zipURL.string() + " is " + what +
+                                          ", not a ZIP of an earlier run, and is left as it is. Move it away "
+                                          "from the Desktop or rename it, then generate again.");
+}
+
+// Where ditto writes the ZIP until it is complete: beside it, so that the
+// rename onto Korvane.zip stays on one file system; never a name in use.
+fs::path partialZipPath(const fs::path& zipURL) {
+    for (int attempt = 0;; ++attempt) {
+        fs::path candidate = zipURL.parent_path() / ("." + zipURL.filename().string() + ".partial" +
+                                                     (attempt == 0 ? "" : "-" + std::to_string(attempt)));
+        if (!fs::exists(fs::symlink_status(candidate))) {
+            return candidate;
+        }
+    }
+}
+
+// Why a run found nothing to map: the scan's own account where it gave one
+// (a saved registry says what it looked like), else what was read.
+std::string noControllerReason(const std::vector<std::string>& notices, const ScanSource& source) {
+    std::vector<std::string> reasons;
+    for (const auto& notice : notices) {
+        if (notice.starts_with("No USB controller")) {
+            reasons.push_back(notice);
+        }
+    }
+    if (reasons.empty()) {
+        return "The scan of " + scanSourceText(source) + " found no USB xHCI controller.";
+    }
+    return joined(reasons, " ");
+}
+
+std::string targetModelOrigin(TargetMacModel::Source source) {
+    switch (source) {
+    case TargetMacModel::Source::userChoice:
+        return "your choice: the Target Mac model field, --model, or a map or package you opened";
+    case TargetMacModel::Source::thisMachine:
+        return "the model of the machine KorvaneGenerator ran on";
+    case TargetMacModel::Source::fallback:
+        break;
+    }
+    return "no model was chosen and the machine KorvaneGenerator ran on named none";
 }
 
 void markWorkFolder(const fs::path& workFolder) {
@@ -103,6 +156,7 @@ void CollectorModel::startCollection() {
     lastZipURL_.reset();
     lastRunError_.reset();
     openZipProblem_.reset();
+    openZipResult_.reset();
     changed();
     std::weak_ptr<CollectorModel> weak = weak_from_this();
     environment_.scheduler.runInBackground(Scheduler::Priority::userInitiated, [weak] {
@@ -126,10 +180,11 @@ std::unique_ptr<WorkFolderLock> CollectorModel::lockWorkFolder(const fs::path& w
 }
 
 void CollectorModel::runCollection() {
-    // Held until the failure ending has marked the folder again, so no other
-    // run finds it unmarked.
+    // Held until the failure ending has removed the folder, so no other run
+    // finds it half gone.
     std::unique_ptr<WorkFolderLock> lock;
     fs::path createdWorkFolder;
+    fs::path partialZip;
     try {
         onMain([this] {
             append(std::string(40, '-'));
@@ -140,6 +195,7 @@ void CollectorModel::runCollection() {
         const fs::path zipURL = desktop / zipName;
 
         lock = lockWorkFolder(workFolder);
+        refuseAnythingButAFileAt(zipURL);
         removeLeftoverWorkFolder(workFolder);
         fs::create_directories(workFolder);
         createdWorkFolder = workFolder;
@@ -155,7 +211,16 @@ void CollectorModel::runCollection() {
         }
 
         std::vector<USBControllerMap> selected;
-        onMain([&] { selected = selectedControllers(); });
+        std::vector<std::string> notices;
+        onMain([&] {
+            selected = selectedControllers();
+            notices = scanNotices_;
+        });
+        if (selected.empty()) {
+            // A ZIP without a map would pass for one; an earlier ZIP stays.
+            throw CollectorError::operationFailed("No USB controller found: nothing to map. " +
+                                                  noControllerReason(notices, environment_.scanSource));
+        }
         std::size_t portCount = 0;
         for (const auto& controller : selected) {
             portCount += controller.ports.size();
@@ -165,22 +230,26 @@ void CollectorModel::runCollection() {
         });
 
         const std::string model = resolveTargetModel();
-        generateKorvaneKext(workFolder, std::nullopt, selected, environment_.tools, model);
+        generateKorvaneKext(workFolder, std::nullopt, selected, environment_.tools, model, {},
+                            environment_.scanSource);
+        InstallGuide guide;
+        onMain([&] { guide = installGuide(selected); });
+        writeFileAtomically(workFolder / installGuideFileName, installGuideText(guide));
         onMain([this] { append("Korvane.kext step completed."); });
 
         sanitizeDirectory(workFolder, environment_.tools.plutil);
         writeCollectorLog(workFolder / logFileName);
 
-        if (fs::exists(fs::symlink_status(zipURL))) {
-            fs::remove_all(zipURL);
-        }
         onMain([this] { append("Creating ZIP on Desktop..."); });
-        // The ZIP holds the run's files only; a failure from here on marks
-        // the folder again.
+        // The ZIP holds the run's files only.
         fs::remove(workFolder / workFolderMarkName);
-        runProcess(environment_.tools.ditto,
-                   {"-c", "-k", "--sequesterRsrc", "--keepParent", workFolder.string(), zipURL.string()},
-                   desktop, environment_.dittoTimeout);
+        partialZip = partialZipPath(zipURL);
+        runTool(environment_.tools.ditto,
+                {"-c", "-k", "--sequesterRsrc", "--keepParent", workFolder.string(), partialZip.string()},
+                desktop, environment_.dittoTimeout);
+        // Only a complete ZIP replaces the one of an earlier run.
+        fs::rename(partialZip, zipURL);
+        partialZip.clear();
         onMain([&] { append("ZIP created successfully: " + zipURL.string()); });
 
         std::error_code ignored;
@@ -188,6 +257,7 @@ void CollectorModel::runCollection() {
         lock.reset(); // before the run is seen to end, so a new one never waits on it
         onMain([&] {
             append("Temporary Desktop folder removed after ZIP creation.");
+            append(installGuideHint);
             lastZipURL_ = zipURL;
             isRunning_ = false;
             changed();
@@ -195,12 +265,20 @@ void CollectorModel::runCollection() {
         });
     } catch (...) {
         const std::string line = "ERROR: " + errorDescription(std::current_exception());
+        // What this run made goes; what stood there before it stays.
+        std::error_code ignored;
+        if (!partialZip.empty()) {
+            fs::remove(partialZip, ignored);
+        }
         if (!createdWorkFolder.empty()) {
-            try {
-                markWorkFolder(createdWorkFolder);
-            } catch (...) {
-                // Unmarked, the next run asks the user to move the folder
-                // away rather than remove it.
+            fs::remove_all(createdWorkFolder, ignored);
+            if (fs::exists(fs::symlink_status(createdWorkFolder, ignored))) {
+                try {
+                    markWorkFolder(createdWorkFolder);
+                } catch (...) {
+                    // Unmarked, the next run asks the user to move the folder
+                    // away rather than remove it.
+                }
             }
         }
         lock.reset();
@@ -214,9 +292,51 @@ void CollectorModel::runCollection() {
     }
 }
 
+InstallGuide CollectorModel::installGuide(const std::vector<USBControllerMap>& selected) const {
+    const TargetMacModel target = targetMacModel();
+    InstallGuide guide{.targetModel = target.value,
+                       .targetModelOrigin = targetModelOrigin(target.source),
+                       .isTargetModelAMac = target.source != TargetMacModel::Source::fallback,
+                       .source = environment_.scanSource};
+    // The scanned ports by key: a kept port carries the user's connector
+    // already, and only the scanned one tells whether that is the scan's.
+    std::map<std::string, ScannedPort> scanned;
+    for (const auto& controller : scannedControllers_) {
+        for (const auto& port : controller.ports) {
+            scanned.emplace(usbPortStableID(controller, port), ScannedPort{&controller, &port});
+        }
+    }
+    for (const auto& controller : selected) {
+        InstallGuideController entry{.controller = controller, .portBudget = portBudgetFor(controller)};
+        for (auto& port : entry.controller.ports) {
+            if (const auto it = scanned.find(usbPortStableID(controller, port)); it != scanned.end()) {
+                port.connectorSource = connectorSourceFor(*it->second.controller, *it->second.port);
+            }
+            InstallGuidePort about{.nickname = nicknameFor(controller, port),
+                                   .companion = companionName(controller, port)};
+            if (const auto companion = companionOf(port)) {
+                about.isCompanionKept =
+                    selectedPortIDs_.contains(usbPortStableID(*companion->controller, *companion->port));
+            }
+            if (!port.activeDevice.empty()) {
+                about.lastDevice = port.activeDevice + " (in it when the ports were read)";
+            } else if (auto seen = seenTextFor(controller, port); !seen.empty()) {
+                constexpr std::string_view prefix = "seen: ";
+                about.lastDevice = seen.starts_with(prefix) ? seen.substr(prefix.size()) : seen;
+            }
+            entry.ports.push_back(std::move(about));
+        }
+        guide.controllers.push_back(std::move(entry));
+    }
+    return guide;
+}
+
 void CollectorModel::writeCollectorLog(const fs::path& file) {
     std::string text;
     onMain([&] { text = logText_; });
+    if (environment_.homeFolder) {
+        text = maskHomeFolder(text, *environment_.homeFolder);
+    }
     writeFileAtomically(file, redactSensitiveText(text));
 }
 
@@ -315,12 +435,14 @@ void CollectorModel::openDesktopZip() {
     std::error_code error;
     const bool isThere = fs::exists(*lastZipURL_, error);
     const bool isShown = environment_.desktop.revealInFileManager(*lastZipURL_);
+    openZipResult_.reset();
     if (!isThere) {
         openZipProblem_ = "Open ZIP found nothing: " + lastZipURL_->string() + " was moved or deleted.";
     } else if (!isShown) {
         openZipProblem_ = "Open ZIP: no file manager could show " + lastZipURL_->string() + ".";
     } else {
         openZipProblem_.reset();
+        openZipResult_ = std::string(installGuideHint);
     }
     changed();
 }

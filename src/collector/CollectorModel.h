@@ -9,6 +9,8 @@
 #include "ids/IDsDownload.h"
 #include "ids/IDsNameResolver.h"
 #include "mapfile/USBMapFile.h"
+#include "package/InstallGuide.h"
+#include "package/ScanSource.h"
 #include "records/USBControllerMap.h"
 #include "tools/ToolPaths.h"
 
@@ -46,6 +48,11 @@ struct CollectorEnvironment {
     // value otherwise or when absent. Called on a background thread.
     std::function<std::optional<std::string>()> machineModel{};
     double dittoTimeout = 60;
+    // What scanRegistry reads, for the report and the install guide to say.
+    ScanSource scanSource{};
+    // The user's home folder, which the ZIP's log writes as "~"; none leaves
+    // paths as they are.
+    std::optional<std::filesystem::path> homeFolder{};
     IDsDownloadSources idsSources{};
     IDsDatabaseLocations idsLocations{};
 };
@@ -75,6 +82,9 @@ class CollectorModel : public std::enable_shared_from_this<CollectorModel> {
     static constexpr const char* workFolderMarkName = ".korvane-work-folder";
     static constexpr std::int64_t portLimit = 15;
     static constexpr Scheduler::Seconds hotplugDebounce{0.18};
+    // What a successful run and Open ZIP point the user to.
+    static constexpr const char* installGuideHint =
+        "Open Korvane.zip and read INSTALL.txt: how to install the map and what it holds.";
 
     static std::shared_ptr<CollectorModel> create(CollectorEnvironment environment);
 
@@ -127,6 +137,9 @@ class CollectorModel : public std::enable_shared_from_this<CollectorModel> {
     bool hasFailedIDsUpdate() const { return hasFailedIDsUpdate_; }
     // Why Open ZIP could show nothing, until the next run or Open ZIP.
     const std::optional<std::string>& openZipProblem() const { return openZipProblem_; }
+    // What Open ZIP showed and what to read in it, when it could show it;
+    // until the next run or Open ZIP.
+    const std::optional<std::string>& openZipResult() const { return openZipResult_; }
     // What the last open, save or import of a map gave, refusals included.
     const std::optional<MapOutcome>& lastMapOutcome() const { return lastMapOutcome_; }
 
@@ -226,6 +239,8 @@ class CollectorModel : public std::enable_shared_from_this<CollectorModel> {
     std::filesystem::path desktopURL() const;
 
     void runCollection();
+    // The install guide of a run that writes `selected`; on the main thread.
+    InstallGuide installGuide(const std::vector<USBControllerMap>& selected) const;
     std::unique_ptr<WorkFolderLock> lockWorkFolder(const std::filesystem::path& workFolder);
     void writeCollectorLog(const std::filesystem::path& file);
 
@@ -269,6 +284,7 @@ class CollectorModel : public std::enable_shared_from_this<CollectorModel> {
     std::optional<std::string> lastIDsUpdateResult_;
     bool hasFailedIDsUpdate_ = false;
     std::optional<std::string> openZipProblem_;
+    std::optional<std::string> openZipResult_;
     std::optional<MapOutcome> lastMapOutcome_;
 
     USBDeviceHotplugMonitor usbMonitor_;
@@ -282,5 +298,9 @@ class CollectorModel : public std::enable_shared_from_this<CollectorModel> {
 // Intel, and "XHC" or "XHCI" as a whole word of its name, match name or
 // location.
 bool shouldWarnAboutSystemPortLimit(const USBControllerMap& controller);
+
+// How many ports macOS uses on the controller, where a limit applies; the
+// one place the install guide and the budget checks take it from.
+std::optional<std::int64_t> portBudgetFor(const USBControllerMap& controller);
 
 } // namespace korvane

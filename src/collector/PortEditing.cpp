@@ -231,6 +231,12 @@ void CollectorModel::warnIfAnyControllerReachedPortLimit(const std::map<std::str
     }
 }
 
+std::optional<std::int64_t> portBudgetFor(const USBControllerMap&) {
+    // macOS's xHCI drivers use at most 15 ports of any controller; the alert
+    // is kept to Intel's, the only ones that commonly have more.
+    return CollectorModel::portLimit;
+}
+
 bool shouldWarnAboutSystemPortLimit(const USBControllerMap& controller) {
     if (controller.vendorID != 0x8086) {
         return false;

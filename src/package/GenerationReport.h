@@ -1,5 +1,6 @@
 #pragma once
 
+#include "package/ScanSource.h"
 #include "records/USBControllerMap.h"
 
 #include <string>
@@ -9,12 +10,13 @@
 namespace korvane {
 
 // The plain-text account of a generation for the person who inspects the
-// ZIP: a fixed preface, then one block per controller of the list as it was
-// handed in. It lists every controller and port, also those the package
-// leaves out. Ends in exactly one line feed.
-std::string generationReportText(const std::vector<USBControllerMap>& controllers);
+// ZIP: a preface whose lines 3 to 5 say what `source` was, then one block per
+// controller of the list as it was handed in. It lists every controller and
+// port, also those the package leaves out. Ends in exactly one line feed.
+std::string generationReportText(const std::vector<USBControllerMap>& controllers,
+                                 const ScanSource& source = {});
 
-// The whole report when there was no controller at all; no final line feed.
-extern const std::string_view emptyGenerationReportText;
+// The whole report when `source` gave no controller at all; no final line feed.
+std::string emptyGenerationReportText(const ScanSource& source = {});
 
 } // namespace korvane

@@ -31,7 +31,8 @@ std::string infoPlistXML(const std::vector<USBControllerMap>& controllers, std::
 void generateKorvaneKext(const std::filesystem::path& folder,
                          const std::optional<std::filesystem::path>& ioregFile,
                          const std::optional<std::vector<USBControllerMap>>& selectedControllers,
-                         const ToolPaths& tools, std::string_view machineModel, const USBScanFunction& scan) {
+                         const ToolPaths& tools, std::string_view machineModel, const USBScanFunction& scan,
+                         const ScanSource& source) {
     std::vector<USBControllerMap> controllers;
     if (selectedControllers) {
         controllers = *selectedControllers;
@@ -41,7 +42,7 @@ void generateKorvaneKext(const std::filesystem::path& folder,
 
     const auto reportPath = folder / reportFileName;
     if (controllers.empty()) {
-        writeFileAtomically(reportPath, emptyGenerationReportText);
+        writeFileAtomically(reportPath, emptyGenerationReportText(source));
         return;
     }
 
@@ -57,9 +58,9 @@ void generateKorvaneKext(const std::filesystem::path& folder,
     const auto infoPlist = contents / "Info.plist";
     writeFileAtomically(infoPlist, infoPlistXML(controllers, machineModel));
 
-    runProcess(tools.plutil, {"-lint", infoPlist.string()}, std::nullopt, plutilTimeout);
+    runTool(tools.plutil, {"-lint", infoPlist.string()}, std::nullopt, plutilTimeout);
 
-    writeFileAtomically(reportPath, generationReportText(controllers));
+    writeFileAtomically(reportPath, generationReportText(controllers, source));
 }
 
 } // namespace korvane

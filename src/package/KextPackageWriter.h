@@ -1,5 +1,6 @@
 #pragma once
 
+#include "package/ScanSource.h"
 #include "records/USBControllerMap.h"
 #include "tools/ToolPaths.h"
 
@@ -22,6 +23,7 @@ using USBScanFunction = std::function<USBScanResult(const std::optional<std::fil
 // writes only the report's no-controller text and no bundle. An absent list
 // is replaced by `scan(ioregFile)`, or by an empty list without `scan`.
 //
+// `source` is what the controllers were read from, for the report to say.
 // `machineModel` is the Mac model the merge personalities name (the caller
 // has chosen it: the user's, this machine's, or "Mac"); `plutil -lint` from
 // `tools` checks the written file.
@@ -38,6 +40,6 @@ void generateKorvaneKext(const std::filesystem::path& folder,
                          const std::optional<std::filesystem::path>& ioregFile,
                          const std::optional<std::vector<USBControllerMap>>& selectedControllers,
                          const ToolPaths& tools, std::string_view machineModel,
-                         const USBScanFunction& scan = {});
+                         const USBScanFunction& scan = {}, const ScanSource& source = {});
 
 } // namespace korvane

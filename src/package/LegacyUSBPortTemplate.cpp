@@ -141,7 +141,8 @@ std::vector<USBPortMap> legacyUSBPortTemplatePorts(const USBControllerMap& contr
     std::vector<USBPortMap> ports;
     ports.reserve(entry->ports.size());
     for (const auto& port : entry->ports) {
-        ports.push_back({port.name, "template", port.connector, portData(port.port), "", ""});
+        ports.push_back(
+            {port.name, std::string(templatePortLocation), port.connector, portData(port.port), "", ""});
     }
     return ports;
 }

@@ -35,6 +35,9 @@ std::optional<std::string> legacyUSBPortTemplateKey(const USBControllerMap& cont
 // The template lives for the whole program.
 const LegacyUSBPortTemplate* legacyUSBPortTemplate(std::string_view key);
 
+// The location of every port that came from a template, not from a scan.
+inline constexpr std::string_view templatePortLocation = "template";
+
 // The template's ports as records (location "template", four-byte port data),
 // in table order; empty when there is no key or no template.
 std::vector<USBPortMap> legacyUSBPortTemplatePorts(const USBControllerMap& controller);

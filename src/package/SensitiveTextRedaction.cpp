@@ -127,4 +127,34 @@ std::string redactSensitiveText(std::string_view text) {
     return result;
 }
 
+std::string maskHomeFolder(std::string_view text, const std::filesystem::path& home) {
+    std::string folder = home.lexically_normal().string();
+    while (folder.size() > 1 && folder.back() == '/') {
+        folder.pop_back();
+    }
+    if (folder.size() <= 1) {
+        return std::string(text);
+    }
+    // A name goes on past the folder's end with any of these; anything else
+    // (a slash, a blank, a quote, a colon, the end) ends the path there.
+    const auto continuesName = [](char c) {
+        const bool isAlphanumeric =
+            (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9');
+        return isAlphanumeric || c == '-' || c == '_' || c == '.' || c == '~' ||
+               static_cast<unsigned char>(c) >= 0x80;
+    };
+    std::string masked;
+    std::size_t from = 0;
+    for (auto at = text.find(folder); at != std::string_view::npos; at = text.find(folder, at + 1)) {
+        const std::size_t end = at + folder.size();
+        if (at < from || (end < text.size() && continuesName(text[end]))) {
+            continue;
+        }
+        masked.append(text.substr(from, at - from)).append("~");
+        from = end;
+    }
+    masked.append(text.substr(from));
+    return masked;
+}
+
 } // namespace korvane

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <filesystem>
 #include <string>
 #include <string_view>
 
@@ -13,5 +14,11 @@ namespace korvane {
 // the others still apply; on a pathological text a rule stops at the match
 // engine's time limit with what it masked so far.
 std::string redactSensitiveText(std::string_view text);
+
+// Writes `home` as "~" wherever it stands as a whole path or the start of
+// one ("/home/ann/Desktop" but not "/home/anna"), so that a log shared with
+// others doesn't carry the account name. An empty or root `home` changes
+// nothing.
+std::string maskHomeFolder(std::string_view text, const std::filesystem::path& home);
 
 } // namespace korvane

@@ -2,6 +2,7 @@
 
 #include "collector/HotplugSource.h"
 #include "collector/Scheduler.h"
+#include "package/ScanSource.h"
 #include "scanner/RegistrySource.h"
 #include "tools/ToolPaths.h"
 
@@ -27,5 +28,8 @@ std::unique_ptr<HotplugSource> makeHotplugSource(Scheduler& scheduler);
 // registry is read from, when it has a Mac model's shape. No value otherwise.
 // May block for a tool; call it off the main thread.
 std::optional<std::string> liveMachineModel(const ToolPaths& tools);
+
+// What a scan of makeLiveRegistrySource's registry reads, as the report says it.
+ScanSource liveScanSource();
 
 } // namespace korvane

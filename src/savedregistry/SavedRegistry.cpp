@@ -43,6 +43,11 @@ std::unique_ptr<RegistrySource> openSavedRegistry(const std::filesystem::path& p
     if (!bytes) {
         return nullptr;
     }
+    // Bytes that give no tree are refused now, with the reason the caller can
+    // ask whyNoRegistryIn for, rather than as an empty registry later.
+    if (!parseSavedRegistry(*bytes)) {
+        return nullptr;
+    }
     switch (savedRegistryFormat(*bytes)) {
     case SavedRegistryFormat::Snapshot:
         return std::make_unique<SavedRegistryFileSource>(

@@ -38,7 +38,8 @@ class SavedRegistryFileSource final : public RegistrySource {
 };
 
 // The source for a saved registry file in the format its bytes show; nullptr
-// when the file can't be read or is in neither format. Never throws.
+// when the file can't be read or its bytes give no tree (whyNoRegistryIn of
+// SavedRegistryDiagnosis.h says why). Never throws.
 std::unique_ptr<RegistrySource> openSavedRegistry(const std::filesystem::path& path);
 
 // The tree of saved registry bytes in either format; nullptr for anything

@@ -1,11 +1,17 @@
 #include "savedregistry/SavedRegistryDiagnosis.h"
 
+#include "savedregistry/GuardedPropertyList.h"
+#include "savedregistry/SavedRegistryLimits.h"
 #include "scanner/ControllerDiscovery.h"
 #include "scanner/PropertyReaders.h"
 
 namespace korvane {
 
 namespace {
+
+bool trimmedIsEmpty(std::string_view bytes) {
+    return bytes.find_first_not_of(" \t\r\n") == std::string_view::npos;
+}
 
 struct TreeCensus {
     std::size_t entries = 0;
@@ -31,7 +37,59 @@ TreeCensus census(const NativeUSBNode& root) {
     return counts;
 }
 
+constexpr std::string_view howToSave =
+    "On the Mac, save the registry with ioreg -l -w0 > IOReg.txt (or korvane "
+    "snapshot -o FILE) and open that file.";
+
+// IORegistryExplorer saves its window as an NSKeyedArchiver archive whose
+// root object is a RexDataStore (the iMac14,2 file of DarwinDumped is one):
+// each entry's properties sit in it as an XML blob, not as ioreg -a entries.
+std::optional<std::string> whyKeyedArchive(plist_t root, std::string_view bytes) {
+    if (plist_get_node_type(root) != PLIST_DICT) {
+        return std::nullopt;
+    }
+    const auto archiver = plistText(plist_dict_get_item(root, "$archiver"));
+    if (!archiver || *archiver != "NSKeyedArchiver") {
+        return std::nullopt;
+    }
+    if (bytes.find("RexDataStore") != std::string_view::npos) {
+        return "an IORegistryExplorer archive (.ioreg), which only IORegistryExplorer itself can read. " +
+               std::string(howToSave);
+    }
+    return "a keyed archive (NSKeyedArchiver) of some program, not a registry saved by ioreg. " +
+           std::string(howToSave);
+}
+
 } // namespace
+
+std::optional<std::string> whyNoRegistryIn(std::string_view bytes) {
+    if (parseSavedRegistry(std::string(bytes))) {
+        return std::nullopt;
+    }
+    if (trimmedIsEmpty(bytes)) {
+        return "an empty file. " + std::string(howToSave);
+    }
+    switch (savedRegistryFormat(bytes)) {
+    case SavedRegistryFormat::Snapshot: {
+        const PlistPtr root = parseGuardedPropertyList(bytes, maximumSavedValueDepth);
+        if (!root) {
+            return std::string("a property list that is damaged (cut short?): it breaks off or goes wrong "
+                               "before its end. Save it again, whole.");
+        }
+        if (auto archive = whyKeyedArchive(root.get(), bytes)) {
+            return archive;
+        }
+        return "a property list that is not a registry saved by ioreg -a (it has no IOObjectClass "
+               "entries). " +
+               std::string(howToSave);
+    }
+    case SavedRegistryFormat::IORegText:
+        return "ioreg text without a single readable entry. " + std::string(howToSave);
+    case SavedRegistryFormat::Unknown:
+        break;
+    }
+    return "neither ioreg text nor a property list. " + std::string(howToSave);
+}
 
 std::string whyNoControllerIn(const NativeUSBNode& root, SavedRegistryFormat format) {
     const std::string kind =

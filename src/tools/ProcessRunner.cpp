@@ -250,6 +250,15 @@ std::string runProcess(const std::string& path, const std::vector<std::string>& 
                                           text);
 }
 
+std::string runTool(const std::string& path, const std::vector<std::string>& args,
+                    const std::optional<std::filesystem::path>& currentDirectory, double timeout) {
+    try {
+        return runProcess(path, args, currentDirectory, timeout);
+    } catch (const std::system_error& error) {
+        throw CollectorError::operationFailed("cannot start " + path + ": " + error.code().message());
+    }
+}
+
 std::string runProcessCapturing(const std::string& path, const std::vector<std::string>& args,
                                 double timeout) {
     try {

@@ -30,6 +30,12 @@ std::string runProcess(const std::string& path, const std::vector<std::string>& 
                        const std::optional<std::filesystem::path>& currentDirectory, double timeout,
                        ChildInput input = ChildInput::inherited);
 
+// runProcess for a run the user reads the errors of: a tool that can't be
+// started is told by its path, "cannot start {path}: {platform's words}", as
+// a CollectorError; every other failure is runProcess's own.
+std::string runTool(const std::string& path, const std::vector<std::string>& args,
+                    const std::optional<std::filesystem::path>& currentDirectory, double timeout);
+
 // runProcess without a working folder that never throws: any failure gives
 // "Failure/timeout while running {path} {args}", and the leading "Failure/"
 // is how a caller tells it from data.

@@ -112,7 +112,8 @@ void OutcomePanel::showModel(const CollectorModel& model) {
     const std::pair<QLabel*, std::optional<std::string>> lines[] = {
         {runError_, model.lastRunError()},
         {idsUpdateResult_, model.lastIDsUpdateResult()},
-        {openZipProblem_, model.openZipProblem()},
+        // The same line tells where to read on once Open ZIP showed the file.
+        {openZipProblem_, model.openZipProblem() ? model.openZipProblem() : model.openZipResult()},
         {mapOutcome_, map ? std::optional<std::string>(map->summary) : std::nullopt}};
     for (const auto& [line, text] : lines) {
         auto& seen = lastSeen_[line];
@@ -129,9 +130,12 @@ void OutcomePanel::showModel(const CollectorModel& model) {
     // The result line reads as a failure only when a download failed.
     const bool hasFailedUpdate = model.hasFailedIDsUpdate();
     const bool hasRefusedMap = map && !map->succeeded;
-    if (hasFailedUpdate != showsFailedUpdate_ || hasRefusedMap != showsRefusedMap_) {
+    const bool hasOpenZipProblem = model.openZipProblem().has_value();
+    if (hasFailedUpdate != showsFailedUpdate_ || hasRefusedMap != showsRefusedMap_ ||
+        hasOpenZipProblem != showsOpenZipProblem_) {
         showsFailedUpdate_ = hasFailedUpdate;
         showsRefusedMap_ = hasRefusedMap;
+        showsOpenZipProblem_ = hasOpenZipProblem;
         applyColours();
     }
     appendNewLog();
@@ -179,7 +183,7 @@ void OutcomePanel::applyColours() {
     isApplyingColours_ = true;
     const WindowStyle style(palette());
     WindowStyle::setTextColor(*runError_, style.errorText());
-    WindowStyle::setTextColor(*openZipProblem_, style.errorText());
+    WindowStyle::setTextColor(*openZipProblem_, showsOpenZipProblem_ ? style.errorText() : style.secondary());
     WindowStyle::setTextColor(*idsUpdateResult_, showsFailedUpdate_ ? style.errorText() : style.secondary());
     WindowStyle::setTextColor(*mapOutcome_, showsRefusedMap_ ? style.errorText() : style.secondary());
     const QPalette& colours = logToggle_->palette();

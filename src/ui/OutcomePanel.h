@@ -71,6 +71,7 @@ class OutcomePanel : public QWidget {
     bool wasUpdatingIDs_ = false;
     bool showsFailedUpdate_ = false;
     bool showsRefusedMap_ = false;
+    bool showsOpenZipProblem_ = false;
     bool isApplyingColours_ = false;
 };
 

@@ -301,7 +301,19 @@ TEST_F(CommandLineTest, AFailedRunEndsWithStatusOneAndItsError) {
     const Outcome result = run({"generate", "--registry", iMac});
     EXPECT_EQ(result.status, 1);
     EXPECT_EQ(result.out, "");
-    EXPECT_THAT(result.err, HasSubstr("ERROR: Not a directory"));
+    EXPECT_THAT(result.err, HasSubstr("ERROR: " + (home() / "Desktop" / "KorvaneGenerator_Work").string() +
+                                      ": Not a directory"));
+}
+
+TEST_F(CommandLineTest, ARunWithoutControllersFailsWithTheReasonAndKeepsTheEarlierZip) {
+    ASSERT_EQ(run({"generate", "--registry", iMac, "--model", "iMac19,1"}).status, 0);
+    const std::string before = readFileBytes(zip());
+    const Outcome result = run({"generate", "--registry", usbPlane});
+    EXPECT_EQ(result.status, 1);
+    EXPECT_THAT(result.err, HasSubstr("ERROR: No USB controller found: nothing to map."));
+    EXPECT_THAT(result.err, HasSubstr("it looks like an ioreg text dump of the IOUSB plane"));
+    EXPECT_EQ(readFileBytes(zip()), before) << "the earlier ZIP was touched";
+    EXPECT_FALSE(std::filesystem::exists(home() / "Desktop" / "KorvaneGenerator_Work"));
 }
 
 // --- Mapping sessions: what one run saves, the next starts from.

@@ -24,8 +24,15 @@ dump=$data/macos/iMac19-1/IOReg.txt
 grep -q "Generating Korvane.kext with 1 enabled port(s)..." "$home/err.txt" || fail "no log: $(cat "$home/err.txt")"
 ! grep -qi "alsa\|pulse" "$home/err.txt" || fail "sound-system noise"
 entries=$(unzip -Z1 "$home/Desktop/Korvane.zip" | grep -v '/$' | sort | tr '\n' ' ')
-[ "$entries" = "KorvaneGenerator_Work/Korvane-report.txt KorvaneGenerator_Work/Korvane.kext/Contents/Info.plist KorvaneGenerator_Work/KorvaneGenerator-log.txt " ] \
+[ "$entries" = "KorvaneGenerator_Work/INSTALL.txt KorvaneGenerator_Work/Korvane-report.txt KorvaneGenerator_Work/Korvane.kext/Contents/Info.plist KorvaneGenerator_Work/KorvaneGenerator-log.txt " ] \
   || fail "ZIP entries: $entries"
+tail -n 1 "$home/err.txt" | grep -q "] Open Korvane.zip and read INSTALL.txt: how to install the map and what it holds.$" \
+  || fail "the last line points elsewhere: $(tail -n 1 "$home/err.txt")"
+unzip -p "$home/Desktop/Korvane.zip" KorvaneGenerator_Work/Korvane-report.txt \
+  | grep -qx "Primary source: saved registry IOReg.txt (ioreg text), read from the file; the registry of the machine that ran this generator was not used." \
+  || fail "the report's source line"
+! unzip -p "$home/Desktop/Korvane.zip" KorvaneGenerator_Work/KorvaneGenerator-log.txt | grep -q "$home" \
+  || fail "the log names the home folder"
 [ ! -e "$home/Desktop/KorvaneGenerator_Work" ] || fail "work folder left behind"
 "$korvane" scan --registry "$dump" --json 2>/dev/null | python3 -c 'import json, sys; json.load(sys.stdin)' \
   || fail "scan --json is no JSON document"

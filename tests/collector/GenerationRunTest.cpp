@@ -19,9 +19,10 @@ class GenerationRunTest : public ModelFixture {
   protected:
     // A Desktop whose path holds a UUID, which the log file must mask.
     static constexpr const char* uuid = "12345678-ABCD-1234-ABCD-1234567890AB";
-    void customise(CollectorEnvironment&) override {
+    void customise(CollectorEnvironment& environment) override {
         desktopFolder = home.path() / (std::string("Desktop-") + uuid);
         fs::create_directories(desktopFolder);
+        environment.homeFolder = home.path();
     }
     // XHC1 with a keyboard on HS01, SS01 checked by hand and made internal.
     void loadPorts() {
@@ -73,8 +74,17 @@ TEST_F(GenerationRunTest, ASuccessfulRunLeavesTheZipWithTheCheckedPortsTheReport
     const auto logFile = entry("KorvaneGenerator-log.txt");
     EXPECT_TRUE(logFile.ends_with("] Korvane.kext step completed.\n"))
         << "the log file is written before the ZIP lines";
-    EXPECT_THAT(logFile, HasSubstr("Target Desktop: " + (home.path() / "Desktop-XX-MASKED-UUID").string()));
+    EXPECT_THAT(logFile, HasSubstr("Target Desktop: ~/Desktop-XX-MASKED-UUID"));
     EXPECT_THAT(logFile, Not(HasSubstr(uuid))) << "the log file is masked, the log stays plain";
+    EXPECT_THAT(logFile, Not(HasSubstr(home.path().string()))) << "the account name stays out";
+
+    const auto guide = entry("INSTALL.txt");
+    EXPECT_THAT(guide, HasSubstr("Target model: Mac ("));
+    EXPECT_THAT(guide, HasSubstr("XHC1 (8086:a36d): 2 ports of the 15 macOS uses on this controller"));
+    EXPECT_THAT(guide, HasSubstr("HS01, port 1: USB2 (code 0) (source: inferred)\n"
+                                 "      last device seen: Keyboard (in it when the ports were read)"));
+    EXPECT_THAT(guide, HasSubstr("SS01, port 17: Internal (code 255) (source: user)"))
+        << "the user's pick, told as theirs";
 
     const auto plist = entry("Korvane.kext/Contents/Info.plist");
     EXPECT_THAT(plist, HasSubstr("<key>SS01</key>"));
@@ -83,6 +93,7 @@ TEST_F(GenerationRunTest, ASuccessfulRunLeavesTheZipWithTheCheckedPortsTheReport
 
     model->openDesktopZip();
     EXPECT_THAT(recordingDesktop.revealed, ElementsAre(zip()));
+    EXPECT_EQ(model->openZipResult(), CollectorModel::installGuideHint);
 }
 
 class TargetModelRunTest : public GenerationRunTest {
@@ -118,12 +129,89 @@ TEST_F(TargetModelRunTest, TheRunWritesTheChoiceElseTheMachinesModelElseMac) {
     EXPECT_EQ(lookups, 1);
 }
 
-TEST_F(GenerationRunTest, WithoutAPortListTheRunResetsFirstAndAnEmptyScanStillSucceeds) {
+// A run that finds nothing to map fails with the scan's reason, writes no
+// ZIP and leaves the one of an earlier run as it was.
+TEST_F(GenerationRunTest, WithoutAPortListTheRunResetsFirstAndAnEmptyScanFailsWithItsReason) {
+    const std::pair<std::vector<std::string>, std::string> rows[] = {
+        {{}, "The scan of this machine's IOKit registry found no USB xHCI controller."},
+        {{"Firmware connector types need root.", "No USB controller in x.txt: it looks like ioreg -p IOUSB."},
+         "No USB controller in x.txt: it looks like ioreg -p IOUSB."},
+    };
+    writeFileAtomically(zip(), "old");
+    for (const auto& [notices, reason] : rows) {
+        scans = {USBScanResult{{}, notices}};
+        recordingDesktop.sounds.clear();
+        generate();
+        EXPECT_THAT(logLines(),
+                    Contains("No USB port list was loaded. Running Reset Ports before generation..."));
+        const std::string line = "ERROR: No USB controller found: nothing to map. " + reason;
+        EXPECT_EQ(logLines().back(), line);
+        EXPECT_EQ(model->lastRunError(), line);
+        EXPECT_THAT(recordingDesktop.sounds, ElementsAre("Basso"));
+        EXPECT_FALSE(model->lastZipURL());
+        EXPECT_EQ(readFileBytes(zip()), "old");
+        EXPECT_FALSE(fs::exists(work())) << "a failed run leaves no work folder";
+    }
+}
+
+// Anything but a regular file where the ZIP goes is the user's: the run
+// stops before it makes anything, and removes nothing.
+TEST_F(GenerationRunTest, AFolderOrLinkNamedLikeTheZipIsRefusedAndKept) {
+    loadPorts();
+    const std::pair<std::function<void()>, std::string> rows[] = {
+        {[&] {
+             fs::create_directories(zip() / "photos");
+             writeFileAtomically(zip() / "photos" / "cat.jpg", "cat");
+         },
+         "a folder"},
+        {[&] { fs::create_symlink(home.path() / "elsewhere.zip", zip()); }, "not a regular file"},
+    };
+    for (const auto& [make, what] : rows) {
+        fs::remove_all(zip());
+        make();
+        generate();
+        EXPECT_EQ(logLines().back(), "ERROR: " + zip().string() + " is " + what +
+                                         ", not a ZIP of an earlier run, and is left as it is. Move it away "
+                                         "from the Desktop or rename it, then generate again.");
+        EXPECT_TRUE(fs::exists(fs::symlink_status(zip())));
+        EXPECT_FALSE(fs::exists(work()));
+    }
+    fs::remove_all(zip());
+    rows[0].first();
     generate();
-    EXPECT_THAT(logLines(),
-                Contains("No USB port list was loaded. Running Reset Ports before generation..."));
-    EXPECT_THAT(logLines(), Contains("Generating Korvane.kext with 0 enabled port(s)..."));
-    EXPECT_THAT(recordingDesktop.sounds, ElementsAre("Glass"));
+    EXPECT_EQ(readFileBytes(zip() / "photos" / "cat.jpg"), "cat");
+}
+
+// Errors name what they concern: the tool that can't start, the path that
+// can't be made. The run leaves nothing of its own.
+class MissingToolRunTest : public GenerationRunTest, public testing::WithParamInterface<const char*> {
+  protected:
+    void customise(CollectorEnvironment& environment) override {
+        GenerationRunTest::customise(environment);
+        (std::string(GetParam()) == "plutil" ? environment.tools.plutil : environment.tools.ditto) =
+            missing();
+    }
+    std::string missing() const { return (home.path() / "missing" / GetParam()).string(); }
+};
+
+TEST_P(MissingToolRunTest, NamesTheToolAndKeepsTheOldZip) {
+    loadPorts();
+    writeFileAtomically(zip(), "old");
+    generate();
+    EXPECT_EQ(logLines().back(), "ERROR: cannot start " + missing() + ": No such file or directory");
+    EXPECT_FALSE(fs::exists(work()));
+    EXPECT_EQ(readFileBytes(zip()), "old");
+    EXPECT_EQ(std::distance(fs::directory_iterator(desktopFolder), {}), 1) << "no partial ZIP beside it";
+}
+
+INSTANTIATE_TEST_SUITE_P(Tools, MissingToolRunTest, testing::Values("plutil", "ditto"));
+
+TEST_F(GenerationRunTest, AWorkFolderThatCantBeMadeIsNamed) {
+    loadPorts();
+    fs::remove_all(desktopFolder);
+    writeFileAtomically(desktopFolder, "a file where the Desktop should be");
+    generate();
+    EXPECT_THAT(logLines().back(), HasSubstr(work().string() + ": Not a directory"));
 }
 
 TEST_F(GenerationRunTest, ARunDuringAScanTakesWhatTheScanLeavesAndAStartDuringARunChangesNothing) {
@@ -151,6 +239,7 @@ TEST_F(GenerationRunTest, OnlyAnEmptyOrMarkedWorkFolderIsRemovedAnythingElseIsTh
         {[&] { writeFileAtomically(work(), "mine"); }, false},
         {[&] { fs::create_directory_symlink(home.path(), work()); }, false},
     };
+    loadPorts();
     for (const auto& [make, isRemoved] : rows) {
         fs::remove_all(desktopFolder);
         fs::create_directories(desktopFolder);
@@ -184,6 +273,7 @@ class LockedRunTest : public GenerationRunTest {
 };
 
 TEST_F(LockedRunTest, ARunWaitsForAnotherOnTheSameWorkFolderAndSaysSo) {
+    loadPorts();
     generate();
     EXPECT_THAT(logLines(), Contains("Another KorvaneGenerator run is using " + work().string() +
                                      "; waiting for it to end..."));
@@ -191,14 +281,15 @@ TEST_F(LockedRunTest, ARunWaitsForAnotherOnTheSameWorkFolderAndSaysSo) {
 }
 
 // A ditto that fails as the row says: the tool's words, or its time-out,
-// end the run with the work folder kept and the old ZIP gone.
+// end the run with the old ZIP kept and nothing of the run's left.
 class BrokenDittoRunTest
     : public GenerationRunTest,
       public testing::WithParamInterface<std::tuple<const char*, const char*, const char*>> {
   protected:
     void customise(CollectorEnvironment& environment) override {
         GenerationRunTest::customise(environment);
-        environment.tools.ditto = writeFakeTool(home.path(), "ditto", std::get<0>(GetParam()));
+        environment.tools.ditto =
+            writeFakeTool(home.path(), "ditto", "touch \"$6\"\n" + std::string(std::get<0>(GetParam())));
         environment.dittoTimeout = 0.5;
     }
 };
@@ -209,14 +300,14 @@ TEST_P(BrokenDittoRunTest, EndsTheRunKeepingTheWorkFolder) {
     generate();
     const auto [script, failure, output] = GetParam();
     // The tool's output, with its own line feed, follows the message's first line.
-    EXPECT_TRUE(model->logText().ends_with("] ERROR: " + std::string(failure) +
-                                           (home.path() / "ditto").string() +
-                                           " -c -k --sequesterRsrc --keepParent " + work().string() + " " +
-                                           zip().string() + "\n" + output + "\n"))
+    EXPECT_TRUE(
+        model->logText().ends_with("] ERROR: " + std::string(failure) + (home.path() / "ditto").string() +
+                                   " -c -k --sequesterRsrc --keepParent " + work().string() + " " +
+                                   (desktopFolder / ".Korvane.zip.partial").string() + "\n" + output + "\n"))
         << model->logText();
-    EXPECT_TRUE(fs::exists(work() / "KorvaneGenerator-log.txt"));
-    EXPECT_TRUE(fs::exists(work() / CollectorModel::workFolderMarkName)) << "for the next run to remove";
-    EXPECT_FALSE(fs::exists(zip())) << "the old ZIP went in the same step";
+    EXPECT_FALSE(fs::exists(work()));
+    EXPECT_FALSE(fs::exists(desktopFolder / ".Korvane.zip.partial"));
+    EXPECT_EQ(readFileBytes(zip()), "old") << "only a complete ZIP replaces it";
     EXPECT_THAT(recordingDesktop.sounds, ElementsAre("Basso"));
     EXPECT_FALSE(model->isRunning());
 }

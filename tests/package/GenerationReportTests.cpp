@@ -2,6 +2,7 @@
 #include "package/GenerationReport.h"
 #include "support/Golden.h"
 
+#include <array>
 #include <gtest/gtest.h>
 
 namespace korvane {
@@ -22,9 +23,102 @@ TEST(GenerationReport, ListsEveryControllerAndPortAlsoThoseThePackageLeavesOut) 
     const auto unknown = makeController("", 0, 0x1234);
     EXPECT_TRUE(
         matchesGolden(generationReportText({own, fromTemplate, unknown}), "package/Korvane-report.txt"));
-    EXPECT_TRUE(std::string(emptyGenerationReportText).ends_with("without USB configuration data."))
+    EXPECT_TRUE(emptyGenerationReportText().ends_with("without USB configuration data."))
         << "no final line feed";
 }
+
+std::vector<std::string> lines(const std::string& text) {
+    std::vector<std::string> result;
+    std::size_t start = 0;
+    for (auto end = text.find('\n'); end != std::string::npos; end = text.find('\n', start)) {
+        result.push_back(text.substr(start, end - start));
+        start = end + 1;
+    }
+    result.push_back(text.substr(start));
+    return result;
+}
+
+struct SourceRow {
+    const char* name;
+    ScanSource source;
+    ConnectorSource connectorSource;
+    // Lines 3 to 5 of the preface, and a piece of the empty-list text.
+    std::array<const char*, 3> preface;
+    const char* emptyReason;
+};
+
+class ReportSourceTest : public testing::TestWithParam<SourceRow> {};
+
+// Only lines 3 to 5 and the empty-list text follow the source; the live
+// macOS run keeps its exact words and no other source borrows them.
+TEST_P(ReportSourceTest, ThePrefaceAndTheEmptyTextSayWhatWasRead) {
+    const auto& row = GetParam();
+    auto port = makePort("HS01", 1);
+    port.connectorSource = row.connectorSource;
+    const std::vector<USBControllerMap> controllers{makeController("XHC1", 0x8086, 0xa36d, {port})};
+    const auto live = lines(generationReportText(controllers));
+    const auto report = lines(generationReportText(controllers, row.source));
+    ASSERT_EQ(report.size(), live.size());
+    for (std::size_t index = 0; index < report.size(); ++index) {
+        if (index >= 2 && index <= 4) {
+            EXPECT_EQ(report[index], row.preface[index - 2]) << "line " << index + 1;
+        } else {
+            EXPECT_EQ(report[index], live[index]) << "line " << index + 1;
+        }
+    }
+    const std::string empty = emptyGenerationReportText(row.source);
+    EXPECT_NE(empty.find(row.emptyReason), std::string::npos) << empty;
+    if (row.source.kind != ScanSource::Kind::liveMac) {
+        EXPECT_EQ(empty.find("IOKit"), std::string::npos) << empty;
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Sources, ReportSourceTest,
+    testing::Values(
+        SourceRow{"LiveMac",
+                  {},
+                  ConnectorSource::registry,
+                  {"Includes only dynamic AppleUSBXHCIPCI support personalities for USB controller PCI IDs "
+                   "detected on this machine.",
+                   "Primary source: native IOKit IORegistry scan, the same live registry layer used by macOS "
+                   "tools. No saved .ioreg is used.",
+                   "No static controller database is injected; every support match is generated from this "
+                   "machine's detected USB controller PCI IDs."},
+                  "found through the native IOKit scanner."},
+        SourceRow{"SavedRegistry",
+                  {ScanSource::Kind::savedRegistry, "darwindumped_iMacPro1-1_IOReg.txt", "ioreg text"},
+                  ConnectorSource::registry,
+                  {"Includes only dynamic AppleUSBXHCIPCI support personalities for USB controller PCI IDs "
+                   "found in the saved registry.",
+                   "Primary source: saved registry darwindumped_iMacPro1-1_IOReg.txt (ioreg text), read from "
+                   "the file; the registry of the machine that ran this generator was not used.",
+                   "No static controller database is injected; every support match is generated from the USB "
+                   "controller PCI IDs found in the saved registry."},
+                  "found in the saved registry darwindumped_iMacPro1-1_IOReg.txt (ioreg text)."},
+        SourceRow{"LinuxWithFirmware",
+                  {ScanSource::Kind::linuxSysfs},
+                  ConnectorSource::firmware,
+                  {"Includes only dynamic AppleUSBXHCIPCI support personalities for USB controller PCI IDs "
+                   "detected on this machine.",
+                   "Primary source: this machine's Linux sysfs (PCI devices and USB root hubs), read under "
+                   "Linux; connector types came from the firmware's ACPI _UPC objects.",
+                   "No static controller database is injected; every support match is generated from this "
+                   "machine's detected USB controller PCI IDs."},
+                  "found in this machine's Linux sysfs."},
+        SourceRow{
+            "LinuxWithoutFirmware",
+            {ScanSource::Kind::linuxSysfs},
+            ConnectorSource::kernel,
+            {"Includes only dynamic AppleUSBXHCIPCI support personalities for USB controller PCI IDs "
+             "detected on this machine.",
+             "Primary source: this machine's Linux sysfs (PCI devices and USB root hubs), read under "
+             "Linux; connector types did not come from the firmware: they are the kernel's or inferred, "
+             "so check them.",
+             "No static controller database is injected; every support match is generated from this "
+             "machine's detected USB controller PCI IDs."},
+            "found in this machine's Linux sysfs."}),
+    [](const auto& row) { return std::string(row.param.name); });
 
 } // namespace
 } // namespace korvane

@@ -45,7 +45,7 @@ TEST_F(KextPackageWriterTest, WritesTheInfoPlistAloneInItsBundleAndTheReportBesi
 TEST_F(KextPackageWriterTest, AnEmptyListWritesTheReportAloneAndAnAbsentOneTakesTheScan) {
     generateKorvaneKext(out, std::nullopt, std::vector<USBControllerMap>{}, tools, "Mac");
     EXPECT_FALSE(fs::exists(out / "Korvane.kext"));
-    EXPECT_EQ(report(), std::string(emptyGenerationReportText));
+    EXPECT_EQ(report(), emptyGenerationReportText());
 
     std::optional<fs::path> askedFor;
     generateKorvaneKext(out, work.path() / "saved.ioreg", std::nullopt, tools, "Mac", [&](const auto& file) {
@@ -54,6 +54,11 @@ TEST_F(KextPackageWriterTest, AnEmptyListWritesTheReportAloneAndAnAbsentOneTakes
     });
     EXPECT_EQ(askedFor, work.path() / "saved.ioreg");
     EXPECT_EQ(report(), generationReportText(controllers));
+
+    const ScanSource saved{ScanSource::Kind::savedRegistry, "IOReg.txt", "ioreg text"};
+    generateKorvaneKext(out, std::nullopt, controllers, tools, "Mac", {}, saved);
+    EXPECT_EQ(report(), generationReportText(controllers, saved))
+        << "the report names the source it is given";
 }
 
 TEST_F(KextPackageWriterTest, ARejectedListThrowsTheToolsOutputAndWritesNoReport) {
@@ -69,7 +74,12 @@ TEST_F(KextPackageWriterTest, ARejectedListThrowsTheToolsOutputAndWritesNoReport
     EXPECT_FALSE(fs::exists(out / "Korvane-report.txt"));
 
     tools.plutil = (work.path() / "missing-plutil").string();
-    EXPECT_THROW(generateKorvaneKext(out, std::nullopt, controllers, tools, "Mac"), std::system_error);
+    try {
+        generateKorvaneKext(out, std::nullopt, controllers, tools, "Mac");
+        ADD_FAILURE() << "no error";
+    } catch (const CollectorError& error) {
+        EXPECT_EQ(error.description(), "cannot start " + tools.plutil + ": No such file or directory");
+    }
     EXPECT_FALSE(fs::exists(out / "Korvane-report.txt"));
 }
 

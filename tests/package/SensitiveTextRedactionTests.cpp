@@ -28,5 +28,30 @@ TEST(Redaction, ManyOpenersWithoutValuesAreLeftAlone) {
     EXPECT_EQ(redactSensitiveText(text), text);
 }
 
+struct HomeRow {
+    const char* name;
+    const char* home;
+    const char* text;
+    const char* masked;
+};
+
+class HomeFolderTest : public ::testing::TestWithParam<HomeRow> {};
+
+TEST_P(HomeFolderTest, WritesTheHomeFolderAsTildeOnlyWhereItIsTheWholeFolder) {
+    EXPECT_EQ(maskHomeFolder(GetParam().text, GetParam().home), GetParam().masked);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Rows, HomeFolderTest,
+    ::testing::Values(HomeRow{"BelowIt", "/home/ann", "Target Desktop: /home/ann/Desktop",
+                              "Target Desktop: ~/Desktop"},
+                      HomeRow{"TwiceAndAtTheEnd", "/home/ann/", "/home/ann/a and /home/ann", "~/a and ~"},
+                      HomeRow{"QuotedAndColon", "/home/ann", "'/home/ann': gone", "'~': gone"},
+                      HomeRow{"ALongerNameIsAnother", "/home/ann", "/home/anna/x /home/ann.old /home/ann-2",
+                              "/home/anna/x /home/ann.old /home/ann-2"},
+                      HomeRow{"RootOrNoneChangesNothing", "/", "/home/ann/x", "/home/ann/x"},
+                      HomeRow{"Empty", "", "/home/ann/x", "/home/ann/x"}),
+    [](const auto& row) { return std::string(row.param.name); });
+
 } // namespace
 } // namespace korvane

@@ -62,6 +62,8 @@ class ContentViewTest : public ViewFixture {
 TEST_F(ContentViewTest, ControlsAndOutcomesFollowTheModelsState) {
     const std::string noNetwork =
         "pci.ids update failed: Could not resolve host | usb.ids update failed: Could not resolve host";
+    const std::string notADirectory =
+        "ERROR: " + (desktopFolder / "KorvaneGenerator_Work").string() + ": Not a directory";
     const std::tuple<const char*, std::function<void()>, const char*, const char*, std::string> states[] = {
         {"no controllers", [&] { scanShowing({}); }, "1100001", "Reset Ports|Update IDs|Ready", ""},
         {"loaded", [&] { scanShowing(twoControllers); }, "1111101", "Reset Ports|Update IDs|Ready", ""},
@@ -96,7 +98,7 @@ TEST_F(ContentViewTest, ControlsAndOutcomesFollowTheModelsState) {
              model->startCollection();
              scheduler.runUntilIdle();
          },
-         "1111101", "Reset Ports|Update IDs|Failed", "ERROR: Not a directory"},
+         "1111101", "Reset Ports|Update IDs|Failed", notADirectory},
         {"ids update",
          [&] {
              parts().updateIDs->click();
@@ -111,10 +113,10 @@ TEST_F(ContentViewTest, ControlsAndOutcomesFollowTheModelsState) {
              model->startCollection();
              scheduler.runUntilIdle();
          },
-         "1111101", "Reset Ports|Update IDs|Failed", "ERROR: Not a directory"},
+         "1111101", "Reset Ports|Update IDs|Failed", notADirectory},
         {"connector changed",
          [&] { model->setConnector(twoControllers[0], twoControllers[0].ports[0], 255); }, "1111101",
-         "Reset Ports|Update IDs|Ready", "ERROR: Not a directory"},
+         "Reset Ports|Update IDs|Ready", notADirectory},
         {"next run", [&] { model->startCollection(); }, "0000000", "Reset Ports|Update IDs|Running", ""},
     };
     for (const auto& [name, enter, enabled, labels, outcome] : states) {

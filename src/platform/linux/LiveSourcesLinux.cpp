@@ -25,4 +25,8 @@ std::optional<std::string> liveMachineModel(const ToolPaths&) {
     return firmwareMacModel(liveSysfsRoot);
 }
 
+ScanSource liveScanSource() {
+    return {.kind = ScanSource::Kind::linuxSysfs};
+}
+
 } // namespace korvane

@@ -17,4 +17,8 @@ std::optional<std::string> liveMachineModel(const ToolPaths& tools) {
     return sysctlMachineModel(tools.sysctl);
 }
 
+ScanSource liveScanSource() {
+    return {.kind = ScanSource::Kind::liveMac};
+}
+
 } // namespace korvane

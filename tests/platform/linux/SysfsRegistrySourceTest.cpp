@@ -1,6 +1,8 @@
 #include "platform/linux/SysfsRegistrySource.h"
 
 #include "linux/SysfsTree.h"
+#include "package/GenerationReport.h"
+#include "platform/LiveSources.h"
 #include "records/FileIO.h"
 #include "scanner/NativeUSBTreeScanner.h"
 #include "scanner/PropertyReaders.h"
@@ -49,8 +51,17 @@ TEST_P(SysfsMachineTest, ScansToTheControllersPortsAndDevicesOfTheCapture) {
         sysfsRoot, std::filesystem::exists(run)
                        ? writeFakeTool(tools.path(), "acpiexec", "cat '" + run.string() + "'")
                        : "");
-    EXPECT_TRUE(matchesGolden(scanText(NativeUSBTreeScanner(source, ids.names()).scan(), true),
-                              std::string("sysfs-scans/") + GetParam() + ".txt"));
+    const auto scan = NativeUSBTreeScanner(source, ids.names()).scan();
+    EXPECT_TRUE(matchesGolden(scanText(scan, true), std::string("sysfs-scans/") + GetParam() + ".txt"));
+    // The report of a map made from it says it read Linux, and whether the
+    // firmware gave the connector types.
+    const std::string report = generationReportText(scan.controllers, liveScanSource());
+    const std::string sourceLine = "Primary source: this machine's Linux sysfs";
+    ASSERT_NE(report.find(sourceLine), std::string::npos) << report;
+    EXPECT_EQ(report.find("IOKit"), std::string::npos) << report;
+    EXPECT_EQ(report.find("connector types came from the firmware") != std::string::npos,
+              std::filesystem::exists(run))
+        << report;
 }
 
 INSTANTIATE_TEST_SUITE_P(Fixtures, SysfsMachineTest, ::testing::ValuesIn(machines),
