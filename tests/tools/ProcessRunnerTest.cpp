@@ -105,7 +105,7 @@ TEST(ProcessRunner, ALaunchFailureIsThePlatformsOwnError) {
         {"/bin/true", folder.path() / "missing", "No such file or directory"},
     };
     for (const auto& [path, directory, words] : rows) {
-        EXPECT_THAT([&] { runProcess(path, {"a"}, directory, 10); },
+        EXPECT_THAT([&path = path, &directory = directory] { runProcess(path, {"a"}, directory, 10); },
                     testing::ThrowsMessage<std::system_error>(testing::StrEq(words)))
             << path << ": not wrapped, no prefix";
     }
