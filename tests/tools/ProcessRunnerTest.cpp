@@ -105,8 +105,8 @@ TEST(ProcessRunner, ALaunchFailureIsThePlatformsOwnError) {
         {"/bin/true", folder.path() / "missing", "No such file or directory"},
     };
     for (const auto& [path, directory, words] : rows) {
-        EXPECT_THAT([&path = path, &directory = directory] { runProcess(path, {"a"}, directory, 10); },
-                    testing::ThrowsMessage<std::system_error>(testing::StrEq(words)))
+        const auto run = [&path = path, &directory = directory] { runProcess(path, {"a"}, directory, 10); };
+        EXPECT_THAT(run, testing::ThrowsMessage<std::system_error>(testing::StrEq(words)))
             << path << ": not wrapped, no prefix";
     }
     const auto canonical = std::filesystem::canonical(folder.path()).string();
