@@ -22,5 +22,6 @@ run_preset() {
 }
 
 run_preset dev
+bash scripts/check-macos.sh build/dev
 run_preset fuzz
 run_preset asan

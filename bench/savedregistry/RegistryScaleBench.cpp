@@ -13,7 +13,6 @@
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
-#include <fcntl.h>
 #include <string>
 #include <sys/resource.h>
 #include <sys/wait.h>
@@ -34,8 +33,11 @@ void runOnce(const std::vector<std::string>& command, Figures& figures) {
     const auto start = std::chrono::steady_clock::now();
     const pid_t child = ::fork();
     if (child == 0) {
-        // Not /dev/null: grep sees that and stops at the first match.
-        const int output = ::open("/tmp", O_TMPFILE | O_WRONLY, 0600);
+        // Not /dev/null: grep sees that and stops at the first match. A named
+        // file unlinked at once, since not every system has O_TMPFILE.
+        char name[] = "/tmp/korvane-scale-bench-XXXXXX";
+        const int output = ::mkstemp(name);
+        ::unlink(name);
         ::dup2(output, STDOUT_FILENO);
         ::dup2(output, STDERR_FILENO);
         std::vector<char*> arguments;
@@ -55,14 +57,13 @@ void runOnce(const std::vector<std::string>& command, Figures& figures) {
     }
     const double seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
     figures.seconds = std::min(figures.seconds, seconds);
-    figures.peakMiB = std::max(figures.peakMiB, static_cast<double>(usage.ru_maxrss) / 1024); // KiB on Linux
+    figures.peakMiB =
+        std::max(figures.peakMiB, static_cast<double>(usage.ru_maxrss) * KORVANE_MAXRSS_UNIT / (1 << 20));
 }
 
-std::string besideThisProgram(const char* name) {
-    char self[4096];
-    const ssize_t length = ::readlink("/proc/self/exe", self, sizeof self - 1);
-    std::string path = length > 0 ? std::string(self, static_cast<std::size_t>(length)) : std::string();
-    return path.substr(0, path.rfind('/') + 1) + name;
+// Beside the path this bench was started by: /proc/self/exe is Linux's alone.
+std::string besideThisProgram(const std::string& self, const char* name) {
+    return self.substr(0, self.rfind('/') + 1) + name;
 }
 
 } // namespace
@@ -70,7 +71,7 @@ std::string besideThisProgram(const char* name) {
 
 int main(int argc, char** argv) {
     using namespace korvane;
-    const std::string korvane = argc > 1 ? argv[1] : besideThisProgram("korvane");
+    const std::string korvane = argc > 1 ? argv[1] : besideThisProgram(argv[0], "korvane");
     const int runs = argc > 2 ? std::max(1, std::atoi(argv[2])) : 3;
     WholeMachineDump dump;
     // A child's peak starts from what it shares with this process at fork.

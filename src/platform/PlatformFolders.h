@@ -47,9 +47,14 @@ std::filesystem::path executableDirectory();
 
 // The application's read-only resources, found relative to the running program:
 //   Linux: ../share/korvane-generator (the build tree mirrors the installed one).
-//   macOS: ../Resources inside the bundle.
+//   macOS: as bundleOrInstalledResourceDirectory says.
 std::filesystem::path resourceDirectory(const std::filesystem::path& executableFolder);
 std::filesystem::path resourceDirectory();
+
+// A program in a bundle's Contents/MacOS reads Contents/Resources; one
+// anywhere else (bin/korvane installed or in the build tree) reads
+// ../share/korvane-generator. Decided by the path alone.
+std::filesystem::path bundleOrInstalledResourceDirectory(const std::filesystem::path& executableFolder);
 
 // Where the external tools are, found relative to the running program:
 //   macOS: the system's own ditto, plutil and sysctl.

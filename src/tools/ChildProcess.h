@@ -1,6 +1,7 @@
 #pragma once
 
 #include <array>
+#include <spawn.h>
 #include <sys/types.h>
 
 namespace korvane::detail {
@@ -14,6 +15,18 @@ namespace korvane::detail {
 // to be unreaped when the watch is made, which holds because only the runner
 // reaps its children.
 std::array<int, 2> makeCloseOnExecPipe(); // throws std::system_error
+
+// Spawn flags beyond the runner's own. macOS has no atomic close-on-exec pipe,
+// so between `pipe` and `fcntl` another thread's child could inherit the ends:
+// there POSIX_SPAWN_CLOEXEC_DEFAULT lets only the descriptors the file actions
+// name reach the child. Linux makes its pipes close-on-exec atomically: 0.
+short platformSpawnFlags();
+
+// Lets the child keep descriptor `fd` as this process has it. Needed under
+// POSIX_SPAWN_CLOEXEC_DEFAULT for standard input; no file action on Linux,
+// where every descriptor without FD_CLOEXEC is kept. Returns posix_spawn's
+// error number, 0 on success.
+int keepInChild(posix_spawn_file_actions_t& actions, int fd);
 
 class ChildExitWatch {
   public:

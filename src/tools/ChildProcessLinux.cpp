@@ -16,6 +16,14 @@ std::array<int, 2> makeCloseOnExecPipe() {
     return {fds[0], fds[1]};
 }
 
+short platformSpawnFlags() {
+    return 0;
+}
+
+int keepInChild(posix_spawn_file_actions_t&, int) {
+    return 0;
+}
+
 ChildExitWatch::ChildExitWatch(pid_t pid) {
     // pidfd_open has no glibc wrapper before 2.36; the syscall is there from Linux 5.3.
     const long fd = syscall(SYS_pidfd_open, pid, 0);

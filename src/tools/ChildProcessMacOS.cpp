@@ -18,6 +18,14 @@ std::array<int, 2> makeCloseOnExecPipe() {
     return {fds[0], fds[1]};
 }
 
+short platformSpawnFlags() {
+    return POSIX_SPAWN_CLOEXEC_DEFAULT;
+}
+
+int keepInChild(posix_spawn_file_actions_t& actions, int fd) {
+    return posix_spawn_file_actions_addinherit_np(&actions, fd);
+}
+
 // A kqueue descriptor is readable while it holds a pending event, so polling it
 // waits for the process's exit note.
 ChildExitWatch::ChildExitWatch(pid_t pid) {

@@ -76,6 +76,8 @@ pid_t spawn(const std::string& path, const std::vector<std::string>& args,
         posix_spawn_file_actions_init);
     if (input == ChildInput::none) {
         check(posix_spawn_file_actions_addopen(&actions.value, STDIN_FILENO, "/dev/null", O_RDONLY, 0));
+    } else {
+        check(detail::keepInChild(actions.value, STDIN_FILENO));
     }
     check(posix_spawn_file_actions_adddup2(&actions.value, outputFd, STDOUT_FILENO));
     check(posix_spawn_file_actions_adddup2(&actions.value, outputFd, STDERR_FILENO));
@@ -95,7 +97,9 @@ pid_t spawn(const std::string& path, const std::vector<std::string>& args,
     }
     check(posix_spawnattr_setsigmask(&attributes.value, &noSignals));
     check(posix_spawnattr_setsigdefault(&attributes.value, &defaults));
-    check(posix_spawnattr_setflags(&attributes.value, POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF));
+    check(posix_spawnattr_setflags(
+        &attributes.value,
+        static_cast<short>(POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF | detail::platformSpawnFlags())));
 
     std::vector<char*> argv;
     argv.reserve(args.size() + 2);

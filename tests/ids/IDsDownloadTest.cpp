@@ -42,10 +42,11 @@ TEST(IDsDownload, StoresOnlyWhatLooksLikeADatabaseAndKeepsTheEarlierCopyOtherwis
     for (const auto& [status, body, error] : rows) {
         TempFolder home;
         LoopbackServer web;
-        web.server.Get("/usb.ids", [&](const httplib::Request&, httplib::Response& response) {
-            response.status = status;
-            response.set_content(body, "text/plain");
-        });
+        web.server.Get("/usb.ids",
+                       [status = status, &body = body](const httplib::Request&, httplib::Response& response) {
+                           response.status = status;
+                           response.set_content(body, "text/plain");
+                       });
         const fs::path stored = home.path() / "KorvaneGenerator" / "Tools" / "usb.ids";
         fs::create_directories(stored.parent_path());
         writeFileAtomically(stored, "earlier copy");

@@ -28,7 +28,9 @@ TEST(ControllerContribution, SaysWhatTheWriterWillWriteForTheController) {
         EXPECT_EQ(contributionText(contribution), text);
         USBControllerMap handedOver = controller;
         std::erase_if(handedOver.ports,
-                      [&](const USBPortMap& port) { return usbPortStableID(controller, port) != selected; });
+                      [&controller = controller, &selected = selected](const USBPortMap& port) {
+                          return usbPortStableID(controller, port) != selected;
+                      });
         EXPECT_EQ(contribution.portCount, portsToWrite(handedOver).ports.size()) << text;
     }
 }

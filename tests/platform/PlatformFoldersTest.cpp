@@ -1,72 +1,58 @@
+// The rules every platform shares; each platform's own folders are pinned in
+// PlatformFolders<Platform>Test.cpp, built only there.
+
 #include "platform/PlatformFolders.h"
 
 #include "records/FileIO.h"
 #include "support/TempFolder.h"
 
 #include <gtest/gtest.h>
-#include <map>
+#include <sys/stat.h>
 
 namespace korvane {
 namespace {
 
 namespace fs = std::filesystem;
 
-Environment environmentOf(std::map<std::string, std::string> values) {
-    return {[values](std::string_view name) -> std::optional<std::string> {
-        auto it = values.find(std::string(name));
-        return it == values.end() ? std::nullopt : std::optional(it->second);
-    }};
-}
-
-TEST(PlatformFolders, TheDesktopFollowsUserDirsAsXdgUserDirsReadsIt) {
-    const std::pair<const char*, const char*> rows[] = {
-        {nullptr, "Desktop"},
-        {"# written by "
-         "xdg-user-dirs-update\nXDG_DOWNLOAD_DIR=\"$HOME/Downloads\"\nXDG_DESKTOP_DIR=\"$HOME/"
-         "Schreibtisch\"\n",
-         "Schreibtisch"},
-        {"XDG_DESKTOP_DIR=\"/srv/desk\"\n", "/srv/desk"},
-        {"XDG_DESKTOP_DIR=\"$HOME/My \\\"Desk\\\"\"\n", "My \"Desk\""},
-        {"XDG_DESKTOP_DIR=\"$HOME/A\"\nXDG_DESKTOP_DIR=\"$HOME/B\"\n", "B"}, // the last entry wins
-        {"XDG_DESKTOP_DIR=$HOME/Raw\n", "Desktop"},
-        {"XDG_DESKTOP_DIR=\"Desk\"\n", "Desktop"},
-        {"XDG_DESKTOP_DIR=\"$HOME/Open\n", "Desktop"},
+TEST(PlatformFolders, ResourcesAreTheBundlesInsideOneAndTheInstalledTreesElsewhere) {
+    const struct {
+        const char* executableFolder;
+        const char* resources;
+    } rows[] = {
+        {"/Applications/KorvaneGenerator.app/Contents/MacOS",
+         "/Applications/KorvaneGenerator.app/Contents/Resources"},
+        {"/Applications/KorvaneGenerator.app/Contents/MacOS/",
+         "/Applications/KorvaneGenerator.app/Contents/Resources"},
+        {"/opt/homebrew/bin", "/opt/homebrew/share/korvane-generator"},
+        {"/usr/local/bin/", "/usr/local/share/korvane-generator"},
+        {"/Users/ada/src/build/macos/bin", "/Users/ada/src/build/macos/share/korvane-generator"},
+        // A folder named MacOS outside a bundle is an installed tree's like any other.
+        {"/Users/ada/MacOS", "/Users/ada/share/korvane-generator"},
     };
-    for (const auto& [userDirs, expected] : rows) {
-        TempFolder home;
-        if (userDirs) {
-            fs::create_directories(home.path() / ".config");
-            writeFileAtomically(home.path() / ".config" / "user-dirs.dirs", userDirs);
-        }
-        const fs::path desktop = expected;
-        EXPECT_EQ(desktopURL(environmentOf({{"HOME", home.path().string()}})),
-                  desktop.is_absolute() ? desktop : home.path() / desktop)
-            << (userDirs ? userDirs : "no file");
+    for (const auto& row : rows) {
+        EXPECT_EQ(bundleOrInstalledResourceDirectory(row.executableFolder), fs::path(row.resources))
+            << row.executableFolder;
     }
 }
 
-TEST(PlatformFolders, TheDesktopReadsUserDirsFromXDGConfigHome) {
-    TempFolder home;
-    TempFolder config;
-    writeFileAtomically(config.path() / "user-dirs.dirs", "XDG_DESKTOP_DIR=\"$HOME/Bureau\"\n");
-    EXPECT_EQ(desktopURL(environmentOf(
-                  {{"HOME", home.path().string()}, {"XDG_CONFIG_HOME", config.path().string()}})),
-              home.path() / "Bureau");
-}
-
-TEST(PlatformFolders, ApplicationSupportFollowsAnAbsoluteXDGDataHome) {
-    for (const auto& [dataHome, expected] : {std::pair{"", "/home/ada/.local/share"},
-                                             {"/data", "/data"},
-                                             {"relative", "/home/ada/.local/share"}}) {
-        std::map<std::string, std::string> variables{{"HOME", "/home/ada"}};
-        if (*dataHome) {
-            variables["XDG_DATA_HOME"] = dataHome;
-        }
-        EXPECT_EQ(applicationSupportDirectory(environmentOf(variables)), fs::path(expected)) << dataHome;
+TEST(PlatformFolders, AProgramOnPathIsTheFirstExecutableFileInAnAbsoluteFolder) {
+    TempFolder temp;
+    for (const char* folder : {"first", "second", "third"}) {
+        fs::create_directories(temp.path() / folder);
     }
-    EXPECT_EQ(configurationDirectory(environmentOf({{"HOME", "/home/ada"}})), fs::path("/home/ada/.config"));
-    EXPECT_EQ(configurationDirectory(environmentOf({{"HOME", "/home/ada"}, {"XDG_CONFIG_HOME", "/cfg"}})),
-              fs::path("/cfg"));
+    writeFileAtomically(temp.path() / "first" / "tool", "not executable");
+    fs::create_directories(temp.path() / "second" / "tool"); // a folder is no program
+    writeFileAtomically(temp.path() / "third" / "tool", "#!/bin/sh\n");
+    ::chmod((temp.path() / "third" / "tool").c_str(), 0755);
+
+    const std::string path = (temp.path() / "first").string() +
+                             ":relative:" + (temp.path() / "second").string() + ":" +
+                             (temp.path() / "third").string();
+    const Environment environment{[&path](std::string_view name) -> std::optional<std::string> {
+        return name == "PATH" ? std::optional(path) : std::nullopt;
+    }};
+    EXPECT_EQ(programOnPath("tool", environment), (temp.path() / "third" / "tool").string());
+    EXPECT_EQ(programOnPath("absent", environment), std::nullopt);
 }
 
 } // namespace

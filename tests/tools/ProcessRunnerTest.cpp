@@ -7,6 +7,7 @@
 #include <fstream>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sstream>
 #include <sys/wait.h>
 #include <system_error>
 #include <thread>
@@ -54,9 +55,37 @@ TEST(ProcessRunner, OutputOfBothStreamsArrivesWholeAndInOrder) {
     EXPECT_EQ(sh("printf 'a\\325b'"), "") << "invalid UTF-8 is no text at all";
 }
 
-TEST(ProcessRunner, AToolAskedToReadNothingGetsNoTerminalOrPipeOfOurs) {
-    EXPECT_EQ(runProcess("/bin/readlink", {"/proc/self/fd/0"}, std::nullopt, 10, ChildInput::none),
-              "/dev/null\n");
+// The descriptors a tool started by the runner holds, as it lists them
+// itself: ls reads /dev/fd through one more descriptor of its own.
+std::vector<int> toolsDescriptors() {
+    std::vector<int> descriptors;
+    std::istringstream listing(runProcess("/bin/ls", {"/dev/fd/"}, std::nullopt, 30));
+    for (std::string line; std::getline(listing, line);) {
+        descriptors.push_back(std::stoi(line));
+    }
+    return descriptors;
+}
+
+TEST(ProcessRunner, ToolsStartedSideBySideGetNoneOfEachOthersPipes) {
+    // Four threads starting tools at once: a pipe end one of them holds open
+    // while another spawns would show up in that other tool's listing. What
+    // this process inherited from whoever started it shows up in all of them.
+    const std::vector<int> alone = toolsDescriptors();
+    std::vector<std::vector<int>> listings(40);
+    std::vector<std::thread> threads;
+    for (int t = 0; t < 4; ++t) {
+        threads.emplace_back([&listings, t] {
+            for (int i = t; i < 40; i += 4) {
+                listings[static_cast<std::size_t>(i)] = toolsDescriptors();
+            }
+        });
+    }
+    for (auto& thread : threads) {
+        thread.join();
+    }
+    for (const auto& listing : listings) {
+        EXPECT_EQ(listing, alone);
+    }
 }
 
 TEST(ProcessRunner, AFailingToolThrowsItsPathArgumentsAndOutput) {
@@ -78,8 +107,8 @@ TEST(ProcessRunner, ALaunchFailureIsThePlatformsOwnError) {
         {"/bin/true", folder.path() / "missing", "No such file or directory"},
     };
     for (const auto& [path, directory, words] : rows) {
-        EXPECT_THAT([&] { runProcess(path, {"a"}, directory, 10); },
-                    testing::ThrowsMessage<std::system_error>(testing::StrEq(words)))
+        const auto run = [&path = path, &directory = directory] { runProcess(path, {"a"}, directory, 10); };
+        EXPECT_THAT(run, testing::ThrowsMessage<std::system_error>(testing::StrEq(words)))
             << path << ": not wrapped, no prefix";
     }
     const auto canonical = std::filesystem::canonical(folder.path()).string();
@@ -107,7 +136,7 @@ TEST(ProcessRunner, AToolThatIgnoresTheRequestIsLeftBehindButReaped) {
 
 TEST(ProcessRunner, NoDescriptorZombieOrGrandchildOutlivesOrHoldsACall) {
     auto openDescriptors = [] {
-        return std::distance(std::filesystem::directory_iterator("/proc/self/fd"),
+        return std::distance(std::filesystem::directory_iterator("/dev/fd"),
                              std::filesystem::directory_iterator());
     };
     const auto before = openDescriptors();

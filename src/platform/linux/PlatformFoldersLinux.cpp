@@ -110,23 +110,4 @@ ToolPaths platformToolPaths(const std::filesystem::path& executableFolder) {
             programOnPath("acpiexec", Environment::process()).value_or("/usr/bin/acpiexec")};
 }
 
-std::optional<std::string> programOnPath(std::string_view name, const Environment& environment) {
-    const std::string path = environment("PATH").value_or("/usr/local/bin:/usr/bin:/bin");
-    std::size_t start = 0;
-    while (start <= path.size()) {
-        const std::size_t end = std::min(path.find(':', start), path.size());
-        const std::filesystem::path folder = path.substr(start, end - start);
-        start = end + 1;
-        if (!folder.is_absolute()) {
-            continue;
-        }
-        const auto candidate = folder / name;
-        std::error_code error;
-        if (std::filesystem::is_regular_file(candidate, error) && ::access(candidate.c_str(), X_OK) == 0) {
-            return candidate.string();
-        }
-    }
-    return std::nullopt;
-}
-
 } // namespace korvane

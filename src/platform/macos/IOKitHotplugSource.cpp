@@ -2,8 +2,6 @@
 
 #include "platform/macos/IOKitHandles.h"
 
-#include <CoreFoundation/CoreFoundation.h>
-
 namespace korvane {
 
 namespace {
@@ -19,9 +17,15 @@ void drain(io_iterator_t iterator) {
     }
 }
 
+// A stop that lands between the loop's look at the flag and its next run is
+// picked up within this bound at worst.
+constexpr CFTimeInterval longestUnheededStop = 1.0;
+
 } // namespace
 
 IOKitHotplugSource::~IOKitHotplugSource() {
+    // The thread goes first: its run loop calls back into this object.
+    thread_.reset();
     for (io_iterator_t iterator : iterators_) {
         if (iterator != IO_OBJECT_NULL) {
             IOObjectRelease(iterator);
@@ -37,51 +41,71 @@ void IOKitHotplugSource::start(std::function<void()> onChange) {
         return;
     }
     started_ = true;
-    onChange_ = std::make_shared<std::function<void()>>(std::move(onChange));
-    notificationPort_ = IONotificationPortCreate(kIOMainPortDefault);
+    // MACH_PORT_NULL is the default main port on every release;
+    // kIOMainPortDefault names it only from macOS 12 on.
+    notificationPort_ = IONotificationPortCreate(MACH_PORT_NULL);
     if (!notificationPort_) {
         return;
     }
-    if (CFRunLoopSourceRef source = IONotificationPortGetRunLoopSource(notificationPort_)) {
-        CFRunLoopAddSource(CFRunLoopGetMain(), source, kCFRunLoopCommonModes);
-    }
+    thread_ = std::make_unique<NotificationThread>(scheduler_, std::move(onChange));
     registerFor("IOUSBHostDevice", kIOFirstMatchNotification);
     registerFor("IOUSBHostDevice", kIOTerminatedNotification);
     registerFor("IOUSBDevice", kIOFirstMatchNotification);
     registerFor("IOUSBDevice", kIOTerminatedNotification);
+    thread_->start([this](NotificationThread& thread) { listen(thread); }, [this] { stopListening(); });
 }
 
 void IOKitHotplugSource::registerFor(const char* serviceClass, const char* notification) {
-    if (!notificationPort_) {
-        return;
-    }
     // IOServiceAddMatchingNotification consumes the matching dictionary.
     CFMutableDictionaryRef matching = IOServiceMatching(serviceClass);
     if (!matching) {
         return;
     }
     io_iterator_t iterator = IO_OBJECT_NULL;
-    if (IOServiceAddMatchingNotification(notificationPort_, notification, matching, deviceNotification, this,
-                                         &iterator) != KERN_SUCCESS) {
+    // The thread, not this source, is the context: it outlives every callback.
+    if (IOServiceAddMatchingNotification(notificationPort_, notification, matching, deviceNotification,
+                                         thread_.get(), &iterator) != KERN_SUCCESS) {
         return;
     }
     iterators_.push_back(iterator);
+    // Not yet on any run loop, so no notification can race this drain.
     drain(iterator);
+}
+
+void IOKitHotplugSource::listen(NotificationThread& thread) {
+    CFRunLoopRef runLoop = CFRunLoopGetCurrent();
+    CFRunLoopSourceRef source = IONotificationPortGetRunLoopSource(notificationPort_);
+    if (!source) {
+        return;
+    }
+    CFRunLoopAddSource(runLoop, source, kCFRunLoopDefaultMode);
+    {
+        std::lock_guard lock(runLoopMutex_);
+        runLoop_ = runLoop;
+    }
+    while (!thread.isStopRequested()) {
+        CFRunLoopRunInMode(kCFRunLoopDefaultMode, longestUnheededStop, false);
+    }
+    {
+        std::lock_guard lock(runLoopMutex_);
+        runLoop_ = nullptr;
+    }
+    CFRunLoopRemoveSource(runLoop, source, kCFRunLoopDefaultMode);
+}
+
+void IOKitHotplugSource::stopListening() {
+    std::lock_guard lock(runLoopMutex_);
+    if (runLoop_) {
+        CFRunLoopStop(runLoop_);
+    }
 }
 
 void IOKitHotplugSource::deviceNotification(void* context, io_iterator_t iterator) {
     if (!context) {
         return;
     }
-    auto* self = static_cast<IOKitHotplugSource*>(context);
     drain(iterator);
-    // Posted rather than called: the model's work belongs on the main queue,
-    // and the shared callback outlives this source if a task is still queued.
-    self->scheduler_.postToMain([callback = self->onChange_] {
-        if (callback && *callback) {
-            (*callback)();
-        }
-    });
+    static_cast<NotificationThread*>(context)->notify();
 }
 
 } // namespace korvane

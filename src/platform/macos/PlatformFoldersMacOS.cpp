@@ -34,9 +34,9 @@ std::filesystem::path executableDirectory() {
     return (error ? std::filesystem::path(buffer.data()) : resolved).parent_path();
 }
 
-// Contents/MacOS/<program> -> Contents/Resources.
+// The window runs from KorvaneGenerator.app, the command line from bin/.
 std::filesystem::path resourceDirectory(const std::filesystem::path& executableFolder) {
-    return (executableFolder / ".." / "Resources").lexically_normal();
+    return bundleOrInstalledResourceDirectory(executableFolder);
 }
 
 ToolPaths platformToolPaths(const std::filesystem::path&) {

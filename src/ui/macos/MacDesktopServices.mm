@@ -21,7 +21,11 @@ class MacDesktopServices final : public DesktopServices {
 
     bool revealInFileManager(const std::filesystem::path& file) override {
         @autoreleasepool {
-            NSURL* url = [NSURL fileURLWithPath:[NSString stringWithUTF8String:file.c_str()]];
+            // A path's bytes need not be UTF-8; the file-system representation
+            // takes them as the file system does.
+            NSURL* url = [NSURL fileURLWithFileSystemRepresentation:file.c_str()
+                                                        isDirectory:NO
+                                                      relativeToURL:nil];
             if (!url) {
                 return false;
             }

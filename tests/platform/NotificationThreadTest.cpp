@@ -1,0 +1,119 @@
+#include "platform/NotificationThread.h"
+
+#include <condition_variable>
+#include <deque>
+#include <gtest/gtest.h>
+#include <mutex>
+#include <thread>
+#include <vector>
+
+namespace korvane {
+namespace {
+
+// Main-thread tasks posted from any thread, run when the test says so.
+class ThreadSafeMainQueue final : public Scheduler {
+  public:
+    void postToMain(Task task) override {
+        std::lock_guard lock(mutex_);
+        tasks_.push_back(std::move(task));
+        posted_.notify_all();
+    }
+    std::shared_ptr<CancellableWork> postToMainAfter(Seconds, Task task) override {
+        postToMain(std::move(task));
+        return std::make_shared<CancellableWork>();
+    }
+    void runOnMainAndWait(Task task) override { task(); }
+    void runInBackground(Priority, Task task) override { std::thread(std::move(task)).detach(); }
+
+    void waitForTasks(std::size_t count) {
+        std::unique_lock lock(mutex_);
+        posted_.wait(lock, [&] { return tasks_.size() >= count; });
+    }
+    void runPosted() {
+        std::deque<Task> tasks;
+        {
+            std::lock_guard lock(mutex_);
+            tasks.swap(tasks_);
+        }
+        for (auto& task : tasks) {
+            task();
+        }
+    }
+
+  private:
+    std::mutex mutex_;
+    std::condition_variable posted_;
+    std::deque<Task> tasks_;
+};
+
+// A platform loop in miniature: reports `events` changes, then blocks until
+// woken, as a run loop or a poll() would.
+struct BlockingLoop {
+    explicit BlockingLoop(int count = 0) : events(count) {}
+
+    int events;
+    std::mutex mutex;
+    std::condition_variable woken;
+    bool isWoken = false;
+
+    NotificationThread::Loop loop() {
+        return [this](NotificationThread& thread) {
+            for (int i = 0; i < events; ++i) {
+                thread.notify();
+            }
+            std::unique_lock lock(mutex);
+            woken.wait(lock, [&] { return isWoken; });
+            EXPECT_TRUE(thread.isStopRequested()) << "woken only to stop";
+        };
+    }
+    std::function<void()> wake() {
+        return [this] {
+            std::lock_guard lock(mutex);
+            isWoken = true;
+            woken.notify_all();
+        };
+    }
+};
+
+TEST(NotificationThread, EachEventIsOneChangeOnTheMainThreadAndNoneBeforeItRuns) {
+    ThreadSafeMainQueue scheduler;
+    std::vector<std::thread::id> calls;
+    BlockingLoop platform(3);
+    NotificationThread thread(scheduler, [&calls] { calls.push_back(std::this_thread::get_id()); });
+    thread.start(platform.loop(), platform.wake());
+    ASSERT_TRUE(thread.isRunning());
+
+    scheduler.waitForTasks(3);
+    EXPECT_TRUE(calls.empty()) << "the loop's thread never calls onChange itself";
+    scheduler.runPosted();
+    EXPECT_EQ(calls, std::vector<std::thread::id>(3, std::this_thread::get_id()));
+}
+
+TEST(NotificationThread, DestroyingItWakesAndJoinsTheLoopAndLeavesQueuedChangesSafe) {
+    ThreadSafeMainQueue scheduler;
+    int changes = 0;
+    BlockingLoop platform(2);
+    {
+        NotificationThread thread(scheduler, [&changes] { ++changes; });
+        thread.start(platform.loop(), platform.wake());
+        scheduler.waitForTasks(2);
+    } // hangs here if the wake were lost
+    EXPECT_TRUE(platform.isWoken);
+    // Queued while the thread lived, run after it is gone: a copy of the
+    // callback, not the destroyed object, answers.
+    scheduler.runPosted();
+    EXPECT_EQ(changes, 2);
+}
+
+TEST(NotificationThread, AStopRightAfterTheStartIsNotLost) {
+    ThreadSafeMainQueue scheduler;
+    for (int round = 0; round < 50; ++round) {
+        BlockingLoop platform;
+        NotificationThread thread(scheduler, [] {});
+        thread.start(platform.loop(), platform.wake());
+    }
+    scheduler.runPosted();
+}
+
+} // namespace
+} // namespace korvane
