@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
 # Compiles every file a macOS build compiles (the macOS sources, the shared
-# code, the tests and the benchmarks) with clang's Apple targets, arm64 and
-# x86_64, syntax only, with the project's warnings as errors. Apple's SDK is
+# code, the tests and the benchmarks) with clang's Apple arm64 target, and the
+# macOS sources for x86_64 too, syntax only, with the project's warnings as
+# errors. Apple's SDK is
 # not on a Linux machine: the Apple calls come from the small declaration
 # surface in tests/macos-surface, the C and C++ libraries and the third-party
 # headers from this machine's Debian packages. See "On a Mac" in README.md for
@@ -31,7 +32,7 @@ python3 scripts/macos-compile-commands.py "${build}/compile_commands.json" tests
   "arm64-apple-macos${release}" "x86_64-apple-macos${release}" >"${commands}"
 
 count=$(grep -c . "${commands}")
-echo "==> macOS compile check: ${count} compiles (arm64 and x86_64, macOS ${release})"
+echo "==> macOS compile check: ${count} compiles (arm64; the macOS files for x86_64 too; macOS ${release})"
 # Each line is one compile; xargs runs them side by side and fails if any does.
 if ! tr '\n' '\0' <"${commands}" | xargs -0 -P "$(nproc)" -n 1 bash -c; then
   echo "macOS compile check failed: see the errors above" >&2

@@ -1,6 +1,7 @@
 #!/usr/bin/env python3
 """Prints one shell command per line: each file a macOS build compiles,
-syntax-checked with clang for each Apple target given.
+syntax-checked with clang for the first Apple target given, and the macOS
+files for each of them.
 
     macos-compile-commands.py COMPILE_COMMANDS SURFACE TARGET...
 
@@ -68,8 +69,10 @@ def main():
         arguments = entry.get("arguments") or shlex.split(entry["command"])
         entries[path] = kept_flags(arguments)
 
-    tracked = subprocess.run(["git", "ls-files", "src", "tests", "bench"], capture_output=True, text=True,
-                             check=True).stdout.split()
+    # Listed without git: the tree may be a source tarball.
+    tracked = sorted(os.path.relpath(os.path.join(folder, name), root)
+                     for top in ("src", "tests", "bench")
+                     for folder, _, names in os.walk(os.path.join(root, top)) for name in names)
     macos_files = [path for path in tracked
                    if path.endswith((".cpp", ".mm")) and ("/macos/" in path or path.endswith("MacOS.cpp"))]
     files = {path: flags for path, flags in entries.items() if not is_linux_only(path)}
@@ -93,7 +96,11 @@ def main():
         + [f for d in cxx for f in ("-isystem", d)] + [f for d in multiarch for f in ("-idirafter", d)]
     for path in sorted(files):
         language = ["-x", "objective-c++"] if path.endswith(".mm") else []
-        for target in targets:
+        # Both Apple targets are LP64 with the same type sizes, so the shared
+        # code reads alike on them: the first target checks it, and only the
+        # macOS files, where the SDK's declarations differ by architecture,
+        # are checked for every target.
+        for target in targets if path in macos_files else targets[:1]:
             command = ["clang++", f"--target={target}", "-fsyntax-only", "-Werror", "-isystem", surface,
                        "-isystem", os.path.join(surface, "lp64-libc")] \
                 + host + files[path] + language + [path]
