@@ -7,6 +7,7 @@
 #include "package/SensitiveTextRedaction.h"
 #include "records/CollectorError.h"
 #include "records/FileIO.h"
+#include "records/Text.h"
 #include "tools/ProcessRunner.h"
 
 #include <ctime>
@@ -315,8 +316,7 @@ InstallGuide CollectorModel::installGuide(const std::vector<USBControllerMap>& s
             InstallGuidePort about{.nickname = nicknameFor(controller, port),
                                    .companion = companionName(controller, port)};
             if (const auto companion = companionOf(port)) {
-                about.isCompanionKept =
-                    selectedPortIDs_.contains(usbPortStableID(*companion->controller, *companion->port));
+                about.isCompanionKept = isPortSelected(*companion->controller, *companion->port);
             }
             if (!port.activeDevice.empty()) {
                 about.lastDevice = port.activeDevice + " (in it when the ports were read)";

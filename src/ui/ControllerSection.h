@@ -24,6 +24,7 @@ class ControllerSectionHeader : public QAbstractButton {
     void showController(const USBControllerMap& controller, bool isOpen);
 
     QSize sizeHint() const override;
+    const QLabel* portCountLabel() const { return portCount_; }
 
   protected:
     void paintEvent(QPaintEvent* event) override;

@@ -307,7 +307,7 @@ TEST_F(CommandLineTest, AFailedRunEndsWithStatusOneAndItsError) {
 
 TEST_F(CommandLineTest, ARunWithoutControllersFailsWithTheReasonAndKeepsTheEarlierZip) {
     ASSERT_EQ(run({"generate", "--registry", iMac, "--model", "iMac19,1"}).status, 0);
-    const std::string before = readFileBytes(zip());
+    const auto before = readFileBytes(zip());
     const Outcome result = run({"generate", "--registry", usbPlane});
     EXPECT_EQ(result.status, 1);
     EXPECT_THAT(result.err, HasSubstr("ERROR: No USB controller found: nothing to map."));

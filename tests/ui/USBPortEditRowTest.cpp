@@ -4,10 +4,13 @@
 
 #include <QAction>
 #include <QCheckBox>
+#include <QClipboard>
 #include <QComboBox>
+#include <QGuiApplication>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
+#include <QTest>
 #include <QToolButton>
 
 namespace korvane {
@@ -81,8 +84,9 @@ TEST_F(USBPortEditRowTest, TheNicknameReachesTheModelAndTheLastDeviceStaysNamedA
 
 TEST_F(USBPortEditRowTest, APastedControlCharacterIsTakenBackAndNeverReachesTheModel) {
     rowFor(makePort("HS01", 1, ""));
-    row->nicknameField()->insert("rear");
-    row->nicknameField()->insert(QString("\x1b[2J"));
+    QTest::keyClicks(row->nicknameField(), "rear");
+    QGuiApplication::clipboard()->setText(QString("\x1b[2J"));
+    row->nicknameField()->paste();
     EXPECT_EQ(row->nicknameField()->text(), "rear");
     EXPECT_EQ(model->nicknameFor(controller, controller.ports[0]), "rear");
 }
