@@ -2,8 +2,6 @@
 
 #include "app/CollectorAssembly.h"
 
-#include <cstdio>
-
 namespace korvane {
 
 namespace {
@@ -27,21 +25,21 @@ std::shared_ptr<const RegistrySource> openChosenRegistry(const RegistryChoice& c
 
 } // namespace
 
-CommandLineSession::CommandLineSession(const RegistryChoice& choice, bool listenForHotplug)
-    : desktop_(std::make_unique<QuietDesktop>()), registry_(openChosenRegistry(choice)),
+CommandLineSession::CommandLineSession(const RegistryChoice& choice, std::ostream& err, bool listenForHotplug)
+    : err_(err), desktop_(std::make_unique<QuietDesktop>()), registry_(openChosenRegistry(choice)),
       model_(assembleCollectorModel(choice, registry_, scheduler_, *desktop_, listenForHotplug)) {
     logObserver_ = model_->observe([this] {
         const auto& log = model_->logText();
         if (log.size() > printedLog_) {
-            std::fwrite(log.data() + printedLog_, 1, log.size() - printedLog_, stderr);
-            std::fflush(stderr);
+            err_.write(log.data() + printedLog_, static_cast<std::streamsize>(log.size() - printedLog_));
+            err_.flush();
             printedLog_ = log.size();
         }
     });
     noticeObserver_ = model_->observe([this] {
         for (const auto& notice : model_->scanNotices()) {
             if (toldNotices_.insert(notice).second) {
-                std::fprintf(stderr, "%s\n", notice.c_str());
+                err_ << notice << '\n';
             }
         }
     });

@@ -4,8 +4,8 @@
 #include "cli/RunLoopScheduler.h"
 #include "collector/CollectorModel.h"
 
-#include <cstdio>
 #include <memory>
+#include <ostream>
 #include <set>
 #include <string>
 
@@ -20,12 +20,12 @@ struct UsageError {
 // The model as the command line drives it: the calling thread is the main
 // thread, the registry is the one the user chose, the desktop services stay
 // quiet (no sounds: nobody sits at a desktop), and the log goes to standard
-// error as it grows, leaving standard output to the results. What a scan could
-// not learn (its notices) goes to standard error too, each sentence once.
+// error (`err`) as it grows, leaving standard output to the results. What a
+// scan could not learn (its notices) goes to `err` too, each sentence once.
 class CommandLineSession {
   public:
     // Throws UsageError when the chosen registry file can't serve.
-    explicit CommandLineSession(const RegistryChoice& choice, bool listenForHotplug = false);
+    CommandLineSession(const RegistryChoice& choice, std::ostream& err, bool listenForHotplug = false);
     ~CommandLineSession();
 
     CollectorModel& model() { return *model_; }
@@ -40,6 +40,7 @@ class CommandLineSession {
     void scanForEditing();
 
   private:
+    std::ostream& err_;
     RunLoopScheduler scheduler_;
     std::unique_ptr<DesktopServices> desktop_;
     std::shared_ptr<const RegistrySource> registry_;

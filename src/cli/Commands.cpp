@@ -10,8 +10,8 @@
 #include "savedregistry/SnapshotCodec.h"
 
 #include <charconv>
-#include <cstdio>
 #include <map>
+#include <ostream>
 #include <signal.h>
 #include <thread>
 
@@ -19,9 +19,8 @@ namespace korvane {
 
 namespace {
 
-void printJSON(const nlohmann::json& value) {
-    std::puts(value.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace).c_str());
-    std::fflush(stdout);
+void printJSON(const nlohmann::json& value, std::ostream& out) {
+    out << value.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace) << '\n' << std::flush;
 }
 
 // The registry keeps UsbConnector in one byte; the five named codes are the
@@ -40,22 +39,22 @@ std::int64_t parseCode(const std::string& text, const std::string& argument) {
 
 } // namespace
 
-int runScan(const ScanOptions& options) {
-    CommandLineSession session(options.source);
+int runScan(const ScanOptions& options, CommandStreams streams) {
+    CommandLineSession session(options.source, streams.err);
     session.scanForEditing();
     const auto notMatched = applyMapOptions(session.model(), options.session);
-    const bool isSaved = saveMapIfAsked(session.model(), options.session);
+    const bool isSaved = saveMapIfAsked(session.model(), options.session, streams.err);
     const bool isMatching = options.session.map || options.session.importKext;
     if (options.json) {
         auto document = portJSON(session.model());
         if (isMatching) {
             document["notMatched"] = notMatched;
         }
-        printJSON(document);
+        printJSON(document, streams.out);
     } else {
-        std::fputs(portTable(session.model()).c_str(), stdout);
+        streams.out << portTable(session.model());
         if (isMatching) {
-            std::fputs(notMatchedText(notMatched).c_str(), stdout);
+            streams.out << notMatchedText(notMatched);
         }
     }
     return isSaved ? 0 : 1;
@@ -63,24 +62,25 @@ int runScan(const ScanOptions& options) {
 
 namespace {
 
-void warn(const std::string& text) {
-    std::fprintf(stderr, "korvane: %s\n", text.c_str());
+void warn(std::ostream& err, const std::string& text) {
+    err << "korvane: " << text << '\n';
 }
 
 // What a check of one half leaves open: the other half unchecked.
-void offerCompanion(const CollectorModel& model, const USBControllerMap& controller, const USBPortMap& port) {
+void offerCompanion(const CollectorModel& model, const USBControllerMap& controller, const USBPortMap& port,
+                    std::ostream& err) {
     const auto companion = model.companionOf(port);
     if (companion && !model.isPortSelected(*companion->controller, *companion->port)) {
-        warn(port.name + " is checked and its companion " + model.companionName(controller, port) +
-             " is not; add --with-companion to keep both halves of the connector (companion key " +
-             port.companionKey + ").");
+        warn(err, port.name + " is checked and its companion " + model.companionName(controller, port) +
+                      " is not; add --with-companion to keep both halves of the connector (companion key " +
+                      port.companionKey + ").");
     }
 }
 
 } // namespace
 
-int runGenerate(const GenerateOptions& options) {
-    CommandLineSession session(options.source);
+int runGenerate(const GenerateOptions& options, CommandStreams streams) {
+    CommandLineSession session(options.source, streams.err);
     auto& model = session.model();
     session.scanForEditing();
     applyMapOptions(model, options.session);
@@ -91,7 +91,7 @@ int runGenerate(const GenerateOptions& options) {
     if (const TargetMacModel target = model.targetMacModel();
         target.source != TargetMacModel::Source::fallback) {
         if (const std::string note = macModelShapeNote(target.value); !note.empty()) {
-            warn(note);
+            warn(streams.err, note);
         }
     }
 
@@ -100,9 +100,9 @@ int runGenerate(const GenerateOptions& options) {
     } else if (options.select == "none") {
         model.deselectAllPorts();
     }
-    auto noCompanion = [](const USBPortMap& port, const std::string& option) {
-        warn(option + " " + port.name +
-             ": the port has no companion; --with-companion changes nothing for it.");
+    auto noCompanion = [&streams](const USBPortMap& port, const std::string& option) {
+        warn(streams.err, option + " " + port.name +
+                              ": the port has no companion; --with-companion changes nothing for it.");
     };
     for (const auto& key : options.ports) {
         const auto [controller, port] = portWithKey(model, key, "--port");
@@ -135,44 +135,43 @@ int runGenerate(const GenerateOptions& options) {
     if (!options.withCompanion) {
         for (const auto& key : options.ports) {
             const auto [controller, port] = portWithKey(model, key, "--port");
-            offerCompanion(model, controller, port);
+            offerCompanion(model, controller, port, streams.err);
         }
     }
     if (model.showPortLimitWarning()) {
-        std::fputs(
-            "Note: an Intel controller has 15 or more selected ports; macOS limits such a controller to 15 "
-            "ports unless a port limit patch is in place.\n",
-            stderr);
+        streams.err
+            << "Note: an Intel controller has 15 or more selected ports; macOS limits such a controller "
+               "to 15 ports unless a port limit patch is in place.\n";
         model.dismissPortLimitWarning();
     }
-    if (!saveMapIfAsked(model, options.session)) {
+    if (!saveMapIfAsked(model, options.session, streams.err)) {
         return 1;
     }
-    std::fprintf(stderr, "The package will hold, per controller:\n%s", contributionLines(model).c_str());
+    streams.err << "The package will hold, per controller:\n" << contributionLines(model);
 
     model.startCollection();
     session.runUntil([&model] { return !model.isRunning(); });
     if (!model.lastZipURL()) {
         return 1;
     }
-    std::printf("%s\n", model.lastZipURL()->c_str());
-    std::fflush(stdout);
+    streams.out << model.lastZipURL()->string() << '\n' << std::flush;
     for (const auto& note : model.mergePersonalityNotes()) {
-        warn(note);
+        warn(streams.err, note);
     }
     if (model.targetMacModel().source == TargetMacModel::Source::fallback) {
-        warn("the package names no Mac model (\"Mac\"), so macOS applies it on no Mac; name the Mac it is "
+        warn(streams.err,
+             "the package names no Mac model (\"Mac\"), so macOS applies it on no Mac; name the Mac it is "
              "for with --model MODEL, e.g. --model iMac19,1.");
     }
     return 0;
 }
 
-int runWatch(const ScanOptions& options) {
+int runWatch(const ScanOptions& options, CommandStreams streams) {
     if (!options.source.isLive()) {
         // Nothing would ever come to wait for.
-        const int status = runScan(options);
-        std::fprintf(stderr, "korvane: %s is a saved registry, which never changes: shown once.\n",
-                     options.source.registryFile->c_str());
+        const int status = runScan(options, streams);
+        warn(streams.err, options.source.registryFile->string() +
+                              " is a saved registry, which never changes: shown once.");
         return status;
     }
     // Ctrl-C ends the watch through the main loop, not in a signal handler.
@@ -182,7 +181,7 @@ int runWatch(const ScanOptions& options) {
     sigaddset(&stopSignals, SIGTERM);
     pthread_sigmask(SIG_BLOCK, &stopSignals, nullptr);
 
-    CommandLineSession session(options.source, true);
+    CommandLineSession session(options.source, streams.err, true);
     auto& model = session.model();
     std::thread([&session, stopSignals] {
         int signal = 0;
@@ -205,11 +204,9 @@ int runWatch(const ScanOptions& options) {
         }
         devices = std::move(now);
         if (options.json) {
-            printJSON(portJSON(model));
+            printJSON(portJSON(model), streams.out);
         } else {
-            std::fputs(portTable(model, changed).c_str(), stdout);
-            std::fputs("\n", stdout);
-            std::fflush(stdout);
+            streams.out << portTable(model, changed) << '\n' << std::flush;
         }
     };
 
@@ -217,10 +214,10 @@ int runWatch(const ScanOptions& options) {
     applyMapOptions(model, options.session);
     // Saved after every refresh: a watch ends by a signal or a power cut,
     // and what it learnt until then must be in the file.
-    bool isSaved = saveMapIfAsked(model, options.session);
+    bool isSaved = saveMapIfAsked(model, options.session, streams.err);
     show();
     if (!options.json) {
-        std::fputs("Plug or unplug a USB device to see its port (* marks a change); Ctrl-C ends.\n", stderr);
+        streams.err << "Plug or unplug a USB device to see its port (* marks a change); Ctrl-C ends.\n";
     }
     bool wasScanning = false;
     model.observe([&] {
@@ -228,7 +225,7 @@ int runWatch(const ScanOptions& options) {
         const bool hasRefreshed = wasScanning && !model.isScanningUSB();
         wasScanning = model.isScanningUSB();
         if (hasRefreshed) {
-            isSaved = saveMapIfAsked(model, options.session) && isSaved;
+            isSaved = saveMapIfAsked(model, options.session, streams.err) && isSaved;
             show();
         }
     });
@@ -237,12 +234,18 @@ int runWatch(const ScanOptions& options) {
     return isSaved ? 0 : 1;
 }
 
-int runSnapshot(const SnapshotOptions& options) {
-    CommandLineSession session(options.source);
+int runSnapshot(const SnapshotOptions& options, CommandStreams streams) {
+    // As --save-map: nobody is there to confirm an overwrite.
+    std::error_code error;
+    if (!options.force && std::filesystem::exists(options.output, error)) {
+        throw UsageError{"--output " + options.output.string() +
+                         ": the file exists; write over it with --force, or save to another name"};
+    }
+    CommandLineSession session(options.source, streams.err);
     const auto root = session.registry().copyRoot();
     if (!root) {
-        std::fprintf(stderr, "korvane: no registry tree could be read%s\n",
-                     options.source.registryFile ? "" : " on this machine");
+        warn(streams.err, std::string("no registry tree could be read") +
+                              (options.source.registryFile ? "" : " on this machine"));
         return 1;
     }
     if (!options.raw) {
@@ -251,30 +254,29 @@ int runSnapshot(const SnapshotOptions& options) {
     try {
         writeSnapshot(*root, options.output);
     } catch (...) {
-        std::fprintf(stderr, "korvane: %s: %s\n", options.output.c_str(),
-                     errorDescription(std::current_exception()).c_str());
+        warn(streams.err, options.output.string() + ": " + errorDescription(std::current_exception()));
         return 1;
     }
-    std::printf("%s\n", options.output.c_str());
+    streams.out << options.output.string() << '\n';
     return 0;
 }
 
-int runUpdateIDs() {
-    CommandLineSession session({});
+int runUpdateIDs(CommandStreams streams) {
+    CommandLineSession session({}, streams.err);
     auto& model = session.model();
     model.updateIDsDatabases();
     session.runUntil([&model] { return !model.isUpdatingIDs(); });
     const std::string result = model.lastIDsUpdateResult().value_or("");
-    std::printf("%s\n", result.c_str());
+    streams.out << result << '\n';
     return model.hasFailedIDsUpdate() ? 1 : 0;
 }
 
-int runPaths() {
+int runPaths(CommandStreams streams) {
     const ApplicationPaths paths = applicationPaths();
-    auto show = [](const char* label, const std::filesystem::path& path) {
+    auto show = [&streams](const std::string& label, const std::filesystem::path& path) {
         std::error_code error;
-        std::printf("%-21s %s%s\n", label, path.c_str(),
-                    std::filesystem::exists(path, error) ? "" : " (missing)");
+        streams.out << label << std::string(label.size() < 21 ? 21 - label.size() : 0, ' ') << ' '
+                    << path.string() << (std::filesystem::exists(path, error) ? "" : " (missing)") << '\n';
     };
     show("desktop:", paths.desktop);
     show("application support:", paths.applicationSupport);

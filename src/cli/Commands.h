@@ -5,6 +5,7 @@
 
 #include <cstdint>
 #include <filesystem>
+#include <iosfwd>
 #include <optional>
 #include <string>
 #include <vector>
@@ -13,6 +14,13 @@ namespace korvane {
 
 // The subcommands of `korvane`. Each returns the exit status; a UsageError
 // (CommandLineSession.h) thrown from them means status 2.
+
+// Where a command writes: its results, and only those, on `out`; the log and
+// every note on `err`.
+struct CommandStreams {
+    std::ostream& out;
+    std::ostream& err;
+};
 
 struct ScanOptions {
     RegistryChoice source;
@@ -33,16 +41,15 @@ struct GenerateOptions {
 struct SnapshotOptions {
     RegistryChoice source;
     std::filesystem::path output = "korvane-registry.plist";
-    bool raw = false; // identifiers left unmasked
+    bool raw = false;   // identifiers left unmasked
+    bool force = false; // an existing output file written over
 };
 
-// Each prints its results, and only those, on standard output; the log and
-// every note go to standard error.
-int runScan(const ScanOptions& options);
-int runWatch(const ScanOptions& options);
-int runGenerate(const GenerateOptions& options);
-int runSnapshot(const SnapshotOptions& options);
-int runUpdateIDs();
-int runPaths();
+int runScan(const ScanOptions& options, CommandStreams streams);
+int runWatch(const ScanOptions& options, CommandStreams streams);
+int runGenerate(const GenerateOptions& options, CommandStreams streams);
+int runSnapshot(const SnapshotOptions& options, CommandStreams streams);
+int runUpdateIDs(CommandStreams streams);
+int runPaths(CommandStreams streams);
 
 } // namespace korvane

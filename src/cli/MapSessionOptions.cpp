@@ -3,7 +3,7 @@
 #include "cli/CommandLineSession.h"
 #include "records/Text.h"
 
-#include <cstdio>
+#include <ostream>
 
 namespace korvane {
 
@@ -75,13 +75,13 @@ std::vector<std::string> applyMapOptions(CollectorModel& model, const MapOptions
     return notMatched;
 }
 
-bool saveMapIfAsked(CollectorModel& model, const MapOptions& options) {
+bool saveMapIfAsked(CollectorModel& model, const MapOptions& options, std::ostream& err) {
     if (!options.saveMap) {
         return true;
     }
     const MapOutcome outcome = model.saveMap(*options.saveMap);
     if (!outcome.succeeded) {
-        std::fprintf(stderr, "korvane: %s\n", outcome.summary.c_str());
+        err << "korvane: " << outcome.summary << '\n';
     }
     return outcome.succeeded;
 }

@@ -3,6 +3,7 @@
 #include "collector/CollectorModel.h"
 
 #include <filesystem>
+#include <iosfwd>
 #include <optional>
 #include <string>
 #include <utility>
@@ -31,7 +32,7 @@ std::pair<USBControllerMap, USBPortMap> portWithKey(const CollectorModel& model,
 std::vector<std::string> applyMapOptions(CollectorModel& model, const MapOptions& options);
 
 // Saves the session when --save-map asked for it; false, after saying why
-// on standard error, when that failed.
-bool saveMapIfAsked(CollectorModel& model, const MapOptions& options);
+// on `err`, when that failed.
+bool saveMapIfAsked(CollectorModel& model, const MapOptions& options, std::ostream& err);
 
 } // namespace korvane

@@ -1,0 +1,401 @@
+#include "cli/CommandLine.h"
+
+#include "mapfile/PortMapPackage.h"
+#include "records/FileIO.h"
+#include "support/Golden.h"
+#include "support/TempFolder.h"
+#include "support/TestData.h"
+#include "support/Zip.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <map>
+#include <nlohmann/json.hpp>
+#include <regex>
+#include <sstream>
+
+namespace korvane {
+namespace {
+
+using testing::HasSubstr;
+using testing::Not;
+
+const std::string iMac = "{data}/macos/iMac19-1/IOReg.txt";
+const std::string hackintosh = "{data}/macos/hackintosh-CML/ioreg_ioservice.txt";
+const std::string usbPlane = "{data}/macos/hackintosh-CML/ioreg_IOUSB-plane.txt";
+const std::string camera = "8086:a36d|XHC1|14000000|HS13|0d000000";
+const std::string hs03 = "8086:a36d|XHC1|14000000|HS03|03000000";
+const std::string ss02 = "8086:a36d|XHC1|14000000|SS02|12000000";
+
+struct Outcome {
+    int status = -1;
+    std::string out;
+    std::string err;
+};
+
+// The program's folders all in a home of the test's own (the Desktop is
+// asked of the environment for every run, as the user may move it). The ids
+// databases are the tiny ones of tests/data, set once for the process since
+// the program reads them once: the names in the goldens are the test's own,
+// not the build machine's hwdata.
+class CommandLineTest : public testing::Test {
+  protected:
+    void SetUp() override {
+        static const TempFolder ids;
+        static const bool hasDatabases = [] {
+            const auto tools = ids.path() / "KorvaneGenerator" / "Tools";
+            std::filesystem::create_directories(tools);
+            writeFileAtomically(tools / "pci.ids", testDataBytes("ids/tiny-pci.ids"));
+            writeFileAtomically(tools / "usb.ids", testDataBytes("ids/tiny-usb.ids"));
+            return true;
+        }();
+        ASSERT_TRUE(hasDatabases);
+        setenv("XDG_DATA_HOME", ids.path().c_str(), 1);
+        setenv("HOME", home().c_str(), 1);
+        setenv("XDG_CONFIG_HOME", (home() / ".config").c_str(), 1);
+        setenv("XDG_RUNTIME_DIR", (home() / "run").c_str(), 1);
+        std::filesystem::create_directories(home() / "Desktop");
+    }
+
+    const std::filesystem::path& home() const { return home_.path(); }
+    std::filesystem::path zip() const { return home() / "Desktop" / "Korvane.zip"; }
+
+    std::string expand(std::string text) const {
+        for (const auto& [name, value] :
+             {std::pair<std::string, std::string>{"{data}", KORVANE_TEST_DATA_DIR},
+              {"{home}", home().string()}}) {
+            for (auto at = text.find(name); at != std::string::npos; at = text.find(name, at)) {
+                text.replace(at, name.size(), value);
+            }
+        }
+        return text;
+    }
+
+    Outcome run(const std::vector<std::string>& arguments) const {
+        std::vector<std::string> line = {"korvane"};
+        for (const auto& argument : arguments) {
+            line.push_back(expand(argument));
+        }
+        std::ostringstream out;
+        std::ostringstream err;
+        const int status = runCommandLine(line, out, err);
+        return {status, out.str(), err.str()};
+    }
+
+    // The merge personalities of the Desktop's package, one a line:
+    // "name model port:connector ...".
+    std::string merges() const {
+        const auto parse = readPortMapPackage(zip());
+        if (!parse.package) {
+            return "no package: " + parse.reason;
+        }
+        std::map<std::string, std::vector<std::string>> ports;
+        for (const auto& port : parse.package->ports) {
+            ports[port.personality].push_back(port.name + ":" + std::to_string(port.connector.value_or(-1)));
+        }
+        std::string text;
+        for (auto& [personality, names] : ports) {
+            std::sort(names.begin(), names.end());
+            text += personality + " " + parse.package->model.value_or("?");
+            for (const auto& name : names) {
+                text += " " + name;
+            }
+            text += "\n";
+        }
+        return text;
+    }
+
+  private:
+    TempFolder home_;
+};
+
+// A scan's JSON without the times a sighting carries, which are the clock's.
+std::string untimed(const std::string& json) {
+    return std::regex_replace(json, std::regex(R"("lastSeen":"[^"]*")"), R"("lastSeen":"")");
+}
+
+// --- Refusals: status 2, nothing on standard output, and one line saying
+// what was wrong.
+
+struct Refusal {
+    const char* name;
+    std::vector<std::string> arguments;
+    const char* words;
+};
+
+void PrintTo(const Refusal& refusal, std::ostream* out) {
+    *out << refusal.name;
+}
+
+class RefusalTest : public CommandLineTest, public testing::WithParamInterface<Refusal> {};
+
+TEST_P(RefusalTest, EndsWithStatusTwoAndOneLine) {
+    writeFileAtomically(home() / "junk.txt", "not a registry");
+    const Outcome result = run(GetParam().arguments);
+    EXPECT_EQ(result.status, 2);
+    EXPECT_EQ(result.out, "");
+    std::istringstream lines(result.err);
+    std::vector<std::string> said;
+    for (std::string line; std::getline(lines, line);) {
+        if (line.starts_with("korvane: ")) {
+            said.push_back(line);
+        }
+    }
+    ASSERT_EQ(said.size(), 1u) << result.err;
+    EXPECT_THAT(said.front(), HasSubstr(expand(GetParam().words)));
+    EXPECT_EQ(readFileBytes(home() / "junk.txt"), "not a registry") << "a file written over";
+}
+
+const Refusal refusals[] = {
+    {"UnknownCommand", {"frobnicate"}, "unknown command 'frobnicate'"},
+    {"OptionBeforeCommand", {"--bogus"}, "unknown option '--bogus'"},
+    {"StrayArgument", {"scan", "stray"}, "not expected: stray"},
+    {"UnknownOption", {"scan", "--bogus"}, "--bogus"},
+    {"SelectValue", {"generate", "--select", "some"}, "select"},
+    {"MissingRegistry", {"scan", "--registry", "{home}/missing"}, "no such file"},
+    {"JunkRegistry", {"scan", "--registry", "{home}/junk.txt"}, "not a saved registry"},
+    {"FolderRegistry", {"generate", "--registry", "{home}"}, "is a folder"},
+    {"RegistryAndIoreg", {"scan", "--registry", iMac, "--ioreg", iMac}, "excludes"},
+    {"CodeTooLarge", {"generate", "--registry", iMac, "--connector", hs03 + "=256"}, "0 to 255"},
+    {"CodeNotANumber", {"generate", "--registry", iMac, "--connector", hs03 + "=USB3"}, "0 to 255"},
+    {"ConnectorWithoutCode", {"generate", "--registry", iMac, "--connector", hs03}, "expected KEY=CODE"},
+    {"PortNotHere", {"generate", "--registry", iMac, "--port", "1:2|X|0|HS01|01"}, "no port has this key"},
+    {"JunkMap",
+     {"scan", "--registry", iMac, "--map", "{home}/junk.txt"},
+     "is not a KorvaneGenerator port map"},
+    {"MissingMap", {"scan", "--registry", iMac, "--map", "{home}/missing"}, "--map"},
+    {"JunkPackage",
+     {"scan", "--registry", iMac, "--import-kext", "{home}/junk.txt"},
+     "is not a readable property list"},
+    {"NicknameWithoutText", {"watch", "--registry", iMac, "--nickname", camera}, "expected KEY=TEXT"},
+    {"MapWithSelect", {"generate", "--map", "{home}/junk.txt", "--select", "all"}, "excludes"},
+    {"SaveMapOverAFile",
+     {"scan", "--registry", iMac, "--save-map", "{home}/junk.txt"},
+     "--save-map {home}/junk.txt: the file exists"},
+    {"SnapshotOverAFile",
+     {"snapshot", "--registry", iMac, "-o", "{home}/junk.txt"},
+     "--output {home}/junk.txt: the file exists; write over it with --force"},
+};
+
+INSTANTIATE_TEST_SUITE_P(CommandLine, RefusalTest, testing::ValuesIn(refusals),
+                         [](const auto& row) { return std::string(row.param.name); });
+
+// --- Tables and JSON, compared whole.
+
+TEST_F(CommandLineTest, ScanPrintsTheTableAndJSONAlone) {
+    const Outcome table = run({"scan", "--registry", iMac});
+    EXPECT_EQ(table.status, 0);
+    EXPECT_TRUE(matchesGolden(table.out, "cli/scan-iMac19-1.txt"));
+    EXPECT_THAT(table.err, Not(HasSubstr("korvane: ")));
+
+    const Outcome json = run({"scan", "--registry", iMac, "--json"});
+    EXPECT_EQ(json.status, 0);
+    ASSERT_TRUE(json.out.ends_with("}\n") && std::count(json.out.begin(), json.out.end(), '\n') == 1)
+        << "one JSON object on one line";
+    EXPECT_TRUE(
+        matchesGolden(nlohmann::json::parse(untimed(json.out)).dump(1) + "\n", "cli/scan-iMac19-1.json"));
+
+    // A saved registry never changes: watch shows it once and says why it ends.
+    const Outcome watch = run({"watch", "--registry", iMac});
+    EXPECT_EQ(watch.status, 0);
+    EXPECT_EQ(watch.out, table.out);
+    EXPECT_THAT(watch.err, HasSubstr("is a saved registry, which never changes: shown once."));
+}
+
+TEST_F(CommandLineTest, ScanOfARegistryWithoutControllersSaysWhy) {
+    const Outcome result = run({"scan", "--registry", usbPlane});
+    EXPECT_EQ(result.status, 0);
+    EXPECT_EQ(result.out, "No USB controller found.\n");
+    EXPECT_THAT(result.err, HasSubstr("it looks like an ioreg text dump of the IOUSB plane"));
+}
+
+// --- Generate: the package on the Desktop, the ZIP's path alone on standard
+// output, the notes on standard error.
+
+struct Generation {
+    const char* name;
+    std::string registry;
+    std::vector<std::string> arguments;
+    std::string merges;
+    std::vector<std::string> said;    // on standard error
+    std::vector<std::string> notSaid; // neither
+};
+
+void PrintTo(const Generation& generation, std::ostream* out) {
+    *out << generation.name;
+}
+
+class GenerateTest : public CommandLineTest, public testing::WithParamInterface<Generation> {};
+
+TEST_P(GenerateTest, WritesThePackageAndSaysWhatItHolds) {
+    std::vector<std::string> arguments = {"generate", "--registry", GetParam().registry};
+    arguments.insert(arguments.end(), GetParam().arguments.begin(), GetParam().arguments.end());
+    const Outcome result = run(arguments);
+    ASSERT_EQ(result.status, 0) << result.err;
+    EXPECT_EQ(result.out, zip().string() + "\n");
+    EXPECT_EQ(merges(), GetParam().merges);
+    for (const auto& words : GetParam().said) {
+        EXPECT_THAT(result.err, HasSubstr(words));
+    }
+    for (const auto& words : GetParam().notSaid) {
+        EXPECT_THAT(result.err, Not(HasSubstr(words)));
+    }
+    EXPECT_FALSE(std::filesystem::exists(home() / "Desktop" / "KorvaneGenerator_Work"));
+}
+
+const Generation generations[] = {
+    {"BothHalvesTypedAtOnce",
+     iMac,
+     {"--model", "iMac19,1", "--port", hs03, "--connector", hs03 + "=10", "--with-companion"},
+     "iMac19,1-XHC1 iMac19,1 HS03:10 HS13:255 SS03:10\n",
+     {"Generating Korvane.kext with 3 enabled port(s)...", "The package will hold, per controller:\n"
+                                                           "  XHC2 8086:15EC: support personality only\n"
+                                                           "  XHC1 8086:A36D: 3 ports checked\n"},
+     {"korvane: "}},
+    {"SelectComesFirstWhateverTheOrder",
+     iMac,
+     {"--model", "iMac19,1", "--port", hs03, "--select", "none"},
+     "iMac19,1-XHC1 iMac19,1 HS03:3\n",
+     {"Generating Korvane.kext with 1 enabled port(s)..."},
+     {}},
+    {"NoModelAndOneHalfChecked",
+     iMac,
+     {"--port", hs03},
+     "Mac-XHC1 Mac HS03:3 HS13:255\n",
+     {"korvane: the package names no Mac model (\"Mac\")", "--model MODEL",
+      "korvane: HS03 is checked and its companion SS03 is not"},
+     {}},
+    {"ACodeTheMenuDoesNotName",
+     iMac,
+     {"--model", "iMac19,1", "--connector", camera + "=42"},
+     "iMac19,1-XHC1 iMac19,1 HS13:42\n",
+     {},
+     {"korvane: "}},
+    {"CompanionlessPortWithCompanion",
+     iMac,
+     {"--model", "iMac19,1", "--select", "none", "--port", camera, "--with-companion"},
+     "iMac19,1-XHC1 iMac19,1 HS13:255\n",
+     {"korvane: --port HS13: the port has no companion; --with-companion changes nothing for it."},
+     {}},
+    {"TwoControllersOfOneName",
+     hackintosh,
+     {"--model", "Macmini8,1"},
+     "Macmini8,1-XHC Macmini8,1 HS01:3 HS02:3 HS03:3 HS10:255\n"
+     "Macmini8,1-XHC 8086_15E9 Macmini8,1 SS01:9\n",
+     {"merge personality is named Macmini8,1-XHC 8086_15E9"},
+     {}},
+};
+
+INSTANTIATE_TEST_SUITE_P(CommandLine, GenerateTest, testing::ValuesIn(generations),
+                         [](const auto& row) { return std::string(row.param.name); });
+
+TEST_F(CommandLineTest, AFailedRunEndsWithStatusOneAndItsError) {
+    std::filesystem::remove(home() / "Desktop");
+    writeFileAtomically(home() / "Desktop", "a file where the Desktop should be");
+    const Outcome result = run({"generate", "--registry", iMac});
+    EXPECT_EQ(result.status, 1);
+    EXPECT_EQ(result.out, "");
+    EXPECT_THAT(result.err, HasSubstr("ERROR: Not a directory"));
+}
+
+// --- Mapping sessions: what one run saves, the next starts from.
+
+TEST_F(CommandLineTest, AMapCarriesTheSessionToTheNextRun) {
+    const std::string map = "{home}/s.korvanemap";
+    ASSERT_EQ(run({"generate", "--registry", iMac, "--model", "iMac19,1", "--port", ss02, "--connector",
+                   ss02 + "=10", "--nickname", camera + "=camera, inside", "--save-map", map})
+                  .status,
+              0);
+    const auto first = readZip(zip());
+    ASSERT_EQ(run({"generate", "--registry", iMac, "--map", map}).status, 0);
+    EXPECT_EQ(readZip(zip()).at("KorvaneGenerator_Work/Korvane.kext/Contents/Info.plist"),
+              first.at("KorvaneGenerator_Work/Korvane.kext/Contents/Info.plist"));
+
+    // The map and the package both restore the checks and connectors; only
+    // the map knows the names.
+    std::vector<std::string> nicknames;
+    for (const auto& start : {std::vector<std::string>{"--map", map}, {"--import-kext", zip().string()}}) {
+        std::vector<std::string> arguments = {"scan", "--registry", iMac, "--json"};
+        arguments.insert(arguments.end(), start.begin(), start.end());
+        const Outcome result = run(arguments);
+        ASSERT_EQ(result.status, 0) << result.err;
+        const auto document = nlohmann::json::parse(result.out);
+        std::vector<std::string> selected;
+        for (const auto& controller : document["controllers"]) {
+            for (const auto& port : controller["ports"]) {
+                if (port["selected"]) {
+                    selected.push_back(port["name"]);
+                }
+                if (port["name"] == "SS02") {
+                    EXPECT_EQ(port["connector"], 10);
+                }
+                if (port["name"] == "HS13") {
+                    nicknames.push_back(port["nickname"]);
+                }
+            }
+        }
+        EXPECT_EQ(selected, (std::vector<std::string>{"HS13", "SS02"}));
+        EXPECT_EQ(document["notMatched"], nlohmann::json::array());
+    }
+    EXPECT_EQ(nicknames, (std::vector<std::string>{"camera, inside", ""}));
+
+    const Outcome elsewhere =
+        run({"scan", "--registry", "{data}/macos/MacBookPro15-2/IOReg.txt", "--map", map});
+    EXPECT_EQ(elsewhere.status, 0);
+    EXPECT_THAT(elsewhere.out, HasSubstr("\nNot on this machine (2):\n"));
+
+    // A model of another shape is kept, and said, wherever it came from.
+    std::string bytes = readFileBytes(expand(map)).value();
+    bytes.replace(bytes.find("\"iMac19,1\""), 10, "\"My Mac\"");
+    writeFileAtomically(home() / "odd.korvanemap", bytes);
+    const Outcome odd = run({"generate", "--registry", iMac, "--map", "{home}/odd.korvanemap"});
+    EXPECT_EQ(odd.status, 0);
+    EXPECT_THAT(odd.err, HasSubstr("isn't shaped like a Mac model"));
+
+    // Continuing the map may write over it; a path below a file fails.
+    EXPECT_EQ(run({"scan", "--registry", iMac, "--map", map, "--save-map", map}).status, 0);
+    const Outcome below = run({"scan", "--registry", iMac, "--save-map", "{home}/odd.korvanemap/below"});
+    EXPECT_EQ(below.status, 1);
+    EXPECT_THAT(below.err, HasSubstr("korvane: "));
+}
+
+// --- Snapshots: they scan as the dump they came from, masked unless --raw.
+
+TEST_F(CommandLineTest, SnapshotScansAsItsSourceWithIdentifiersMasked) {
+    const Outcome saved = run({"snapshot", "--registry", iMac, "-o", "{home}/snap.plist"});
+    ASSERT_EQ(saved.status, 0) << saved.err;
+    EXPECT_EQ(saved.out, expand("{home}/snap.plist\n"));
+    EXPECT_EQ(untimed(run({"scan", "--registry", "{home}/snap.plist", "--json"}).out),
+              untimed(run({"scan", "--registry", iMac, "--json"}).out));
+
+    // The serial number, the platform UUID, the Ethernet MAC address (bytes,
+    // so base64 in the file) and the console user.
+    const std::vector<std::string> secrets = {"OPnTlKjE", "C02Y862SJV3N",
+                                              "67C622D3-7510-5F2A-81D0-2A874FC0E6B8", ">kiosk<"};
+    const std::string masked = readFileBytes(home() / "snap.plist").value();
+    for (const auto& secret : secrets) {
+        EXPECT_THAT(masked, Not(HasSubstr(secret)));
+    }
+
+    // Written over only when asked, and then with the raw identifiers.
+    const Outcome refused = run({"snapshot", "--raw", "--registry", iMac, "-o", "{home}/snap.plist"});
+    EXPECT_EQ(refused.status, 2);
+    EXPECT_EQ(readFileBytes(home() / "snap.plist"), masked);
+    const Outcome forced =
+        run({"snapshot", "--raw", "--force", "--registry", iMac, "--output", "{home}/snap.plist"});
+    ASSERT_EQ(forced.status, 0) << forced.err;
+    const std::string raw = readFileBytes(home() / "snap.plist").value();
+    for (const auto& secret : {"OPnTlKjE", "C02Y862SJV3N", ">kiosk<"}) {
+        EXPECT_THAT(raw, HasSubstr(secret));
+    }
+
+    const Outcome below = run({"snapshot", "--registry", iMac, "-o", "{home}/snap.plist/below"});
+    EXPECT_EQ(below.status, 1);
+    EXPECT_EQ(below.out, "");
+    EXPECT_THAT(below.err, HasSubstr(expand("korvane: {home}/snap.plist/below: ")));
+}
+
+} // namespace
+} // namespace korvane
