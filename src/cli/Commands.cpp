@@ -3,6 +3,7 @@
 #include "app/CollectorAssembly.h"
 #include "cli/CommandLineSession.h"
 #include "cli/PortTable.h"
+#include "collector/PortBudget.h"
 #include "package/RegistryTreeRedaction.h"
 #include "records/CollectorError.h"
 #include "records/Connector.h"
@@ -77,6 +78,32 @@ void offerCompanion(const CollectorModel& model, const USBControllerMap& control
     }
 }
 
+// Refuses, before anything is written, a run that would leave sockets dead:
+// one line for every controller over the budget. The template ports a scan
+// didn't see are said either way, as they surprise whoever reads the map.
+void checkPortBudgets(const CollectorModel& model, bool allowOverLimit, std::ostream& err) {
+    std::string over;
+    const auto selected = model.selectedPortIDs();
+    for (const auto& controller : model.scannedControllers()) {
+        const PortBudget budget = portBudget(controller, selected);
+        if (const std::string unseen = unseenTemplatePortsText(budget); !unseen.empty()) {
+            warn(err, unseen + ".");
+        }
+        if (budget.isOverLimit()) {
+            over += (over.empty() ? "" : "; ") + overLimitText(budget);
+        }
+    }
+    if (over.empty()) {
+        return;
+    }
+    if (!allowOverLimit) {
+        throw UsageError{over +
+                         ": check at most 15 ports per controller (--select none and --port KEY), or give "
+                         "--allow-over-limit to write them all the same"};
+    }
+    warn(err, over + ": written all the same (--allow-over-limit); macOS uses only 15 of them.");
+}
+
 } // namespace
 
 int runGenerate(const GenerateOptions& options, CommandStreams streams) {
@@ -85,14 +112,25 @@ int runGenerate(const GenerateOptions& options, CommandStreams streams) {
     session.scanForEditing();
     applyMapOptions(model, options.session);
     if (!options.model.empty()) {
+        // Not echoed: a control character would garble the one line.
+        if (const std::string problem = macModelProblem(options.model); !problem.empty()) {
+            throw UsageError{"--model: " + problem};
+        }
         model.setTargetModelChoice(options.model); // --model over the map's
     }
+    // Asked now, so that where the model comes from is said before the run.
+    model.lookUpMachineModel();
+    session.runUntil([&model] { return model.isMachineModelKnown(); });
     // Wherever it came from: --model, the map, or an imported package.
     if (const TargetMacModel target = model.targetMacModel();
         target.source != TargetMacModel::Source::fallback) {
         if (const std::string note = macModelShapeNote(target.value); !note.empty()) {
             warn(streams.err, note);
         }
+    } else {
+        warn(streams.err,
+             "the package names no Mac model (\"Mac\"), so macOS applies it on no Mac; name the Mac it is "
+             "for with --model MODEL, e.g. --model iMac19,1.");
     }
 
     if (options.select == "all") {
@@ -144,6 +182,7 @@ int runGenerate(const GenerateOptions& options, CommandStreams streams) {
                "to 15 ports unless a port limit patch is in place.\n";
         model.dismissPortLimitWarning();
     }
+    checkPortBudgets(model, options.allowOverLimit, streams.err);
     if (!saveMapIfAsked(model, options.session, streams.err)) {
         return 1;
     }
@@ -157,11 +196,6 @@ int runGenerate(const GenerateOptions& options, CommandStreams streams) {
     streams.out << model.lastZipURL()->string() << '\n' << std::flush;
     for (const auto& note : model.mergePersonalityNotes()) {
         warn(streams.err, note);
-    }
-    if (model.targetMacModel().source == TargetMacModel::Source::fallback) {
-        warn(streams.err,
-             "the package names no Mac model (\"Mac\"), so macOS applies it on no Mac; name the Mac it is "
-             "for with --model MODEL, e.g. --model iMac19,1.");
     }
     return 0;
 }

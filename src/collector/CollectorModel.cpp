@@ -6,6 +6,7 @@
 #include "package/SensitiveTextRedaction.h"
 #include "records/CollectorError.h"
 #include "records/FileIO.h"
+#include "records/MacModel.h"
 #include "tools/ProcessRunner.h"
 
 #include <ctime>
@@ -60,7 +61,8 @@ std::shared_ptr<CollectorModel> CollectorModel::create(CollectorEnvironment envi
 }
 
 CollectorModel::CollectorModel(CollectorEnvironment environment)
-    : environment_(std::move(environment)), usbMonitor_(std::move(environment_.hotplugSource)) {}
+    : environment_(std::move(environment)), targetModels_(environment_.machineModelSource),
+      usbMonitor_(std::move(environment_.hotplugSource)) {}
 
 std::size_t CollectorModel::observe(std::function<void()> observer) {
     observers_[nextObserver_] = std::move(observer);
@@ -166,6 +168,14 @@ void CollectorModel::runCollection() {
         }
         onMain([&] {
             append("Generating Korvane.kext with " + std::to_string(portCount) + " enabled port(s)...");
+            // Once per run, whatever checked them, before anything is packed.
+            std::string halves;
+            for (const auto& line : portsKeptWithoutCompanion()) {
+                halves += (halves.empty() ? "" : "; ") + line;
+            }
+            if (!halves.empty()) {
+                append(halves + ".");
+            }
         });
 
         const std::string model = resolveTargetModel();
@@ -244,12 +254,26 @@ std::vector<USBControllerMap> CollectorModel::selectedControllers() const {
     return selected;
 }
 
-void CollectorModel::setTargetModelChoice(const std::string& model) {
+bool CollectorModel::setTargetModelChoice(const std::string& model) {
     auto choice = targetModelChoiceOf(model);
+    if (choice && !macModelProblem(*choice).empty()) {
+        return false;
+    }
     if (choice != session_.targetModel) {
         session_.targetModel = std::move(choice);
         changed();
     }
+    return true;
+}
+
+std::string CollectorModel::targetModelDifferenceNote() const {
+    return targetModels_.differenceNote(session_.targetModel);
+}
+
+std::string CollectorModel::targetModelLine() const {
+    const TargetMacModel target = targetMacModel();
+    return "Target Mac model: " + target.value + " (" + std::string(targetModelSourceText(target.source)) +
+           ")";
 }
 
 const std::string& CollectorModel::targetModelChoice() const {
@@ -295,7 +319,13 @@ std::string CollectorModel::resolveTargetModel() {
         onMain([&] { storeMachineModel(std::move(model)); });
     }
     std::string value;
-    onMain([&] { value = targetMacModel().value; });
+    onMain([&] {
+        value = targetMacModel().value;
+        append(targetModelLine());
+        if (const std::string note = targetModelDifferenceNote(); !note.empty()) {
+            append(note);
+        }
+    });
     return value;
 }
 

@@ -45,6 +45,9 @@ struct CollectorEnvironment {
     // This machine's model when it names a Mac's (the platform's lookup), no
     // value otherwise or when absent. Called on a background thread.
     std::function<std::optional<std::string>()> machineModel{};
+    // What that answer is: this machine's model, or (a saved registry
+    // shown) the registry's own.
+    TargetMacModel::Source machineModelSource = TargetMacModel::Source::thisMachine;
     double dittoTimeout = 60;
     IDsDownloadSources idsSources{};
     IDsDatabaseLocations idsLocations{};
@@ -142,8 +145,14 @@ class CollectorModel : public std::enable_shared_from_this<CollectorModel> {
     void openPayPalDonate();
 
     // The target Mac model. The choice is trimmed; empty means not chosen.
-    void setTargetModelChoice(const std::string& model);
+    // One that macModelProblem() refuses changes nothing and gives false.
+    bool setTargetModelChoice(const std::string& model);
     TargetMacModel targetMacModel() const;
+    // "Target Mac model: iMacPro1,1 (from the registry)", as a run logs it.
+    std::string targetModelLine() const;
+    // Says both models when the choice differs from the registry's or this
+    // machine's own; empty otherwise.
+    std::string targetModelDifferenceNote() const;
     // Asks this machine for its model once, in the background.
     void lookUpMachineModel();
     // What the fronts say of the merge personalities a run would write now:
@@ -197,6 +206,9 @@ class CollectorModel : public std::enable_shared_from_this<CollectorModel> {
     // "with " before it, as the port lists show it.
     std::string companionName(const USBControllerMap& controller, const USBPortMap& port) const;
     std::string companionText(const USBControllerMap& controller, const USBPortMap& port) const;
+    // "SS03 is kept without its USB 2 half HS10: USB 2 devices in that socket
+    // will not work", one per checked port whose companion isn't checked.
+    std::vector<std::string> portsKeptWithoutCompanion() const;
     // Gives the code to the port and to its companion, as two picks would.
     void setConnectorWithCompanion(const USBControllerMap& controller, const USBPortMap& port,
                                    std::int64_t code);
@@ -235,6 +247,11 @@ class CollectorModel : public std::enable_shared_from_this<CollectorModel> {
     std::int64_t selectedPortCount(const USBControllerMap& controller) const;
     std::map<std::string, std::int64_t> previousCounts() const;
     void warnIfAnyControllerReachedPortLimit(const std::map<std::string, std::int64_t>& previousCounts);
+
+    // Checks the companion of every port in `activeDevices` that isn't
+    // checked; one log line per pair so checked.
+    std::vector<std::string>
+    checkCompanionsOfActivePorts(const std::map<std::string, std::string>& activeDevices);
 
     std::string resolveTargetModel();
     void storeMachineModel(std::optional<std::string> model);

@@ -1,5 +1,6 @@
 #include "ui/ContentView.h"
 
+#include "collector/PortBudget.h"
 #include "package/PackageConstants.h"
 #include "package/SensitiveTextRedaction.h"
 #include "ui/AnimatedHeaderIcon.h"
@@ -22,6 +23,7 @@
 #include <QMessageBox>
 #include <QPushButton>
 #include <QStackedWidget>
+#include <QStringList>
 #include <QVBoxLayout>
 
 namespace korvane {
@@ -69,6 +71,29 @@ void setShownText(QLabel& label, const QString& text) {
         label.setText(text);
     }
     label.setVisible(!text.isEmpty());
+}
+
+// Asks before a run that writes more ports on a controller than macOS uses:
+// the sockets past the fifteenth would stay dead.
+bool mayGenerateOverLimit(const CollectorModel& model, QWidget* parent) {
+    QStringList over;
+    const auto selected = model.selectedPortIDs();
+    for (const auto& controller : model.scannedControllers()) {
+        if (const PortBudget budget = portBudget(controller, selected); budget.isOverLimit()) {
+            over << QString::fromStdString(overLimitText(budget) + ".");
+        }
+    }
+    if (over.isEmpty()) {
+        return true;
+    }
+    QMessageBox box(QMessageBox::Warning, "More than 15 ports",
+                    over.join("\n") + "\n\nSockets past the fifteenth would not work. Check at most 15 "
+                                      "ports of each controller, or generate anyway.",
+                    QMessageBox::NoButton, parent);
+    QPushButton* anyway = box.addButton("Generate anyway", QMessageBox::AcceptRole);
+    box.setDefaultButton(box.addButton(QMessageBox::Cancel));
+    box.exec();
+    return box.clickedButton() == anyway;
 }
 
 } // namespace
@@ -256,7 +281,11 @@ QWidget* ContentView::makeActionRow() {
     }
     secondaryTexts_.push_back(parts_.personalityNotes);
 
-    connect(parts_.generate, &QPushButton::clicked, this, [this] { model_->startCollection(); });
+    connect(parts_.generate, &QPushButton::clicked, this, [this] {
+        if (mayGenerateOverLimit(*model_, this)) {
+            model_->startCollection();
+        }
+    });
     connect(parts_.openZip, &QPushButton::clicked, this, [this] { model_->openDesktopZip(); });
 
     auto* widget = new QWidget;
@@ -375,7 +404,7 @@ void ContentView::refresh() {
     setShownText(*parts_.scanNotices, notices.join("\n"));
 
     parts_.targetModel->refresh();
-    QString warning = targetModelWarning(model.targetMacModel());
+    QString warning = targetModelWarning(model);
     if (!settingsProblem_.isEmpty()) {
         warning += (warning.isEmpty() ? "" : "\n") + settingsProblem_;
     }

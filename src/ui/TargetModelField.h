@@ -32,6 +32,6 @@ class TargetModelField : public QWidget {
 };
 
 // The warning that stands below the action row for this model, or "".
-QString targetModelWarning(const TargetMacModel& target);
+QString targetModelWarning(const CollectorModel& model);
 
 } // namespace korvane
