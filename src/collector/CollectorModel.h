@@ -248,10 +248,11 @@ class CollectorModel : public std::enable_shared_from_this<CollectorModel> {
     std::map<std::string, std::int64_t> previousCounts() const;
     void warnIfAnyControllerReachedPortLimit(const std::map<std::string, std::int64_t>& previousCounts);
 
-    // Checks the companion of every port in `activeDevices` that isn't
-    // checked; one log line per pair so checked.
+    // Checks in `session` the companion of every port in `activeDevices`;
+    // one line per pair so checked, for the log.
     std::vector<std::string>
-    checkCompanionsOfActivePorts(const std::map<std::string, std::string>& activeDevices);
+    checkCompanionsOfActivePorts(const std::map<std::string, std::string>& activeDevices,
+                                 MappingSession& session) const;
 
     std::string resolveTargetModel();
     void storeMachineModel(std::optional<std::string> model);
