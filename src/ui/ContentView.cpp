@@ -446,6 +446,10 @@ void ContentView::refresh() {
     }
 }
 
+void ContentView::offerTargetModel(const QString& model) {
+    parts_.targetModel->setOffer(model);
+}
+
 void ContentView::setSettingsProblem(const QString& text) {
     settingsProblem_ = text;
     refresh();

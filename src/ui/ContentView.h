@@ -64,6 +64,8 @@ class ContentView : public QWidget {
     // A problem with remembering the window's settings, shown with the target
     // model's warning; empty clears it.
     void setSettingsProblem(const QString& text);
+    // A target model remembered for another machine, offered beside the field.
+    void offerTargetModel(const QString& model);
 
   protected:
     void showEvent(QShowEvent* event) override;

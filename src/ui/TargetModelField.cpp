@@ -93,6 +93,17 @@ TargetModelField::TargetModelField(std::shared_ptr<CollectorModel> model, QWidge
     refresh();
 }
 
+void TargetModelField::setOffer(const QString& model) {
+    offer_ = model;
+    if (!offer_.isEmpty() && menu_->findText(offer_) < 0) {
+        // Inserting keeps the edit text: the offer is never taken unasked.
+        const QString text = menu_->currentText();
+        menu_->insertItem(0, offer_);
+        menu_->setEditText(text);
+    }
+    refresh();
+}
+
 void TargetModelField::refresh() {
     const std::string& choice = model_->targetModelChoice();
     if (menu_->currentText().trimmed().toStdString() != choice) {
@@ -103,7 +114,11 @@ void TargetModelField::refresh() {
     const auto& found = model_->machineModel();
     menu_->lineEdit()->setPlaceholderText(
         QString::fromStdString(found.value_or(std::string(fallbackMacModel))));
-    source_->setText(QString::fromStdString(std::string(targetModelSourceText(target.source))));
+    QString source = QString::fromStdString(std::string(targetModelSourceText(target.source)));
+    if (!offer_.isEmpty() && choice.empty()) {
+        source += " \u00B7 " + offer_ + " was chosen for another machine";
+    }
+    source_->setText(source);
 }
 
 } // namespace korvane

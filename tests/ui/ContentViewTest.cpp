@@ -268,6 +268,8 @@ TEST_F(ContentViewTest, TheTargetModelFieldSetsTheChoiceAndWarnsWhereMacOSWouldI
     QComboBox& field = *parts().targetModel->menu();
     const std::tuple<QString, QString, QString> rows[] = {
         {"", "no model found", "macOS applies this map only on a Mac of the model it names."},
+        {std::string(65, 'M').c_str(), "no model found",
+         "macOS applies this map only on a Mac of the model it names."}, // longer than SMBIOS holds: refused
         {"iMac19,1", "your choice", ""},
         {"Mac", "your choice", "macOS applies this map only on a Mac of the model it names."},
         {"My Mac", "your choice",
@@ -278,7 +280,7 @@ TEST_F(ContentViewTest, TheTargetModelFieldSetsTheChoiceAndWarnsWhereMacOSWouldI
     for (const auto& [typed, source, warning] : rows) {
         field.setEditText(typed);
         QApplication::processEvents();
-        EXPECT_EQ(model->targetModelChoice(), typed.toStdString());
+        EXPECT_EQ(model->targetModelChoice(), typed.size() > 64 ? "" : typed.toStdString());
         EXPECT_EQ(parts().targetModel->sourceLabel()->text(), source) << typed.toStdString();
         EXPECT_EQ(parts().targetModelWarning->text(), warning) << typed.toStdString();
         EXPECT_EQ(parts().targetModelWarning->isVisibleTo(view.get()), !warning.isEmpty());
@@ -298,13 +300,19 @@ TEST_F(ContentViewTest, EachSectionSaysWhatARunWouldWriteForIt) {
         }
         return texts;
     };
-    EXPECT_THAT(lines(), ElementsAre("1 port checked", "support personality only"));
+    EXPECT_THAT(lines(), ElementsAre("1 port checked · 1 of 15", "support personality only · 0 of 15"));
+    EXPECT_FALSE(sections()[0]->contribution()->font().bold());
     sections()[0]->header()->click(); // closed sections say it too
     parts().deselectAll->click();
-    EXPECT_THAT(lines(), ElementsAre("no port checked: the built-in template's 24 ports will be written",
-                                     "support personality only"));
+    // Over the 15 ports macOS uses, in bold, with the template's ports the scan didn't see.
+    EXPECT_THAT(lines(), ElementsAre(testing::StartsWith(
+                                         "no port checked: the built-in template's 24 ports will be written "
+                                         "· 24 of 15\nXHC: nothing is checked, so the built-in "
+                                         "template is written, with ports the scan didn't see: "),
+                                     "support personality only · 0 of 15"));
+    EXPECT_TRUE(sections()[0]->contribution()->font().bold());
     parts().selectAll->click();
-    EXPECT_THAT(lines(), ElementsAre("4 ports checked", "2 ports checked"));
+    EXPECT_THAT(lines(), ElementsAre("4 ports checked · 4 of 15", "2 ports checked · 2 of 15"));
 }
 
 // Tab walks the window as it reads: the editor's buttons, each section's
