@@ -43,6 +43,9 @@ std::int64_t parseCode(const std::string& text, const std::string& argument) {
 int runScan(const ScanOptions& options, CommandStreams streams) {
     CommandLineSession session(options.source, streams.err);
     session.scanForEditing();
+    if (options.session.map || options.session.importKext) {
+        session.learnMachineModel(); // to tell a file made for another Mac
+    }
     const auto notMatched = applyMapOptions(session.model(), options.session);
     const bool isSaved = saveMapIfAsked(session.model(), options.session, streams.err);
     const bool isMatching = options.session.map || options.session.importKext;
@@ -110,6 +113,9 @@ int runGenerate(const GenerateOptions& options, CommandStreams streams) {
     CommandLineSession session(options.source, streams.err);
     auto& model = session.model();
     session.scanForEditing();
+    // Asked now, so that where the model comes from is said before the run,
+    // and a map or package made for another Mac is told.
+    session.learnMachineModel();
     applyMapOptions(model, options.session);
     if (!options.model.empty()) {
         // Not echoed: a control character would garble the one line.
@@ -118,9 +124,6 @@ int runGenerate(const GenerateOptions& options, CommandStreams streams) {
         }
         model.setTargetModelChoice(options.model); // --model over the map's
     }
-    // Asked now, so that where the model comes from is said before the run.
-    model.lookUpMachineModel();
-    session.runUntil([&model] { return model.isMachineModelKnown(); });
     // Wherever it came from: --model, the map, or an imported package.
     if (const TargetMacModel target = model.targetMacModel();
         target.source != TargetMacModel::Source::fallback) {

@@ -89,8 +89,11 @@ std::string portTable(const CollectorModel& model, const std::set<std::string>& 
                 nickname.empty() ? "" : "  \"" + nickname + "\"");
         }
     }
-    text +=
-        fmt::format("{} of {} port(s) selected.\n", model.selectedPortIDs().size(), model.totalPortCount());
+    text += fmt::format(
+        "{} of {} port(s) selected{}.\n", model.presentSelectedPortCount(), model.totalPortCount(),
+        model.keptAbsentPortCount() > 0
+            ? fmt::format("; {} kept for ports not on this machine", model.keptAbsentPortCount())
+            : "");
     return text;
 }
 

@@ -173,6 +173,10 @@ class CollectorModel : public std::enable_shared_from_this<CollectorModel> {
     ConnectorSource connectorSourceFor(const USBControllerMap& controller, const USBPortMap& port) const;
     void setConnector(const USBControllerMap& controller, const USBPortMap& port, std::int64_t code);
     std::int64_t totalPortCount() const;
+    // The checked ports of this scan; the session's checks of ports not on
+    // this machine (a map's, another system's) are kept and counted apart.
+    std::int64_t presentSelectedPortCount() const;
+    std::int64_t keptAbsentPortCount() const;
     void dismissPortLimitWarning();
 
     // Changes a port's entry of the session as one change.
@@ -254,6 +258,7 @@ class CollectorModel : public std::enable_shared_from_this<CollectorModel> {
     checkCompanionsOfActivePorts(const std::map<std::string, std::string>& activeDevices,
                                  MappingSession& session) const;
 
+    std::string fileModelNote(std::string_view kind, const std::optional<std::string>& fileModel) const;
     std::string resolveTargetModel();
     void storeMachineModel(std::optional<std::string> model);
 

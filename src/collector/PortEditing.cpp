@@ -257,6 +257,22 @@ bool CollectorModel::isSameTypeForCompanion(const USBControllerMap& controller,
     return sameTypeForCompanionPortIDs_.contains(usbPortStableID(controller, port));
 }
 
+std::int64_t CollectorModel::presentSelectedPortCount() const {
+    std::set<std::string> present;
+    for (const auto& controller : scannedControllers_) {
+        for (const auto& port : controller.ports) {
+            if (isPortSelected(controller, port)) {
+                present.insert(usbPortStableID(controller, port));
+            }
+        }
+    }
+    return static_cast<std::int64_t>(present.size());
+}
+
+std::int64_t CollectorModel::keptAbsentPortCount() const {
+    return static_cast<std::int64_t>(session_.selectedKeys().size()) - presentSelectedPortCount();
+}
+
 std::int64_t CollectorModel::totalPortCount() const {
     std::int64_t total = 0;
     for (const auto& controller : scannedControllers_) {

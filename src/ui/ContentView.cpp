@@ -382,8 +382,13 @@ void ContentView::refresh() {
     parts_.badge->setState(model.isRunning()    ? StatusBadge::State::running
                            : model.lastZipURL() ? StatusBadge::State::completed
                                                 : StatusBadge::State::ready);
-    parts_.counter->setText(
-        QString("%1/%2 selected").arg(model.selectedPortIDs().size()).arg(model.totalPortCount()));
+    // This scan's ports only; a map's checks of ports elsewhere are a figure apart.
+    QString counter =
+        QString("%1/%2 selected").arg(model.presentSelectedPortCount()).arg(model.totalPortCount());
+    if (const auto kept = model.keptAbsentPortCount(); kept > 0) {
+        counter += QString(" \u00B7 %1 kept for ports not on this machine").arg(kept);
+    }
+    parts_.counter->setText(counter);
 
     const bool isBusy = model.isRunning() || model.isScanningUSB() || model.isUpdatingIDs();
     const bool hasControllers = !model.scannedControllers().empty();
