@@ -70,20 +70,9 @@ void warn(std::ostream& err, const std::string& text) {
     err << "korvane: " << text << '\n';
 }
 
-// What a check of one half leaves open: the other half unchecked.
-void offerCompanion(const CollectorModel& model, const USBControllerMap& controller, const USBPortMap& port,
-                    std::ostream& err) {
-    const auto companion = model.companionOf(port);
-    if (companion && !model.isPortSelected(*companion->controller, *companion->port)) {
-        warn(err, port.name + " is checked and its companion " + model.companionName(controller, port) +
-                      " is not; add --with-companion to keep both halves of the connector (companion key " +
-                      port.companionKey + ").");
-    }
-}
-
-// Refuses, before anything is written, a run that would leave sockets dead:
-// one line for every controller over the budget. The template ports a scan
-// didn't see are said either way, as they surprise whoever reads the map.
+// Refuses, before anything is written, a run that would leave sockets dead,
+// in one line for every controller over the budget. The template ports a
+// scan didn't see are said either way, as they surprise whoever reads the map.
 void checkPortBudgets(const CollectorModel& model, bool allowOverLimit, std::ostream& err) {
     std::string over;
     const auto selected = model.selectedPortIDs();
@@ -100,9 +89,8 @@ void checkPortBudgets(const CollectorModel& model, bool allowOverLimit, std::ost
         return;
     }
     if (!allowOverLimit) {
-        throw UsageError{over +
-                         ": check at most 15 ports per controller (--select none and --port KEY), or give "
-                         "--allow-over-limit to write them all the same"};
+        throw UsageError{over + ": check at most 15 ports per controller (--select none and --port KEY), or "
+                                "give --allow-over-limit to write them all the same"};
     }
     warn(err, over + ": written all the same (--allow-over-limit); macOS uses only 15 of them.");
 }
@@ -171,12 +159,6 @@ int runGenerate(const GenerateOptions& options, CommandStreams streams) {
             model.setConnectorWithCompanion(controller, port, code);
         } else {
             model.setConnector(controller, port, code);
-        }
-    }
-    if (!options.withCompanion) {
-        for (const auto& key : options.ports) {
-            const auto [controller, port] = portWithKey(model, key, "--port");
-            offerCompanion(model, controller, port, streams.err);
         }
     }
     if (model.showPortLimitWarning()) {

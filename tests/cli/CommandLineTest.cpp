@@ -308,21 +308,24 @@ INSTANTIATE_TEST_SUITE_P(CommandLine, GenerateTest, testing::ValuesIn(generation
 // Each saved machine's map names that machine, said before the ZIP is made;
 // a registry that names none leaves "Mac" and says so.
 TEST_F(CommandLineTest, EachDumpsMapNamesItsOwnModel) {
-    const std::pair<std::string, std::string> dumps[] = {
-        {iMac, "iMac19,1"},
-        {iMacPro, "iMacPro1,1"},
-        {"{data}/macos/MacBookPro15-2/IOReg.txt", "MacBookPro15,2"},
-        {"{data}/macos/MacPro6-1/IOReg.txt", "MacPro6,1"},
-        {hackintosh, "Macmini8,1"},
-        {"{data}/macos/qemu-MacPro7-1/ioreg.txt", "Mac"}, // saved without properties
+    const std::pair<std::vector<std::string>, std::string> dumps[] = {
+        {{"--registry", iMac}, "iMac19,1"},
+        {{"--registry", iMacPro}, "iMacPro1,1"},
+        {{"--registry", "{data}/macos/MacBookPro15-2/IOReg.txt"}, "MacBookPro15,2"},
+        {{"--registry", "{data}/macos/MacPro6-1/IOReg.txt"}, "MacPro6,1"},
+        {{"--registry", hackintosh}, "Macmini8,1"},
+        {{"--ioreg", iMac}, "Mac"}, // read line by line: no registry tree to name it
     };
-    for (const auto& [dump, model] : dumps) {
-        const Outcome result = run({"generate", "--registry", dump});
+    for (const auto& [source, model] : dumps) {
+        const std::string& dump = source[1];
+        const Outcome result = run({"generate", source[0], dump});
         ASSERT_EQ(result.status, 0) << dump << result.err;
         const auto said = result.err.find("Target Mac model: " + model + " (" +
                                           (model == "Mac" ? "no model found" : "from the registry") + ")\n");
         EXPECT_LT(said, result.err.find("Creating ZIP on Desktop...")) << dump << result.err;
-        EXPECT_THAT(merges(), HasSubstr(model + "-")) << dump;
+        if (model != "Mac") {
+            EXPECT_THAT(merges(), HasSubstr(model + "-")) << dump;
+        }
         EXPECT_EQ(result.err.find("the package names no Mac model") != std::string::npos, model == "Mac");
     }
     // The stick in SS03 keeps its socket's USB 2 half too.
