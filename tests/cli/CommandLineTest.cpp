@@ -415,6 +415,11 @@ TEST_F(CommandLineTest, AMapCarriesTheSessionToTheNextRun) {
         run({"scan", "--registry", "{data}/macos/MacBookPro15-2/IOReg.txt", "--map", map});
     EXPECT_EQ(elsewhere.status, 0);
     EXPECT_THAT(elsewhere.out, HasSubstr("\nNot on this machine (2):\n"));
+    EXPECT_THAT(elsewhere.out,
+                HasSubstr("\n0 of 8 port(s) selected; 2 kept for ports not on this machine.\n"))
+        << "the map's checks are of ports elsewhere";
+    EXPECT_THAT(elsewhere.err,
+                HasSubstr("The map was made for iMac19,1, and this registry's own model is MacBookPro15,2."));
 
     // A model of another shape is kept, and said, wherever it came from.
     std::string bytes = readFileBytes(expand(map)).value();
@@ -429,6 +434,21 @@ TEST_F(CommandLineTest, AMapCarriesTheSessionToTheNextRun) {
     const Outcome below = run({"scan", "--registry", iMac, "--save-map", "{home}/odd.korvanemap/below"});
     EXPECT_EQ(below.status, 1);
     EXPECT_THAT(below.err, HasSubstr("korvane: "));
+}
+
+// A package made on the iMac Pro lands on no like-named controller of the
+// MacBook Pro: its Thunderbolt XHC3 is another chip.
+TEST_F(CommandLineTest, APackageFromAnotherMachineMatchesOnlyLikeControllers) {
+    ASSERT_EQ(run({"generate", "--registry", iMacPro, "--select", "none", "--port",
+                   "8086:15d4|XHC3|01000000|SSP1|03000000", "--allow-over-limit"})
+                  .status,
+              0);
+    const Outcome result =
+        run({"scan", "--registry", "{data}/macos/MacBookPro15-2/IOReg.txt", "--import-kext", zip().string()});
+    EXPECT_EQ(result.status, 2);
+    EXPECT_THAT(result.err,
+                HasSubstr("XHC3 SSP1 (port 3): the XHC3 of this machine has other PCI IDs than the "
+                          "package's (0x15d48086)"));
 }
 
 // --- Snapshots: they scan as the dump they came from, masked unless --raw.
