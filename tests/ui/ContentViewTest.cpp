@@ -13,9 +13,11 @@
 #include <QComboBox>
 #include <QKeyEvent>
 #include <QLabel>
+#include <QMessageBox>
 #include <QPlainTextEdit>
 #include <QPushButton>
 #include <QScrollBar>
+#include <QTimer>
 #include <fstream>
 #include <gmock/gmock.h>
 
@@ -237,6 +239,36 @@ TEST_F(ContentViewTest, SharedPortKeysShowTheSameChoices) {
     pick(*rows[1]->connectorMenu(), "Internal");
     EXPECT_EQ(model->connectorFor(controller, controller.ports[0]), 255);
     EXPECT_EQ(rows[0]->connectorMenu()->currentText(), "Internal");
+}
+
+// More than 15 ports on a controller: Generate asks, and only "Generate
+// anyway" starts the run.
+TEST_F(ContentViewTest, GenerateAsksBeforeARunOverTheLimit) {
+    scanShowing({intelXHC(makePorts(16))});
+    parts().selectAll->click();
+    model->dismissPortLimitWarning(); // the alert of reaching 15 is another
+    QApplication::processEvents();
+    for (const QString answer : {"Cancel", "Generate anyway"}) {
+        QStringList buttons;
+        QString text;
+        QTimer::singleShot(0, [&] {
+            auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
+            ASSERT_NE(box, nullptr);
+            text = box->text();
+            for (auto* button : box->buttons()) {
+                buttons << button->text().remove('&');
+                if (button->text().remove('&') == answer) {
+                    button->click();
+                }
+            }
+        });
+        parts().generate->click();
+        EXPECT_THAT(text.toStdString(),
+                    testing::StartsWith("XHC would be written with 16 ports, and macOS uses "
+                                        "at most 15."));
+        EXPECT_EQ(buttons.size(), 2) << buttons.join(", ").toStdString();
+        EXPECT_EQ(model->isRunning(), answer != "Cancel") << answer.toStdString();
+    }
 }
 
 TEST_F(ContentViewTest, PortLimitAlertStandsOnceAndOKOnlyDismisses) {
