@@ -9,6 +9,8 @@
 #include "records/MacModel.h"
 #include "records/Text.h"
 
+#include <map>
+
 namespace korvane {
 
 namespace fs = std::filesystem;
@@ -166,6 +168,26 @@ MapOutcome CollectorModel::openMap(const fs::path& file) {
     if (const std::string note = fileModelNote("map", map.session.targetModel); !note.empty()) {
         append(note);
         outcome.summary += " " + note;
+    }
+    // Per controller of the map (a key's first three parts: PCI IDs, name,
+    // location), whether this machine has it: a key matches only there.
+    std::map<std::string, std::pair<std::size_t, std::size_t>> byController; // matched, total
+    for (const auto& key : map.portKeys()) {
+        std::size_t cut = 0;
+        for (int bar = 0; bar < 3 && cut != std::string::npos; ++bar) {
+            cut = key.find('|', cut == 0 ? 0 : cut + 1);
+        }
+        auto& [matched, total] = byController[key.substr(0, cut)];
+        matched += match.matchedKeys.contains(key) ? 1 : 0;
+        ++total;
+    }
+    if (byController.size() > 1 || match.matchedKeys.size() < map.portKeys().size()) {
+        for (const auto& [controller, keys] : byController) {
+            append("Map controller " + controller + ": " +
+                   (keys.first == 0 ? std::string("not on this machine")
+                                    : std::to_string(keys.first) + " of " + std::to_string(keys.second) +
+                                          " ports matched"));
+        }
     }
     for (const auto& key : match.missingKeys) {
         const SessionPort& entry = map.session.port(key);

@@ -420,6 +420,8 @@ TEST_F(CommandLineTest, AMapCarriesTheSessionToTheNextRun) {
         << "the map's checks are of ports elsewhere";
     EXPECT_THAT(elsewhere.err,
                 HasSubstr("The map was made for iMac19,1, and this registry's own model is MacBookPro15,2."));
+    EXPECT_THAT(elsewhere.err, HasSubstr("Map controller 8086:a36d|XHC1|14000000: not on this machine\n"))
+        << "the MacBook Pro's XHC1 is another chip";
 
     // A model of another shape is kept, and said, wherever it came from.
     std::string bytes = readFileBytes(expand(map)).value();
