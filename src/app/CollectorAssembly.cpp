@@ -6,6 +6,7 @@
 #include "platform/PlatformFolders.h"
 #include "savedregistry/SavedRegistry.h"
 #include "savedregistry/SavedRegistryDiagnosis.h"
+#include "scanner/PlatformModel.h"
 
 namespace korvane {
 
@@ -63,6 +64,7 @@ std::shared_ptr<CollectorModel> assembleCollectorModel(const RegistryChoice& cho
                                                        bool listenForHotplug) {
     IDsNameResolver& names = sharedIDsNameResolver();
     const ToolPaths tools = platformToolPaths(executableDirectory());
+    const std::shared_ptr<const RegistrySource> registryForModel = registry;
     CollectorEnvironment environment{
         .scheduler = scheduler,
         .desktop = desktop,
@@ -90,9 +92,17 @@ std::shared_ptr<CollectorModel> assembleCollectorModel(const RegistryChoice& cho
         // Asked afresh for each run: the user may move the Desktop meanwhile.
         .desktopURL = [] { return desktopURL(); },
     };
-    // Asked of this machine also when a saved registry is shown; the user's
-    // choice of target model stands above it either way.
-    environment.machineModel = [tools] { return liveMachineModel(tools); };
+    // A saved registry's map is for the machine it was saved on, not this
+    // one: its own model stands in for this machine's.
+    if (choice.isLive()) {
+        environment.machineModel = [tools] { return liveMachineModel(tools); };
+    } else {
+        environment.machineModelSource = TargetMacModel::Source::savedRegistry;
+        environment.machineModel = [registry = registryForModel] {
+            const auto root = registry->copyRoot();
+            return root ? platformModel(*root) : std::nullopt;
+        };
+    }
     if (listenForHotplug && choice.isLive()) {
         environment.hotplugSource = makeHotplugSource(scheduler);
     }

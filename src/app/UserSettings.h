@@ -2,6 +2,8 @@
 
 #include <filesystem>
 #include <functional>
+#include <map>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -10,9 +12,23 @@ namespace korvane {
 // What the window remembers between runs: a JSON object in the user's
 // configuration folder. Keys this version doesn't know are kept as they are.
 struct UserSettings {
-    std::string targetModelChoice;       // empty: not chosen
+    // The target model chosen for each machine, by userSettingsMachine();
+    // a machine without an entry has none chosen.
+    std::map<std::string, std::string> targetModelChoices;
     std::vector<std::string> recentMaps; // absolute paths, the latest first
+
+    // The choice made for `machine`; empty when none was.
+    std::string targetModelChoiceFor(const std::string& machine) const;
+    // A choice made for another machine, to offer and never to take
+    // unasked; empty when there is none.
+    std::string targetModelOfferFor(const std::string& machine) const;
+    // Keeps `choice` for `machine`; an empty one forgets it.
+    void setTargetModelChoice(const std::string& machine, const std::string& choice);
 };
+
+// Which machine a window shows, as the settings remember choices by: this
+// machine, or the saved registry `registryFile` (a machine of its own).
+std::string userSettingsMachine(const std::optional<std::filesystem::path>& registryFile);
 
 // <configuration folder>/KorvaneGenerator/settings.json on this machine.
 std::filesystem::path userSettingsFile();

@@ -111,8 +111,11 @@ CLI::App* declareGenerate(CLI::App& app, GenerateOptions& generate) {
                       "too: the other half (USB 2 or SuperSpeed) of the same connector");
     command->add_option("--model", generate.model,
                         "The Mac model the map is for, as its SMBIOS names it (iMac19,1, "
-                        "MacBookPro15,2): macOS applies the map only on that model. Default: this "
-                        "machine's model, else \"Mac\"");
+                        "MacBookPro15,2): macOS applies the map only on that model. Default: the saved "
+                        "registry's own model, else this machine's, else \"Mac\"");
+    command->add_flag("--allow-over-limit", generate.allowOverLimit,
+                      "Write a controller with more than 15 ports all the same; macOS uses only 15 of "
+                      "them");
     return command;
 }
 

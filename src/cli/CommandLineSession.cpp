@@ -50,6 +50,11 @@ CommandLineSession::~CommandLineSession() {
     model_->stopObserving(noticeObserver_);
 }
 
+void CommandLineSession::learnMachineModel() {
+    model_->lookUpMachineModel();
+    runUntil([this] { return model_->isMachineModelKnown(); });
+}
+
 void CommandLineSession::scanForEditing() {
     model_->scanUSBPorts();
     runUntil([this] { return !model_->isScanningUSB(); });

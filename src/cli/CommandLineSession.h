@@ -37,6 +37,8 @@ class CommandLineSession {
 
     // The editor's reset scan, waited for; its notices (among them why a
     // saved registry gave no controller) go to standard error.
+    // Asks the registry shown (or this machine) for its own model and waits.
+    void learnMachineModel();
     void scanForEditing();
 
   private:

@@ -3,6 +3,7 @@
 #include "app/CollectorAssembly.h"
 #include "cli/CommandLineSession.h"
 #include "cli/PortTable.h"
+#include "collector/PortBudget.h"
 #include "package/RegistryTreeRedaction.h"
 #include "records/CollectorError.h"
 #include "records/Connector.h"
@@ -42,6 +43,9 @@ std::int64_t parseCode(const std::string& text, const std::string& argument) {
 int runScan(const ScanOptions& options, CommandStreams streams) {
     CommandLineSession session(options.source, streams.err);
     session.scanForEditing();
+    if (options.session.map || options.session.importKext) {
+        session.learnMachineModel(); // to tell a file made for another Mac
+    }
     const auto notMatched = applyMapOptions(session.model(), options.session);
     const bool isSaved = saveMapIfAsked(session.model(), options.session, streams.err);
     const bool isMatching = options.session.map || options.session.importKext;
@@ -66,15 +70,29 @@ void warn(std::ostream& err, const std::string& text) {
     err << "korvane: " << text << '\n';
 }
 
-// What a check of one half leaves open: the other half unchecked.
-void offerCompanion(const CollectorModel& model, const USBControllerMap& controller, const USBPortMap& port,
-                    std::ostream& err) {
-    const auto companion = model.companionOf(port);
-    if (companion && !model.isPortSelected(*companion->controller, *companion->port)) {
-        warn(err, port.name + " is checked and its companion " + model.companionName(controller, port) +
-                      " is not; add --with-companion to keep both halves of the connector (companion key " +
-                      port.companionKey + ").");
+// Refuses, before anything is written, a run that would leave sockets dead,
+// in one line for every controller over the budget. The template ports a
+// scan didn't see are said either way, as they surprise whoever reads the map.
+void checkPortBudgets(const CollectorModel& model, bool allowOverLimit, std::ostream& err) {
+    std::string over;
+    const auto selected = model.selectedPortIDs();
+    for (const auto& controller : model.scannedControllers()) {
+        const PortBudget budget = portBudget(controller, selected);
+        if (const std::string unseen = unseenTemplatePortsText(budget); !unseen.empty()) {
+            warn(err, unseen + ".");
+        }
+        if (budget.isOverLimit()) {
+            over += (over.empty() ? "" : "; ") + overLimitText(budget);
+        }
     }
+    if (over.empty()) {
+        return;
+    }
+    if (!allowOverLimit) {
+        throw UsageError{over + ": check at most 15 ports per controller (--select none and --port KEY), or "
+                                "give --allow-over-limit to write them all the same"};
+    }
+    warn(err, over + ": written all the same (--allow-over-limit); macOS uses only 15 of them.");
 }
 
 } // namespace
@@ -83,8 +101,15 @@ int runGenerate(const GenerateOptions& options, CommandStreams streams) {
     CommandLineSession session(options.source, streams.err);
     auto& model = session.model();
     session.scanForEditing();
+    // Asked now, so that where the model comes from is said before the run,
+    // and a map or package made for another Mac is told.
+    session.learnMachineModel();
     applyMapOptions(model, options.session);
     if (!options.model.empty()) {
+        // Not echoed: a control character would garble the one line.
+        if (const std::string problem = macModelProblem(options.model); !problem.empty()) {
+            throw UsageError{"--model: " + problem};
+        }
         model.setTargetModelChoice(options.model); // --model over the map's
     }
     // Wherever it came from: --model, the map, or an imported package.
@@ -93,6 +118,10 @@ int runGenerate(const GenerateOptions& options, CommandStreams streams) {
         if (const std::string note = macModelShapeNote(target.value); !note.empty()) {
             warn(streams.err, note);
         }
+    } else {
+        warn(streams.err,
+             "the package names no Mac model (\"Mac\"), so macOS applies it on no Mac; name the Mac it is "
+             "for with --model MODEL, e.g. --model iMac19,1.");
     }
 
     if (options.select == "all") {
@@ -132,18 +161,13 @@ int runGenerate(const GenerateOptions& options, CommandStreams streams) {
             model.setConnector(controller, port, code);
         }
     }
-    if (!options.withCompanion) {
-        for (const auto& key : options.ports) {
-            const auto [controller, port] = portWithKey(model, key, "--port");
-            offerCompanion(model, controller, port, streams.err);
-        }
-    }
     if (model.showPortLimitWarning()) {
         streams.err
             << "Note: an Intel controller has 15 or more selected ports; macOS limits such a controller "
                "to 15 ports unless a port limit patch is in place.\n";
         model.dismissPortLimitWarning();
     }
+    checkPortBudgets(model, options.allowOverLimit, streams.err);
     if (!saveMapIfAsked(model, options.session, streams.err)) {
         return 1;
     }
@@ -157,11 +181,6 @@ int runGenerate(const GenerateOptions& options, CommandStreams streams) {
     streams.out << model.lastZipURL()->string() << '\n' << std::flush;
     for (const auto& note : model.mergePersonalityNotes()) {
         warn(streams.err, note);
-    }
-    if (model.targetMacModel().source == TargetMacModel::Source::fallback) {
-        warn(streams.err,
-             "the package names no Mac model (\"Mac\"), so macOS applies it on no Mac; name the Mac it is "
-             "for with --model MODEL, e.g. --model iMac19,1.");
     }
     return 0;
 }

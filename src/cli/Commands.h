@@ -34,8 +34,9 @@ struct GenerateOptions {
     std::vector<std::string> ports;
     std::vector<std::string> connectors; // KEY=CODE
     MapOptions session;
-    bool withCompanion = false; // --port and --connector take the companion along
-    std::string model;          // the target Mac model; empty: this machine's
+    bool withCompanion = false;  // --port and --connector take the companion along
+    std::string model;           // the target Mac model; empty: this machine's
+    bool allowOverLimit = false; // write a controller of more than 15 ports all the same
 };
 
 struct SnapshotOptions {

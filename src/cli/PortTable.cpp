@@ -1,5 +1,6 @@
 #include "cli/PortTable.h"
 
+#include "collector/PortBudget.h"
 #include "mapfile/MapFileCodec.h"
 #include "mapfile/PortDiscovery.h"
 #include "package/ControllerContribution.h"
@@ -69,8 +70,12 @@ std::string portTable(const CollectorModel& model, const std::set<std::string>& 
                             controller.location.empty() ? "-" : controller.location,
                             controller.providerClass.empty() ? "no host service" : controller.providerClass,
                             controller.ports.size());
-        text += fmt::format("  Generate writes: {}\n",
-                            contributionText(controllerContribution(controller, model.selectedPortIDs())));
+        const PortBudget budget = portBudget(controller, model.selectedPortIDs());
+        text += fmt::format("  Generate writes: {} ({}{})\n", contributionText(budget.contribution),
+                            portBudgetText(budget), budget.isOverLimit() ? ", OVER THE LIMIT" : "");
+        if (const std::string unseen = unseenTemplatePortsText(budget); !unseen.empty()) {
+            text += "  " + unseen + "\n";
+        }
         for (const auto& port : controller.ports) {
             const auto key = usbPortStableID(controller, port);
             const std::string nickname = model.nicknameFor(controller, port);
@@ -84,8 +89,11 @@ std::string portTable(const CollectorModel& model, const std::set<std::string>& 
                 nickname.empty() ? "" : "  \"" + nickname + "\"");
         }
     }
-    text +=
-        fmt::format("{} of {} port(s) selected.\n", model.selectedPortIDs().size(), model.totalPortCount());
+    text += fmt::format(
+        "{} of {} port(s) selected{}.\n", model.presentSelectedPortCount(), model.totalPortCount(),
+        model.keptAbsentPortCount() > 0
+            ? fmt::format("; {} kept for ports not on this machine", model.keptAbsentPortCount())
+            : "");
     return text;
 }
 
@@ -132,12 +140,15 @@ nlohmann::json portJSON(const CollectorModel& model) {
                  {"note", model.portSession(controller, port).note},
                  {"seen", seenJSON(model, controller, port)}});
         }
-        const auto contribution = controllerContribution(controller, model.selectedPortIDs());
+        const PortBudget budget = portBudget(controller, model.selectedPortIDs());
+        const auto& contribution = budget.contribution;
         auto identity = controllerIdentityJSON(controller);
         identity["stableID"] = controller.stableID();
         identity["willWrite"] = {{"kind", kindName(contribution.kind)},
                                  {"ports", contribution.portCount},
                                  {"text", contributionText(contribution)}};
+        // What a run would write against the 15 ports macOS uses.
+        identity["portBudget"] = budget.count();
         identity["ports"] = std::move(ports);
         controllers.push_back(std::move(identity));
     }

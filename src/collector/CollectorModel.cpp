@@ -7,6 +7,7 @@
 #include "package/SensitiveTextRedaction.h"
 #include "records/CollectorError.h"
 #include "records/FileIO.h"
+#include "records/MacModel.h"
 #include "records/Text.h"
 #include "tools/ProcessRunner.h"
 
@@ -81,12 +82,14 @@ std::string targetModelOrigin(TargetMacModel::Source source) {
     switch (source) {
     case TargetMacModel::Source::userChoice:
         return "your choice: the Target Mac model field, --model, or a map or package you opened";
+    case TargetMacModel::Source::savedRegistry:
+        return "the model the saved registry names for its machine";
     case TargetMacModel::Source::thisMachine:
         return "the model of the machine KorvaneGenerator ran on";
     case TargetMacModel::Source::fallback:
         break;
     }
-    return "no model was chosen and the machine KorvaneGenerator ran on named none";
+    return "no model was chosen and the machine the ports were read from named none";
 }
 
 void markWorkFolder(const fs::path& workFolder) {
@@ -110,7 +113,8 @@ std::shared_ptr<CollectorModel> CollectorModel::create(CollectorEnvironment envi
 }
 
 CollectorModel::CollectorModel(CollectorEnvironment environment)
-    : environment_(std::move(environment)), usbMonitor_(std::move(environment_.hotplugSource)) {}
+    : environment_(std::move(environment)), targetModels_(environment_.machineModelSource),
+      usbMonitor_(std::move(environment_.hotplugSource)) {}
 
 std::size_t CollectorModel::observe(std::function<void()> observer) {
     observers_[nextObserver_] = std::move(observer);
@@ -228,6 +232,14 @@ void CollectorModel::runCollection() {
         }
         onMain([&] {
             append("Generating Korvane.kext with " + std::to_string(portCount) + " enabled port(s)...");
+            // Once per run, whatever checked them, before anything is packed.
+            std::string halves;
+            for (const auto& line : portsKeptWithoutCompanion()) {
+                halves += (halves.empty() ? "" : "; ") + line;
+            }
+            if (!halves.empty()) {
+                append(halves + ".");
+            }
         });
 
         const std::string model = resolveTargetModel();
@@ -360,12 +372,26 @@ std::vector<USBControllerMap> CollectorModel::selectedControllers() const {
     return selected;
 }
 
-void CollectorModel::setTargetModelChoice(const std::string& model) {
+bool CollectorModel::setTargetModelChoice(const std::string& model) {
     auto choice = targetModelChoiceOf(model);
+    if (choice && !macModelProblem(*choice).empty()) {
+        return false;
+    }
     if (choice != session_.targetModel) {
         session_.targetModel = std::move(choice);
         changed();
     }
+    return true;
+}
+
+std::string CollectorModel::targetModelDifferenceNote() const {
+    return targetModels_.differenceNote(session_.targetModel);
+}
+
+std::string CollectorModel::targetModelLine() const {
+    const TargetMacModel target = targetMacModel();
+    return "Target Mac model: " + target.value + " (" + std::string(targetModelSourceText(target.source)) +
+           ")";
 }
 
 const std::string& CollectorModel::targetModelChoice() const {
@@ -411,7 +437,13 @@ std::string CollectorModel::resolveTargetModel() {
         onMain([&] { storeMachineModel(std::move(model)); });
     }
     std::string value;
-    onMain([&] { value = targetMacModel().value; });
+    onMain([&] {
+        value = targetMacModel().value;
+        append(targetModelLine());
+        if (const std::string note = targetModelDifferenceNote(); !note.empty()) {
+            append(note);
+        }
+    });
     return value;
 }
 

@@ -47,6 +47,9 @@ struct CollectorEnvironment {
     // This machine's model when it names a Mac's (the platform's lookup), no
     // value otherwise or when absent. Called on a background thread.
     std::function<std::optional<std::string>()> machineModel{};
+    // What that answer is: this machine's model, or (a saved registry
+    // shown) the registry's own.
+    TargetMacModel::Source machineModelSource = TargetMacModel::Source::thisMachine;
     double dittoTimeout = 60;
     // What scanRegistry reads, for the report and the install guide to say.
     ScanSource scanSource{};
@@ -156,8 +159,14 @@ class CollectorModel : public std::enable_shared_from_this<CollectorModel> {
     void openPayPalDonate(const std::string& address);
 
     // The target Mac model. The choice is trimmed; empty means not chosen.
-    void setTargetModelChoice(const std::string& model);
+    // One that macModelProblem() refuses changes nothing and gives false.
+    bool setTargetModelChoice(const std::string& model);
     TargetMacModel targetMacModel() const;
+    // "Target Mac model: iMacPro1,1 (from the registry)", as a run logs it.
+    std::string targetModelLine() const;
+    // Says both models when the choice differs from the registry's or this
+    // machine's own; empty otherwise.
+    std::string targetModelDifferenceNote() const;
     // Asks this machine for its model once, in the background.
     void lookUpMachineModel();
     // What the fronts say of the merge personalities a run would write now:
@@ -178,6 +187,10 @@ class CollectorModel : public std::enable_shared_from_this<CollectorModel> {
     ConnectorSource connectorSourceFor(const USBControllerMap& controller, const USBPortMap& port) const;
     void setConnector(const USBControllerMap& controller, const USBPortMap& port, std::int64_t code);
     std::int64_t totalPortCount() const;
+    // The checked ports of this scan; the session's checks of ports not on
+    // this machine (a map's, another system's) are kept and counted apart.
+    std::int64_t presentSelectedPortCount() const;
+    std::int64_t keptAbsentPortCount() const;
     void dismissPortLimitWarning();
 
     // Changes a port's entry of the session as one change.
@@ -211,6 +224,9 @@ class CollectorModel : public std::enable_shared_from_this<CollectorModel> {
     // "with " before it, as the port lists show it.
     std::string companionName(const USBControllerMap& controller, const USBPortMap& port) const;
     std::string companionText(const USBControllerMap& controller, const USBPortMap& port) const;
+    // "SS03 is kept without its USB 2 half HS10: USB 2 devices in that socket
+    // will not work", one per checked port whose companion isn't checked.
+    std::vector<std::string> portsKeptWithoutCompanion() const;
     // Gives the code to the port and to its companion, as two picks would.
     void setConnectorWithCompanion(const USBControllerMap& controller, const USBPortMap& port,
                                    std::int64_t code);
@@ -252,6 +268,13 @@ class CollectorModel : public std::enable_shared_from_this<CollectorModel> {
     std::map<std::string, std::int64_t> previousCounts() const;
     void warnIfAnyControllerReachedPortLimit(const std::map<std::string, std::int64_t>& previousCounts);
 
+    // Checks in `session` the companion of every port in `activeDevices`;
+    // one line per pair so checked, for the log.
+    std::vector<std::string>
+    checkCompanionsOfActivePorts(const std::map<std::string, std::string>& activeDevices,
+                                 MappingSession& session) const;
+
+    std::string fileModelNote(std::string_view kind, const std::optional<std::string>& fileModel) const;
     std::string resolveTargetModel();
     void storeMachineModel(std::optional<std::string> model);
 

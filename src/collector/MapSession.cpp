@@ -9,6 +9,8 @@
 #include "records/MacModel.h"
 #include "records/Text.h"
 
+#include <map>
+
 namespace korvane {
 
 namespace fs = std::filesystem;
@@ -120,6 +122,20 @@ USBMapFile CollectorModel::currentMap() const {
     return map;
 }
 
+// A file made for another Mac than the one shown: both models, since the
+// file's now stands as the target model.
+std::string CollectorModel::fileModelNote(std::string_view kind,
+                                          const std::optional<std::string>& fileModel) const {
+    const auto& own = targetModels_.machineModel();
+    const auto model = fileModel ? targetModelChoiceOf(*fileModel) : std::nullopt;
+    if (!model || *model == fallbackMacModel || !own || *model == *own) {
+        return {};
+    }
+    const bool isRegistry = environment_.machineModelSource == TargetMacModel::Source::savedRegistry;
+    return "The " + std::string(kind) + " was made for " + *model + ", and " +
+           (isRegistry ? "this registry's own model is " : "this machine's own model is ") + *own + ".";
+}
+
 MapOutcome CollectorModel::openMap(const fs::path& file) {
     // A Reset Ports that ends after this would put its own choices over the map's.
     if (isScanningUSB_) {
@@ -149,6 +165,30 @@ MapOutcome CollectorModel::openMap(const fs::path& file) {
     const std::string summary = portMatchSummary(match.matchedKeys.size(), map.portKeys().size(), "key");
     MapOutcome outcome{true, "Opened " + shownName(file) + ": " + summary + ".", {}};
     append("Map opened: " + file.string() + " (" + summary + ")");
+    if (const std::string note = fileModelNote("map", map.session.targetModel); !note.empty()) {
+        append(note);
+        outcome.summary += " " + note;
+    }
+    // Per controller of the map (a key's first three parts: PCI IDs, name,
+    // location), whether this machine has it: a key matches only there.
+    std::map<std::string, std::pair<std::size_t, std::size_t>> byController; // matched, total
+    for (const auto& key : map.portKeys()) {
+        std::size_t cut = 0;
+        for (int bar = 0; bar < 3 && cut != std::string::npos; ++bar) {
+            cut = key.find('|', cut == 0 ? 0 : cut + 1);
+        }
+        auto& [matched, total] = byController[key.substr(0, cut)];
+        matched += match.matchedKeys.contains(key) ? 1 : 0;
+        ++total;
+    }
+    if (byController.size() > 1 || match.matchedKeys.size() < map.portKeys().size()) {
+        for (const auto& [controller, keys] : byController) {
+            append("Map controller " + controller + ": " +
+                   (keys.first == 0 ? std::string("not on this machine")
+                                    : std::to_string(keys.first) + " of " + std::to_string(keys.second) +
+                                          " ports matched"));
+        }
+    }
     for (const auto& key : match.missingKeys) {
         const SessionPort& entry = map.session.port(key);
         std::string line = key;
@@ -212,7 +252,12 @@ MapOutcome CollectorModel::importPackage(const fs::path& package) {
     for (const auto& line : match.unmatched) {
         append("Not matched: " + line);
     }
-    return tell({true, "Imported " + shownName(package) + ": " + summary + ".", match.unmatched});
+    std::string told = "Imported " + shownName(package) + ": " + summary + ".";
+    if (const std::string note = fileModelNote("package", parse.package->model); !note.empty()) {
+        append(note);
+        told += " " + note;
+    }
+    return tell({true, std::move(told), match.unmatched});
 }
 
 } // namespace korvane

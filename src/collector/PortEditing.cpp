@@ -64,10 +64,15 @@ void CollectorModel::runUSBScanForEditing(bool isReset, bool silent) {
         companions_ = CompanionIndex(scannedControllers_);
         if (isReset) {
             session_.reset(activeDevices, seenAt);
+            const auto pairs = checkCompanionsOfActivePorts(activeDevices, session_);
             sameTypeForCompanionPortIDs_.clear();
             if (!mapFileURL_) {
                 // Without a map file, what a reset brings back is no work to lose.
                 savedSession_.reset(activeDevices, seenAt);
+                checkCompanionsOfActivePorts(activeDevices, savedSession_);
+            }
+            for (const auto& line : pairs) {
+                append(line);
             }
         } else {
             session_.sawDevices(activeDevices, seenAt);
@@ -83,6 +88,54 @@ void CollectorModel::runUSBScanForEditing(bool isReset, bool silent) {
                    std::to_string(activeCount) + " active USB port(s) selected automatically.");
         });
     }
+}
+
+// A device in one half of a socket says the socket is in use: its other
+// half is checked too, or a device of the other speed would find it dead.
+std::vector<std::string>
+CollectorModel::checkCompanionsOfActivePorts(const std::map<std::string, std::string>& activeDevices,
+                                             MappingSession& session) const {
+    std::vector<std::string> lines;
+    for (const auto& controller : scannedControllers_) {
+        for (const auto& port : controller.ports) {
+            if (!activeDevices.contains(usbPortStableID(controller, port))) {
+                continue;
+            }
+            const auto companion = companions_.companionOf(port);
+            if (!companion) {
+                continue;
+            }
+            const auto companionKey = usbPortStableID(*companion->controller, *companion->port);
+            if (activeDevices.contains(companionKey) || session.isSelected(companionKey)) {
+                continue;
+            }
+            session.edit(companionKey, [](SessionPort& entry) { entry.selected = true; });
+            lines.push_back(port.name + " has a device: its companion " +
+                            companions_.companionName(controller, port) + " is checked too.");
+        }
+    }
+    return lines;
+}
+
+std::vector<std::string> CollectorModel::portsKeptWithoutCompanion() const {
+    std::vector<std::string> lines;
+    for (const auto& controller : scannedControllers_) {
+        for (const auto& port : controller.ports) {
+            if (!isPortSelected(controller, port)) {
+                continue;
+            }
+            const auto companion = companions_.companionOf(port);
+            if (!companion || isPortSelected(*companion->controller, *companion->port)) {
+                continue;
+            }
+            const bool isUSB2 = port.name.starts_with("HS");
+            lines.push_back(port.name + " is kept without its " + (isUSB2 ? "USB 3" : "USB 2") + " half " +
+                            companions_.companionName(controller, port) +
+                            (isUSB2 ? ": USB 3 devices in that socket will run at USB 2 speed"
+                                    : ": USB 2 devices in that socket will not work"));
+        }
+    }
+    return lines;
 }
 
 std::int64_t CollectorModel::selectedPortCount(const USBControllerMap& controller) const {
@@ -202,6 +255,22 @@ void CollectorModel::setSameTypeForCompanion(const USBControllerMap& controller,
 bool CollectorModel::isSameTypeForCompanion(const USBControllerMap& controller,
                                             const USBPortMap& port) const {
     return sameTypeForCompanionPortIDs_.contains(usbPortStableID(controller, port));
+}
+
+std::int64_t CollectorModel::presentSelectedPortCount() const {
+    std::set<std::string> present;
+    for (const auto& controller : scannedControllers_) {
+        for (const auto& port : controller.ports) {
+            if (isPortSelected(controller, port)) {
+                present.insert(usbPortStableID(controller, port));
+            }
+        }
+    }
+    return static_cast<std::int64_t>(present.size());
+}
+
+std::int64_t CollectorModel::keptAbsentPortCount() const {
+    return static_cast<std::int64_t>(session_.selectedKeys().size()) - presentSelectedPortCount();
 }
 
 std::int64_t CollectorModel::totalPortCount() const {

@@ -4,6 +4,7 @@
 #include "records/PortNumber.h"
 #include "scanner/PropertyReaders.h"
 
+#include <algorithm>
 #include <sstream>
 
 namespace korvane {
@@ -50,18 +51,18 @@ std::vector<const USBControllerMap*> controllersFor(const PackagePort& port,
             }
         }
     }
-    if (named.size() > 1 && !port.primaryMatch.empty()) {
-        std::vector<const USBControllerMap*> matching;
-        for (const auto* controller : named) {
-            if (primaryMatchTakes(port.primaryMatch, *controller)) {
-                matching.push_back(controller);
-            }
-        }
-        if (!matching.empty()) {
-            return matching;
+    if (port.primaryMatch.empty()) {
+        return named;
+    }
+    // A like-named controller of other IDs is another controller: a
+    // Thunderbolt XHC3 of one machine is not the XHC3 of the next.
+    std::vector<const USBControllerMap*> matching;
+    for (const auto* controller : named) {
+        if (primaryMatchTakes(port.primaryMatch, *controller)) {
+            matching.push_back(controller);
         }
     }
-    return named;
+    return matching;
 }
 
 } // namespace
@@ -99,7 +100,15 @@ PackageScanMatch matchPackageToScan(const PortMapPackage& package,
         }
         const auto controllers = controllersFor(packagePort, scanned);
         if (controllers.empty()) {
-            match.unmatched.push_back(label + ": no controller named " + controllerText + " on this machine");
+            const bool isNamed = std::any_of(scanned.begin(), scanned.end(), [&](const auto& controller) {
+                return controller.name == controllerText;
+            });
+            match.unmatched.push_back(
+                label + (isNamed ? ": the " + controllerText +
+                                       " of this machine has other PCI IDs than the "
+                                       "package's (" +
+                                       packagePort.primaryMatch + ")"
+                                 : ": no controller named " + controllerText + " on this machine"));
             continue;
         }
         bool isMatched = false;

@@ -34,9 +34,8 @@ struct PackageScanMatch {
 };
 
 // A package port lands on every scanned port whose controller's name is one
-// of its IONameMatch names and whose number is the port's number. Where
-// several controllers share the name, IOPCIPrimaryMatch (when given) picks
-// among them, as it would on the Mac.
+// of its IONameMatch names, whose PCI IDs its IOPCIPrimaryMatch (when given)
+// takes, as it would on the Mac, and whose number is the port's number.
 PackageScanMatch matchPackageToScan(const PortMapPackage& package,
                                     const std::vector<USBControllerMap>& scanned);
 

@@ -19,4 +19,18 @@ std::string macModelShapeNote(std::string_view model) {
            "Mac whose model is exactly this text.";
 }
 
+std::string macModelProblem(std::string_view model) {
+    for (const char c : model) {
+        const auto byte = static_cast<unsigned char>(c);
+        if (byte < 0x20 || byte == 0x7f) {
+            return "the model must be printable text: it holds a control character";
+        }
+    }
+    if (model.size() > maxMacModelBytes) {
+        return "the model must be at most " + std::to_string(maxMacModelBytes) + " bytes (it has " +
+               std::to_string(model.size()) + ")";
+    }
+    return {};
+}
+
 } // namespace korvane

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <string>
 #include <string_view>
 
@@ -19,5 +20,12 @@ bool hasMacModelShape(std::string_view text);
 // What the window and the command line tell of a chosen model that isn't of
 // that shape (the user may know better, so it is kept); empty when it is.
 std::string macModelShapeNote(std::string_view model);
+
+// SMBIOS keeps the product name in at most 64 bytes.
+inline constexpr std::size_t maxMacModelBytes = 64;
+
+// Why a typed model can't name a Mac: a control character, or more bytes
+// than SMBIOS holds. Empty when it can.
+std::string macModelProblem(std::string_view model);
 
 } // namespace korvane

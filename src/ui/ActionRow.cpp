@@ -1,5 +1,6 @@
 #include "ui/ActionRow.h"
 
+#include "collector/PortBudget.h"
 #include "ui/ElidedLabel.h"
 #include "ui/TargetModelField.h"
 #include "ui/VisibleControlStyle.h"
@@ -7,6 +8,7 @@
 
 #include <QHBoxLayout>
 #include <QLabel>
+#include <QMessageBox>
 #include <QPushButton>
 #include <QVBoxLayout>
 
@@ -29,6 +31,29 @@ QLabel* noteLine() {
     label->setWordWrap(true);
     label->hide();
     return label;
+}
+
+// Asks before a run that writes more ports on a controller than macOS uses:
+// the sockets past the fifteenth would stay dead.
+bool mayGenerateOverLimit(const CollectorModel& model, QWidget* parent) {
+    QStringList over;
+    const auto selected = model.selectedPortIDs();
+    for (const auto& controller : model.scannedControllers()) {
+        if (const PortBudget budget = portBudget(controller, selected); budget.isOverLimit()) {
+            over << QString::fromStdString(overLimitText(budget) + ".");
+        }
+    }
+    if (over.isEmpty()) {
+        return true;
+    }
+    QMessageBox box(QMessageBox::Warning, "More than 15 ports",
+                    over.join("\n") + "\n\nSockets past the fifteenth would not work. Check at most 15 "
+                                      "ports of each controller, or generate anyway.",
+                    QMessageBox::NoButton, parent);
+    QPushButton* anyway = box.addButton("Generate &anyway", QMessageBox::AcceptRole);
+    box.setDefaultButton(box.addButton("&Cancel", QMessageBox::RejectRole));
+    box.exec();
+    return box.clickedButton() == anyway;
 }
 
 } // namespace
@@ -73,7 +98,11 @@ ActionRow::ActionRow(std::shared_ptr<CollectorModel> model, QWidget* parent)
     area->addWidget(targetModelWarning_);
     area->addWidget(personalityNotes_);
 
-    connect(generate_, &QPushButton::clicked, this, [this] { model_->startCollection(); });
+    connect(generate_, &QPushButton::clicked, this, [this] {
+        if (mayGenerateOverLimit(*model_, this)) {
+            model_->startCollection();
+        }
+    });
     connect(openZip_, &QPushButton::clicked, this, [this] { model_->openDesktopZip(); });
 }
 
@@ -85,7 +114,7 @@ void ActionRow::refresh(const QString& settingsProblem, const QString& nothingTo
     openZip_->setEnabled(model.lastZipURL().has_value() && !model.isRunning());
 
     targetModel_->refresh();
-    QString warning = korvane::targetModelWarning(model.targetMacModel());
+    QString warning = korvane::targetModelWarning(model);
     if (!settingsProblem.isEmpty()) {
         warning += (warning.isEmpty() ? "" : "\n") + settingsProblem;
     }

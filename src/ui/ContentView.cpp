@@ -22,6 +22,7 @@
 #include <QMessageBox>
 #include <QPushButton>
 #include <QStackedWidget>
+#include <QStringList>
 #include <QVBoxLayout>
 
 namespace korvane {
@@ -376,8 +377,13 @@ void ContentView::toggleSection(const std::string& controllerKey) {
 void ContentView::refresh() {
     const CollectorModel& model = *model_;
     showBadge();
-    parts_.counter->setText(
-        QString("%1/%2 selected").arg(model.selectedPortIDs().size()).arg(model.totalPortCount()));
+    // This scan's ports only; a map's checks of ports elsewhere are a figure apart.
+    QString counter =
+        QString("%1/%2 selected").arg(model.presentSelectedPortCount()).arg(model.totalPortCount());
+    if (const auto kept = model.keptAbsentPortCount(); kept > 0) {
+        counter += QString(" \u00B7 %1 kept for ports not on this machine").arg(kept);
+    }
+    parts_.counter->setText(counter);
 
     const bool isBusy = model.isRunning() || model.isScanningUSB() || model.isUpdatingIDs();
     const bool hasControllers = !model.scannedControllers().empty();
@@ -489,6 +495,10 @@ void ContentView::setSource(WindowSource source) {
 
 QLabel* ContentView::generateReason() const {
     return actionRow_->generateReason();
+}
+
+void ContentView::offerTargetModel(const QString& model) {
+    parts_.targetModel->setOffer(model);
 }
 
 void ContentView::setSettingsProblem(const QString& text) {

@@ -84,6 +84,8 @@ class ContentView : public QWidget {
     // Asked before Reset Ports throws away the selection of an opened map or
     // an imported package; true goes on. A message box unless replaced.
     std::function<bool(const QString&)> confirmReset;
+    // A target model remembered for another machine, offered beside the field.
+    void offerTargetModel(const QString& model);
 
   protected:
     void showEvent(QShowEvent* event) override;

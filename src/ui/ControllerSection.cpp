@@ -1,5 +1,6 @@
 #include "ui/ControllerSection.h"
 
+#include "collector/PortBudget.h"
 #include "package/ControllerContribution.h"
 #include "records/PCIIdentityText.h"
 #include "ui/ElidedLabel.h"
@@ -152,10 +153,24 @@ void ControllerSection::syncRows() {
 void ControllerSection::refreshRows() {
     // Also while closed: a closed section is the one a user may have left
     // unticked on purpose.
-    const QString contribution = QString::fromStdString(
-        contributionText(controllerContribution(controller_, model_->selectedPortIDs())));
+    // With the count against the 15 ports macOS uses, red and bold above it.
+    const PortBudget budget = portBudget(controller_, model_->selectedPortIDs());
+    QString contribution =
+        QString::fromStdString(contributionText(budget.contribution) + " \u00B7 " + portBudgetText(budget));
+    if (const std::string unseen = unseenTemplatePortsText(budget); !unseen.empty()) {
+        contribution += "\n" + QString::fromStdString(unseen);
+    }
     if (contribution_->text() != contribution) {
         contribution_->setText(contribution);
+    }
+    if (contribution_->font().bold() != budget.isOverLimit()) {
+        QFont font = contribution_->font();
+        font.setBold(budget.isOverLimit());
+        contribution_->setFont(font);
+        // A red that reads on the editor's dark panel.
+        WindowStyle::setTextColor(*contribution_, budget.isOverLimit()
+                                                      ? QColor(255, 105, 97)
+                                                      : WindowStyle::white(WindowStyle::databaseNameOpacity));
     }
     if (!isOpen_) {
         return;

@@ -31,7 +31,8 @@ constexpr bool isMacOS = false;
 KorvaneGeneratorApp::KorvaneGeneratorApp(const AppOptions& options)
     : desktop_(makeSystemDesktopServices()), window_(std::make_unique<QMainWindow>()),
       screenshotFile_(options.screenshotFile), mapFile_(options.mapFile),
-      settingsFile_(options.settingsFile.value_or(userSettingsFile())) {
+      settingsFile_(options.settingsFile.value_or(userSettingsFile())),
+      machine_(userSettingsMachine(options.registryFile)) {
     const QIcon icon = appIcon(applicationPaths().resources);
     QApplication::setWindowIcon(icon);
 
@@ -80,15 +81,22 @@ KorvaneGeneratorApp::~KorvaneGeneratorApp() {
 }
 
 void KorvaneGeneratorApp::storeTargetModel(const std::string& choice) {
-    updateUserSettings(settingsFile_,
-                       [&choice](UserSettings& settings) { settings.targetModelChoice = choice; });
+    updateUserSettings(settingsFile_, [this, &choice](UserSettings& settings) {
+        settings.setTargetModelChoice(machine_, choice);
+    });
     rememberedModel_ = choice;
 }
 
 void KorvaneGeneratorApp::rememberTargetModel() {
     CollectorModel& model = content_->model();
-    rememberedModel_ = readUserSettings(settingsFile_).targetModelChoice;
+    // Only this machine's choice is taken; one made for another machine is
+    // offered beside the field.
+    const UserSettings settings = readUserSettings(settingsFile_);
+    rememberedModel_ = settings.targetModelChoiceFor(machine_);
     model.setTargetModelChoice(rememberedModel_);
+    if (rememberedModel_.empty()) {
+        content_->offerTargetModel(QString::fromStdString(settings.targetModelOfferFor(machine_)));
+    }
     // Written as it changes, a little after the last keystroke.
     auto* pending = new QTimer(window_.get());
     pending->setSingleShot(true);

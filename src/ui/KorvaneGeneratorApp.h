@@ -76,6 +76,8 @@ class KorvaneGeneratorApp {
     std::optional<std::filesystem::path> screenshotFile_;
     std::optional<std::filesystem::path> mapFile_;
     std::filesystem::path settingsFile_;
+    // The machine shown, as the settings remember target models by.
+    std::string machine_;
     std::string rememberedModel_;
     std::size_t settingsObserver_ = 0;
 };

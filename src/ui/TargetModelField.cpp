@@ -8,7 +8,9 @@
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QLineEdit>
+#include <QStringList>
 #include <QVBoxLayout>
+#include <QValidator>
 
 namespace korvane {
 
@@ -22,25 +24,30 @@ constexpr const char* commonMacModels[] = {
     "MacBookPro16,1", "MacBookPro16,2", "MacBookPro16,3", "MacBookPro15,2",
     "MacBookPro15,1", "MacBookPro14,1", "MacBookAir9,1",  "MacBookAir8,1"};
 
-QString sourceText(TargetMacModel::Source source) {
-    switch (source) {
-    case TargetMacModel::Source::userChoice:
-        return "your choice";
-    case TargetMacModel::Source::thisMachine:
-        return "this machine's";
-    case TargetMacModel::Source::fallback:
-        break;
+// Refuses what SMBIOS can't hold, so the field never shows a model a run
+// would not write.
+class MacModelValidator final : public QValidator {
+  public:
+    using QValidator::QValidator;
+    State validate(QString& input, int&) const override {
+        return macModelProblem(input.toStdString()).empty() ? Acceptable : Invalid;
     }
-    return "no model found";
-}
+};
 
 } // namespace
 
-QString targetModelWarning(const TargetMacModel& target) {
+QString targetModelWarning(const CollectorModel& model) {
+    const TargetMacModel target = model.targetMacModel();
+    QStringList lines;
     if (target.value == fallbackMacModel) {
-        return "macOS applies this map only on a Mac of the model it names.";
+        lines << "macOS applies this map only on a Mac of the model it names.";
+    } else if (const std::string note = macModelShapeNote(target.value); !note.empty()) {
+        lines << QString::fromStdString(note);
     }
-    return QString::fromStdString(macModelShapeNote(target.value));
+    if (const std::string note = model.targetModelDifferenceNote(); !note.empty()) {
+        lines << QString::fromStdString(note);
+    }
+    return lines.join("\n");
 }
 
 TargetModelField::TargetModelField(std::shared_ptr<CollectorModel> model, QWidget* parent)
@@ -72,6 +79,7 @@ TargetModelField::TargetModelField(std::shared_ptr<CollectorModel> model, QWidge
         menu_->addItem(name);
     }
     menu_->setCurrentIndex(-1);
+    menu_->setValidator(new MacModelValidator(menu_));
     layout->addWidget(menu_);
 
     setToolTip("The SMBIOS model of the Mac this map is for. macOS applies the map only on a Mac of "
@@ -87,6 +95,17 @@ TargetModelField::TargetModelField(std::shared_ptr<CollectorModel> model, QWidge
     refresh();
 }
 
+void TargetModelField::setOffer(const QString& model) {
+    offer_ = model;
+    if (!offer_.isEmpty() && menu_->findText(offer_) < 0) {
+        // Inserting keeps the edit text: the offer is never taken unasked.
+        const QString text = menu_->currentText();
+        menu_->insertItem(0, offer_);
+        menu_->setEditText(text);
+    }
+    refresh();
+}
+
 void TargetModelField::refresh() {
     const std::string& choice = model_->targetModelChoice();
     if (menu_->currentText().trimmed().toStdString() != choice) {
@@ -97,7 +116,11 @@ void TargetModelField::refresh() {
     const auto& found = model_->machineModel();
     menu_->lineEdit()->setPlaceholderText(
         QString::fromStdString(found.value_or(std::string(fallbackMacModel))));
-    source_->setText(sourceText(target.source));
+    QString source = QString::fromStdString(std::string(targetModelSourceText(target.source)));
+    if (!offer_.isEmpty() && choice.empty()) {
+        source += " \u00B7 " + offer_ + " was chosen for another machine";
+    }
+    source_->setText(source);
 }
 
 } // namespace korvane

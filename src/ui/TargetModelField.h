@@ -21,6 +21,9 @@ class TargetModelField : public QWidget {
 
     // Re-reads the choice and the machine's model.
     void refresh();
+    // A model chosen for another machine: first in the list, and named
+    // beside the source while nothing is chosen here. Empty: none.
+    void setOffer(const QString& model);
 
     QComboBox* menu() const { return menu_; }
     QLabel* sourceLabel() const { return source_; }
@@ -29,9 +32,10 @@ class TargetModelField : public QWidget {
     std::shared_ptr<CollectorModel> model_;
     QComboBox* menu_;
     QLabel* source_;
+    QString offer_;
 };
 
 // The warning that stands below the action row for this model, or "".
-QString targetModelWarning(const TargetMacModel& target);
+QString targetModelWarning(const CollectorModel& model);
 
 } // namespace korvane

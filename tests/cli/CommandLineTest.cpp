@@ -24,6 +24,7 @@ using testing::Not;
 
 const std::string iMac = "{data}/macos/iMac19-1/IOReg.txt";
 const std::string hackintosh = "{data}/macos/hackintosh-CML/ioreg_ioservice.txt";
+const std::string iMacPro = "{data}/macos/iMacPro1-1/IOReg.txt";
 const std::string usbPlane = "{data}/macos/hackintosh-CML/ioreg_IOUSB-plane.txt";
 const std::string camera = "8086:a36d|XHC1|14000000|HS13|0d000000";
 const std::string hs03 = "8086:a36d|XHC1|14000000|HS03|03000000";
@@ -178,6 +179,12 @@ const Refusal refusals[] = {
     {"SaveMapOverAFile",
      {"scan", "--registry", iMac, "--save-map", "{home}/junk.txt"},
      "--save-map {home}/junk.txt: the file exists"},
+    {"ModelWithAControlCharacter",
+     {"generate", "--registry", iMac, "--model", "iMac19,1\x1b[2J"},
+     "--model: the model must be printable text: it holds a control character"},
+    {"ModelLongerThanSMBIOSHolds",
+     {"generate", "--registry", iMac, "--model", std::string(65, 'M')},
+     "--model: the model must be at most 64 bytes (it has 65)"},
     {"SnapshotOverAFile",
      {"snapshot", "--registry", iMac, "-o", "{home}/junk.txt"},
      "--output {home}/junk.txt: the file exists; write over it with --force"},
@@ -264,13 +271,20 @@ const Generation generations[] = {
      "iMac19,1-XHC1 iMac19,1 HS03:3\n",
      {"Generating Korvane.kext with 1 enabled port(s)..."},
      {}},
-    {"NoModelAndOneHalfChecked",
+    {"RegistryModelAndOneHalfChecked",
      iMac,
      {"--port", hs03},
-     "Mac-XHC1 Mac HS03:3 HS13:255\n",
-     {"korvane: the package names no Mac model (\"Mac\")", "--model MODEL",
-      "korvane: HS03 is checked and its companion SS03 is not"},
-     {}},
+     "iMac19,1-XHC1 iMac19,1 HS03:3 HS13:255\n",
+     {"Target Mac model: iMac19,1 (from the registry)\n",
+      "HS03 is kept without its USB 3 half SS03: USB 3 devices in that socket will run at USB 2 speed.\n"},
+     {"korvane: ", "differs"}},
+    {"AChoiceOtherThanTheRegistrysIsNoted",
+     iMac,
+     {"--model", "iMacPro1,1"},
+     "iMacPro1,1-XHC1 iMacPro1,1 HS13:255\n",
+     {"Target Mac model: iMacPro1,1 (your choice)\n",
+      "Your choice iMacPro1,1 differs from the registry's own model iMac19,1"},
+     {"korvane: "}},
     {"ACodeTheMenuDoesNotName",
      iMac,
      {"--model", "iMac19,1", "--connector", camera + "=42"},
@@ -294,6 +308,62 @@ const Generation generations[] = {
 
 INSTANTIATE_TEST_SUITE_P(CommandLine, GenerateTest, testing::ValuesIn(generations),
                          [](const auto& row) { return std::string(row.param.name); });
+
+// Each saved machine's map names that machine, said before the ZIP is made;
+// a registry that names none leaves "Mac" and says so.
+TEST_F(CommandLineTest, EachDumpsMapNamesItsOwnModel) {
+    const std::pair<std::vector<std::string>, std::string> dumps[] = {
+        {{"--registry", iMac}, "iMac19,1"},
+        {{"--registry", iMacPro}, "iMacPro1,1"},
+        {{"--registry", "{data}/macos/MacBookPro15-2/IOReg.txt"}, "MacBookPro15,2"},
+        {{"--registry", "{data}/macos/MacPro6-1/IOReg.txt"}, "MacPro6,1"},
+        {{"--registry", hackintosh}, "Macmini8,1"},
+        {{"--ioreg", hackintosh}, "Mac"}, // read line by line: no registry tree to name it
+    };
+    for (const auto& [source, model] : dumps) {
+        const std::string& dump = source[1];
+        const Outcome result = run({"generate", source[0], dump});
+        ASSERT_EQ(result.status, 0) << dump << result.err;
+        const auto said = result.err.find("Target Mac model: " + model + " (" +
+                                          (model == "Mac" ? "no model found" : "from the registry") + ")\n");
+        EXPECT_LT(said, result.err.find("Creating ZIP on Desktop...")) << dump << result.err;
+        if (model != "Mac") {
+            EXPECT_THAT(merges(), HasSubstr(model + "-")) << dump;
+        }
+        EXPECT_EQ(result.err.find("the package names no Mac model") != std::string::npos, model == "Mac");
+    }
+    // The stick in SS03 keeps its socket's USB 2 half too.
+    ASSERT_EQ(run({"generate", "--registry", iMacPro}).status, 0);
+    EXPECT_THAT(merges(), HasSubstr(" HS10:"));
+    EXPECT_THAT(merges(), HasSubstr(" SS03:"));
+}
+
+// --- The 15 ports macOS uses per controller.
+
+TEST_F(CommandLineTest, ARunOverTheLimitIsRefusedUnlessAllowed) {
+    // Nothing checked on the iMac Pro's XHC1: its template's 24 ports.
+    const Outcome refused = run({"generate", "--registry", iMacPro, "--select", "none"});
+    EXPECT_EQ(refused.status, 2);
+    EXPECT_EQ(refused.out, "");
+    EXPECT_THAT(refused.err,
+                HasSubstr("korvane: XHC1 would be written with 24 ports (the built-in template's, "
+                          "as none is checked), and macOS uses at most 15: check at most 15"));
+    EXPECT_THAT(refused.err, HasSubstr("korvane: XHC1: nothing is checked, so the built-in template is "
+                                       "written, with ports the scan didn't see: "));
+    EXPECT_FALSE(std::filesystem::exists(zip()));
+
+    const Outcome checked = run({"generate", "--registry", hackintosh, "--select", "all"});
+    EXPECT_EQ(checked.status, 2);
+    EXPECT_THAT(checked.err,
+                HasSubstr("korvane: XHC would be written with 18 ports, and macOS uses at most 15"));
+    EXPECT_FALSE(std::filesystem::exists(zip()));
+
+    const Outcome allowed =
+        run({"generate", "--registry", iMacPro, "--select", "none", "--allow-over-limit"});
+    ASSERT_EQ(allowed.status, 0) << allowed.err;
+    EXPECT_THAT(allowed.err, HasSubstr("written all the same (--allow-over-limit)"));
+    EXPECT_TRUE(std::filesystem::exists(zip()));
+}
 
 TEST_F(CommandLineTest, AFailedRunEndsWithStatusOneAndItsError) {
     std::filesystem::remove(home() / "Desktop");
@@ -365,6 +435,13 @@ TEST_F(CommandLineTest, AMapCarriesTheSessionToTheNextRun) {
         run({"scan", "--registry", "{data}/macos/MacBookPro15-2/IOReg.txt", "--map", map});
     EXPECT_EQ(elsewhere.status, 0);
     EXPECT_THAT(elsewhere.out, HasSubstr("\nNot on this machine (2):\n"));
+    EXPECT_THAT(elsewhere.out,
+                HasSubstr("\n0 of 8 port(s) selected; 2 kept for ports not on this machine.\n"))
+        << "the map's checks are of ports elsewhere";
+    EXPECT_THAT(elsewhere.err,
+                HasSubstr("The map was made for iMac19,1, and this registry's own model is MacBookPro15,2."));
+    EXPECT_THAT(elsewhere.err, HasSubstr("Map controller 8086:a36d|XHC1|14000000: not on this machine\n"))
+        << "the MacBook Pro's XHC1 is another chip";
 
     // A model of another shape is kept, and said, wherever it came from.
     std::string bytes = readFileBytes(expand(map)).value();
@@ -379,6 +456,21 @@ TEST_F(CommandLineTest, AMapCarriesTheSessionToTheNextRun) {
     const Outcome below = run({"scan", "--registry", iMac, "--save-map", "{home}/odd.korvanemap/below"});
     EXPECT_EQ(below.status, 1);
     EXPECT_THAT(below.err, HasSubstr("korvane: "));
+}
+
+// A package made on the iMac Pro lands on no like-named controller of the
+// MacBook Pro: its Thunderbolt XHC3 is another chip.
+TEST_F(CommandLineTest, APackageFromAnotherMachineMatchesOnlyLikeControllers) {
+    ASSERT_EQ(run({"generate", "--registry", iMacPro, "--select", "none", "--port",
+                   "8086:15d4|XHC3|01000000|SSP1|03000000", "--allow-over-limit"})
+                  .status,
+              0);
+    const Outcome result =
+        run({"scan", "--registry", "{data}/macos/MacBookPro15-2/IOReg.txt", "--import-kext", zip().string()});
+    EXPECT_EQ(result.status, 2);
+    EXPECT_THAT(result.err,
+                HasSubstr("XHC3 SSP1 (port 3): the XHC3 of this machine has other PCI IDs than the "
+                          "package's (0x15d48086)"));
 }
 
 // --- Snapshots: they scan as the dump they came from, masked unless --raw.

@@ -34,6 +34,40 @@ TEST_F(PortEditingTest, AResetChecksExactlyTheActivePortsAndForgetsOverrides) {
               "USB ports reset: 1 controller(s), 1 active USB port(s) selected automatically.");
 }
 
+// A device in either half keeps the whole socket: a reset checks the other
+// half, across controllers too, with one line per pair so checked; a port
+// left without its other half is named with what stops working.
+TEST_F(PortEditingTest, AResetChecksTheCompanionOfEveryActivePort) {
+    auto xhc1 = intel({makePort("HS01", 1, "Stick"), makePort("HS02", 2, "Mouse"),
+                       makePort("SS02", 18, "Disk"), makePort("HS03", 3, "Camera")});
+    auto xhc2 = makeController("XHC2", 0x8086, 0x15ec, {makePort("SS01", 3)});
+    xhc1.ports[0].companionKey = key(xhc2, 0);
+    xhc2.ports[0].companionKey = key(xhc1, 0);
+    xhc1.ports[1].companionKey = key(xhc1, 2);
+    xhc1.ports[2].companionKey = key(xhc1, 1);
+    scanShowing({xhc1, xhc2});
+    EXPECT_EQ(model->selectedPortIDs().size(), 5u);
+    EXPECT_TRUE(model->isPortSelected(xhc2, xhc2.ports[0]));
+    std::vector<std::string> pairs;
+    for (const auto& line : logLines()) {
+        if (line.find("has a device") != std::string::npos) {
+            pairs.push_back(line);
+        }
+    }
+    EXPECT_THAT(pairs, ElementsAre("HS01 has a device: its companion XHC2 SS01 is checked too."))
+        << "HS02 and SS02 both have one";
+    EXPECT_FALSE(model->hasUnsavedChanges()) << "what a reset checks is no work to lose";
+    EXPECT_THAT(model->portsKeptWithoutCompanion(), IsEmpty());
+
+    model->setPortSelected(xhc2, xhc2.ports[0], false);
+    model->setPortSelected(xhc1, xhc1.ports[1], false);
+    EXPECT_THAT(
+        model->portsKeptWithoutCompanion(),
+        ElementsAre("HS01 is kept without its USB 3 half XHC2 SS01: USB 3 devices in that socket will "
+                    "run at USB 2 speed",
+                    "SS02 is kept without its USB 2 half HS02: USB 2 devices in that socket will not work"));
+}
+
 // XHC1's HS01 pairs with XHC2's SS01 across controllers, its HS02 with its own SS02.
 TEST_F(PortEditingTest, CompanionsTakeAPickTogetherWhenAskedAndResetForgetsTheLink) {
     auto xhc1 = intel({makePort("HS01", 1), makePort("HS02", 2), makePort("SS02", 18)});

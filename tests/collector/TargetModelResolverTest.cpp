@@ -36,6 +36,40 @@ TEST(TargetModelResolver, TheMachineIsAskedOnceAndOnlyAChangedAnswerIsNews) {
     EXPECT_TRUE(resolver.store(std::string("iMac19,1")));
 }
 
+// A saved registry's own model stands where this machine's would, and a
+// choice that differs from either is told with both names.
+TEST(TargetModelResolver, SaysWhereTheModelCameFromAndWhenTheChoiceDiffers) {
+    struct Row {
+        Source machineSource;
+        std::optional<std::string> choice;
+        std::optional<std::string> answer;
+        std::string_view sourceText;
+        std::string note;
+    };
+    const Row rows[] = {
+        {Source::savedRegistry, std::nullopt, "iMacPro1,1", "from the registry", ""},
+        {Source::savedRegistry, "iMacPro1,1", "iMacPro1,1", "your choice", ""},
+        {Source::savedRegistry, "iMac19,1", "Macmini8,1", "your choice",
+         "Your choice iMac19,1 differs from the registry's own model Macmini8,1: the map applies only on a "
+         "Mac "
+         "that reports iMac19,1 (right for a machine whose SMBIOS is set so on purpose)."},
+        {Source::thisMachine, "iMac19,1", "Macmini8,1", "your choice",
+         "Your choice iMac19,1 differs from this machine's own model Macmini8,1: the map applies only on a "
+         "Mac "
+         "that reports iMac19,1 (right for a machine whose SMBIOS is set so on purpose)."},
+        {Source::thisMachine, std::nullopt, "MacBookPro15,2", "from this machine", ""},
+        {Source::savedRegistry, "iMac19,1", std::nullopt, "your choice", ""}, // nothing to differ from
+        {Source::savedRegistry, std::nullopt, std::nullopt, "no model found", ""},
+    };
+    for (const auto& row : rows) {
+        TargetModelResolver resolver(row.machineSource);
+        resolver.store(row.answer);
+        EXPECT_EQ(targetModelSourceText(resolver.resolve(row.choice).source), row.sourceText)
+            << row.choice.value_or("-");
+        EXPECT_EQ(resolver.differenceNote(row.choice), row.note);
+    }
+}
+
 TEST(TargetModelResolver, AChoiceIsKeptTrimmedAndABlankOneIsNone) {
     EXPECT_EQ(targetModelChoiceOf("  iMac19,1 \n"), "iMac19,1");
     EXPECT_EQ(targetModelChoiceOf(" \t"), std::nullopt);

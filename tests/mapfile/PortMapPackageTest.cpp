@@ -77,6 +77,15 @@ TEST(PortMapPackage, AHandMadeMapInEitherFormatMatchesByNameAndNumberAndListsThe
                                          "EH01 PR11 (port 1): no controller named EH01 on this machine"));
         EXPECT_EQ(portMatchSummary(match.matchedPorts, parse.package->ports.size(), "port"),
                   "3 of 6 ports matched; 3 ports not on this machine");
+        // On a machine whose only XHC is the chipset's, the Thunderbolt
+        // controller's port lands nowhere: a like name with other IDs is
+        // another controller.
+        const std::vector<USBControllerMap> chipsetOnly{scanned[0], scanned[1]};
+        const auto other = matchPackageToScan(*parse.package, chipsetOnly);
+        EXPECT_EQ(other.matchedPorts, 2u);
+        EXPECT_THAT(other.unmatched,
+                    testing::Contains(testing::HasSubstr(
+                        ": the XHC of this machine has other PCI IDs than the package's (0x15e98086)")));
     }
 }
 

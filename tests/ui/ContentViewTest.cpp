@@ -16,9 +16,11 @@
 #include <QComboBox>
 #include <QKeyEvent>
 #include <QLabel>
+#include <QMessageBox>
 #include <QPlainTextEdit>
 #include <QPushButton>
 #include <QScrollBar>
+#include <QTimer>
 #include <QWheelEvent>
 #include <QWindow>
 #include <QtTest/qtestspontaneevent.h>
@@ -187,7 +189,7 @@ TEST_F(ContentViewTest, FirstAppearanceStartsTheModelOnce) {
     EXPECT_FALSE(model->isScanningUSB()) << "showing the window again starts nothing";
 }
 
-TEST_F(ContentViewTest, CounterCountsStaleKeysToo) {
+TEST_F(ContentViewTest, CounterCountsThisScansPortsAndKeptKeysApart) {
     scanShowing(
         {intelXHC({makePort("HS01", 1, "Keyboard"), makePort("HS02", 2, "Mouse"), makePort("HS03", 3)})});
     EXPECT_EQ(parts().counter->text(), "2/3 selected");
@@ -195,7 +197,7 @@ TEST_F(ContentViewTest, CounterCountsStaleKeysToo) {
     scans.push_back({{intelXHC({makePort("HS01", 1, "Keyboard")})}});
     model->refreshActiveUSBDevices();
     scheduler.runUntilIdle();
-    EXPECT_EQ(parts().counter->text(), "2/1 selected");
+    EXPECT_EQ(parts().counter->text(), "1/1 selected \u00B7 1 kept for ports not on this machine");
     parts().deselectAll->click();
     EXPECT_EQ(parts().counter->text(), "0/1 selected");
 }
@@ -266,6 +268,36 @@ TEST_F(ContentViewTest, SharedPortKeysShowTheSameChoices) {
     EXPECT_EQ(rows[0]->connectorMenu()->currentText(), "Internal");
 }
 
+// More than 15 ports on a controller: Generate asks, and only "Generate
+// anyway" starts the run.
+TEST_F(ContentViewTest, GenerateAsksBeforeARunOverTheLimit) {
+    scanShowing({intelXHC(makePorts(16))});
+    parts().selectAll->click();
+    model->dismissPortLimitWarning(); // the alert of reaching 15 is another
+    QApplication::processEvents();
+    for (const QString answer : {"Cancel", "Generate anyway"}) {
+        QStringList buttons;
+        QString text;
+        QTimer::singleShot(0, [&] {
+            auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
+            ASSERT_NE(box, nullptr);
+            text = box->text();
+            for (auto* button : box->buttons()) {
+                buttons << button->text().remove('&');
+                if (button->text().remove('&') == answer) {
+                    button->click();
+                }
+            }
+        });
+        parts().generate->click();
+        EXPECT_THAT(text.toStdString(),
+                    testing::StartsWith("XHC would be written with 16 ports, and macOS uses "
+                                        "at most 15."));
+        EXPECT_EQ(buttons.size(), 2) << buttons.join(", ").toStdString();
+        EXPECT_EQ(model->isRunning(), answer != "Cancel") << answer.toStdString();
+    }
+}
+
 TEST_F(ContentViewTest, PortLimitAlertStandsOnceAndOKOnlyDismisses) {
     scanShowing({intelXHC(makePorts(16))});
     parts().selectAll->click();
@@ -295,6 +327,8 @@ TEST_F(ContentViewTest, TheTargetModelFieldSetsTheChoiceAndWarnsWhereMacOSWouldI
     QComboBox& field = *parts().targetModel->menu();
     const std::tuple<QString, QString, QString> rows[] = {
         {"", "no model found", "macOS applies this map only on a Mac of the model it names."},
+        {std::string(65, 'M').c_str(), "no model found",
+         "macOS applies this map only on a Mac of the model it names."}, // longer than SMBIOS holds: refused
         {"iMac19,1", "your choice", ""},
         {"Mac", "your choice", "macOS applies this map only on a Mac of the model it names."},
         {"My Mac", "your choice",
@@ -305,7 +339,7 @@ TEST_F(ContentViewTest, TheTargetModelFieldSetsTheChoiceAndWarnsWhereMacOSWouldI
     for (const auto& [typed, source, warning] : rows) {
         field.setEditText(typed);
         QApplication::processEvents();
-        EXPECT_EQ(model->targetModelChoice(), typed.toStdString());
+        EXPECT_EQ(model->targetModelChoice(), typed.size() > 64 ? "" : typed.toStdString());
         EXPECT_EQ(parts().targetModel->sourceLabel()->text(), source) << typed.toStdString();
         EXPECT_EQ(parts().targetModelWarning->text(), warning) << typed.toStdString();
         EXPECT_EQ(parts().targetModelWarning->isVisibleTo(view.get()), !warning.isEmpty());
@@ -325,13 +359,19 @@ TEST_F(ContentViewTest, EachSectionSaysWhatARunWouldWriteForIt) {
         }
         return texts;
     };
-    EXPECT_THAT(lines(), ElementsAre("1 port checked", "support personality only"));
+    EXPECT_THAT(lines(), ElementsAre("1 port checked · 1 of 15", "support personality only · 0 of 15"));
+    EXPECT_FALSE(sections()[0]->contribution()->font().bold());
     sections()[0]->header()->click(); // closed sections say it too
     parts().deselectAll->click();
-    EXPECT_THAT(lines(), ElementsAre("no port checked: the built-in template's 24 ports will be written",
-                                     "support personality only"));
+    // Over the 15 ports macOS uses, in bold, with the template's ports the scan didn't see.
+    EXPECT_THAT(lines(), ElementsAre(testing::StartsWith(
+                                         "no port checked: the built-in template's 24 ports will be written "
+                                         "· 24 of 15\nXHC: nothing is checked, so the built-in "
+                                         "template is written, with ports the scan didn't see: "),
+                                     "support personality only · 0 of 15"));
+    EXPECT_TRUE(sections()[0]->contribution()->font().bold());
     parts().selectAll->click();
-    EXPECT_THAT(lines(), ElementsAre("4 ports checked", "2 ports checked"));
+    EXPECT_THAT(lines(), ElementsAre("4 ports checked · 4 of 15", "2 ports checked · 2 of 15"));
 }
 
 // Tab walks the window as it reads: the editor's buttons, each section's
