@@ -93,7 +93,8 @@ void CollectorModel::runUSBScanForEditing(bool isReset, bool silent) {
 // A device in one half of a socket says the socket is in use: its other
 // half is checked too, or a device of the other speed would find it dead.
 std::vector<std::string>
-CollectorModel::checkCompanionsOfActivePorts(const std::map<std::string, std::string>& activeDevices) {
+CollectorModel::checkCompanionsOfActivePorts(const std::map<std::string, std::string>& activeDevices,
+                                             MappingSession& session) const {
     std::vector<std::string> lines;
     for (const auto& controller : scannedControllers_) {
         for (const auto& port : controller.ports) {

@@ -26,6 +26,11 @@ struct SessionPort {
     std::optional<std::int64_t> connector{};
     // The user's name for the socket; empty when none.
     std::string nickname{};
+    // The socket on the case this port was found in by plugging: the key of
+    // the port the first device landed on, shared by every port of that
+    // socket (its companion, the other SuperSpeed port of a Type-C socket).
+    // Empty when plugging has not placed the port.
+    std::string socket{};
     std::optional<PortDiscovery> sighting{};
 
     // Nothing said about the port: the session holds no entry for it.
