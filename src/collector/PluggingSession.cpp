@@ -37,6 +37,16 @@ std::string typeText(std::int64_t code) {
                  : "connector " + std::to_string(code);
 }
 
+// "4 of 15": the checked ports. A run with none checked would write the
+// built-in template instead, which is the budget's count but no port kept.
+std::string keptText(const USBControllerMap& controller, const std::set<std::string>& selected) {
+    const auto kept =
+        std::count_if(controller.ports.begin(), controller.ports.end(), [&](const USBPortMap& port) {
+            return selected.contains(usbPortStableID(controller, port));
+        });
+    return std::to_string(kept) + " of " + std::to_string(portBudgetLimit);
+}
+
 } // namespace
 
 PluggingSession::PluggingSession(std::shared_ptr<CollectorModel> model, std::filesystem::path mapFile)
@@ -271,7 +281,7 @@ std::vector<std::string> PluggingSession::startLines() const {
     const auto selected = model_->selectedPortIDs();
     for (const auto& controller : model_->scannedControllers()) {
         lines.push_back(controller.displayName() + ": " + std::to_string(controller.ports.size()) +
-                        " ports, " + portBudgetText(portBudget(controller, selected)) + " kept");
+                        " ports, " + keptText(controller, selected) + " kept");
     }
     lines.push_back(std::string(instruction) + ".");
     return lines;
@@ -283,8 +293,7 @@ std::string PluggingSession::progressText() const {
     const auto selected = model_->selectedPortIDs();
     bool first = true;
     for (const auto& controller : model_->scannedControllers()) {
-        text += (first ? " " : ", ") + controller.displayName() + " " +
-                portBudgetText(portBudget(controller, selected));
+        text += (first ? " " : ", ") + controller.displayName() + " " + keptText(controller, selected);
         first = false;
     }
     const auto unseen = portsNotSeen().size();
