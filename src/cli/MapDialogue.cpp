@@ -51,8 +51,8 @@ bool MapDialogue::end(const std::string& savedWhere) {
     if (plugging_.isAwaitingName()) {
         out_ << '\n';
     }
-    // Nobody is left to ask: the summary says they were so typed.
-    plugging_.keepCandidatesAsInternal();
+    // The internal candidates are only offered: a keyboard left in a socket
+    // all along looks the same, and typing it internal would hide the socket.
     const MapOutcome saved = plugging_.save();
     out_ << (saved.succeeded ? "Map saved to " + savedWhere + "." : saved.summary) << '\n';
     for (const auto& text : plugging_.summaryLines()) {

@@ -20,8 +20,8 @@ class MapDialogue {
     void begin();
     // One line of standard input, without its line end.
     void line(const std::string& text);
-    // End of input: the internal candidates typed so, the map saved, the
-    // summary. False when the map could not be saved.
+    // End of input: the map saved and the summary. False when the map could
+    // not be saved.
     bool end(const std::string& savedWhere);
 
   private:

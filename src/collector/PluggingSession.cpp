@@ -27,7 +27,7 @@ std::string joined(const std::vector<std::string>& names) {
     return text;
 }
 
-std::string quoted(const std::string& name) {
+std::string inQuotes(const std::string& name) {
     return "\"" + name + "\"";
 }
 
@@ -130,7 +130,7 @@ void PluggingSession::arrived(const ScannedPort& landed) {
     }
     const std::string socketName = socket.empty() ? "" : model_->session().port(socket).nickname;
     const std::string socketText =
-        socketName.empty() ? "the socket of " + nameOf(socket) : quoted(socketName);
+        socketName.empty() ? "the socket of " + nameOf(socket) : inQuotes(socketName);
 
     if (socket.empty()) {
         sighting.kind = PlugSighting::Kind::newSocket;
@@ -143,13 +143,16 @@ void PluggingSession::arrived(const ScannedPort& landed) {
         sighting.text += ": the other half of " + socketText + ".";
     }
     landed_.insert(key);
-    // Both halves join the socket, checked together, with its name.
+    // Both halves join the socket, checked together, with its name; a name
+    // given before plugging stays until the socket gets one.
     for (const auto& member : {key, companionKey}) {
         if (!member.empty()) {
             editKey(member, [&](SessionPort& entry) {
                 entry.selected = true;
                 entry.socket = socket;
-                entry.nickname = socketName;
+                if (!socketName.empty()) {
+                    entry.nickname = socketName;
+                }
             });
         }
     }
@@ -178,9 +181,23 @@ std::string PluggingSession::nameSocket(const std::string& text) {
     const std::string socket = model_->session().port(awaiting.portKey).socket;
     std::string line;
     if (name.empty()) {
-        line = awaiting.kind == PlugSighting::Kind::again
-                   ? "The socket stays as it was."
-                   : "The socket of " + nameOf(socket) + " has no name.";
+        // A name one half had before plugging becomes the socket's.
+        std::string kept;
+        for (const auto& key : portsOf(socket)) {
+            if (kept.empty()) {
+                kept = model_->session().port(key).nickname;
+            }
+        }
+        if (awaiting.kind == PlugSighting::Kind::again) {
+            line = "The socket stays as it was.";
+        } else if (!kept.empty()) {
+            for (const auto& key : portsOf(socket)) {
+                editKey(key, [&kept](SessionPort& entry) { entry.nickname = kept; });
+            }
+            line = "The socket of " + nameOf(socket) + " keeps the name " + inQuotes(kept) + ".";
+        } else {
+            line = "The socket of " + nameOf(socket) + " has no name.";
+        }
     } else if (const auto target = socketNamed(name)) {
         const bool turnedOver =
             *target == socket && awaiting.kind == PlugSighting::Kind::again && isSuperSpeed(awaiting.portKey);
@@ -192,7 +209,7 @@ std::string PluggingSession::nameSocket(const std::string& text) {
         for (const auto& key : portsOf(*target)) {
             names.push_back(nameOf(key));
         }
-        line = "Same socket as " + quoted(name) + ": " + joined(names);
+        line = "Same socket as " + inQuotes(name) + ": " + joined(names);
         if (const auto code = model_->session().port(*target).connector) {
             line += ", " + typeText(*code);
         }
@@ -201,7 +218,7 @@ std::string PluggingSession::nameSocket(const std::string& text) {
         for (const auto& key : portsOf(socket)) {
             editKey(key, [&name](SessionPort& entry) { entry.nickname = name; });
         }
-        line = "Named " + quoted(name) + ".";
+        line = "Named " + inQuotes(name) + ".";
     }
     saveQuietly();
     return line;
@@ -379,14 +396,15 @@ std::vector<std::string> PluggingSession::summaryLines() const {
                 }
             }
         }
-        lines.push_back("  " + (socket.name.empty() ? std::string("(no name)") : quoted(socket.name)) + ": " +
-                        joined(socket.portNames) + "; " + type);
+        lines.push_back("  " + (socket.name.empty() ? std::string("(no name)") : inQuotes(socket.name)) +
+                        ": " + joined(socket.portNames) + "; " + type);
     }
     if (const auto unseen = portsNotSeen(); !unseen.empty()) {
         lines.push_back("Never seen (uncheck them to leave them out): " + joined(unseen));
     }
     if (const auto internal = internalCandidates(); !internal.empty()) {
-        lines.push_back("In use from the start and never replugged, internal (255) rather than sockets: " +
+        lines.push_back("In use from the start and never replugged, so likely built in (type them Internal, "
+                        "255): " +
                         joined(internal));
     }
     const auto selected = model_->selectedPortIDs();

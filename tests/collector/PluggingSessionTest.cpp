@@ -51,15 +51,25 @@ class PluggingSessionTest : public ModelFixture {
     }
 
     // "+SS01 Stick" plugs a device in, "-SS01" takes it out (each a hotplug
-    // event and the refresh after the debounce), "=rear" answers the prompt.
+    // event and the refresh after the debounce), "=rear" answers the prompt,
+    // "@HS01 front" names a port as the window would.
     void run(const std::vector<std::string>& steps) {
         for (const auto& step : steps) {
             const std::string rest = step.substr(1);
+            const auto space = rest.find(' ');
             if (step[0] == '=') {
                 transcript.push_back(plugging->nameSocket(rest));
                 continue;
             }
-            const auto space = rest.find(' ');
+            if (step[0] == '@') {
+                const auto& controller = model->scannedControllers().front();
+                for (const auto& port : controller.ports) {
+                    if (port.name == rest.substr(0, space)) {
+                        model->setNickname(controller, port, rest.substr(space + 1));
+                    }
+                }
+                continue;
+            }
             if (step[0] == '+') {
                 devices[rest.substr(0, space)] = rest.substr(space + 1);
             } else {
@@ -87,8 +97,9 @@ struct PluggingCase {
 
 TEST_F(PluggingSessionTest, EachArrivalNamesItsSocketAndTheNamesJoinAndTypeThem) {
     const std::string neverSeen = "Never seen (uncheck them to leave them out): ";
-    const std::string internal = "In use from the start and never replugged, internal (255) rather than "
-                                 "sockets: XHC1 HS05 (Bluetooth)";
+    const std::string internal =
+        "In use from the start and never replugged, so likely built in (type them Internal, 255): XHC1 HS05 "
+        "(Bluetooth)";
     const std::vector<PluggingCase> cases = {
         {"a USB 3 device, then a USB 2 device into the same socket",
          {"+SS01 Stick", "=rear", "-SS01", "+HS01 Mouse"},
@@ -114,6 +125,12 @@ TEST_F(PluggingSessionTest, EachArrivalNamesItsSocketAndTheNamesJoinAndTypeThem)
          {"2 sockets:", "  \"front\": XHC1 HS02, XHC1 SS02; Type-C+Sw (9)",
           "  (no name): XHC1 HS05; USB3 (3)",
           neverSeen + "XHC1 HS01, XHC1 HS03, XHC1 HS04, XHC1 HS06, XHC1 SS01, XHC1 SS03, XHC1 SS04"}},
+        {"a name one half had before plugging becomes the socket's when none is given",
+         {"@HS01 front panel", "+SS01 Stick", "="},
+         {"Seen: SS01 (with HS01) on XHC1: Stick", "The socket of XHC1 SS01 keeps the name \"front panel\"."},
+         {"1 socket:", "  \"front panel\": XHC1 HS01, XHC1 SS01; USB3 (3)",
+          neverSeen + "XHC1 HS02, XHC1 HS03, XHC1 HS04, XHC1 HS06, XHC1 SS02, XHC1 SS03, XHC1 SS04",
+          internal}},
         {"a replug left unanswered changes nothing; a refused name is asked again",
          {"+SS01 Stick", "=rear\x1b[2J", "=rear", "-SS01", "+SS01 Stick", "="},
          {"Seen: SS01 (with HS01) on XHC1: Stick",
