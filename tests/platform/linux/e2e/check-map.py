@@ -1,6 +1,7 @@
 """Checks what `korvane map` printed and saved in the plugging VM run
 (plug-sockets.steps): socket "rear" is root port 1's two halves, socket "C"
-root ports 2 and 3 joined by name and typed Type-C (10).
+root ports 2 and 3 joined by name and typed Type-C (10), socket "D" root
+port 4 turned over and typed Type-C with a switch (9).
 Usage: check-map.py STDOUT MAPFILE"""
 import json
 import sys
@@ -16,7 +17,7 @@ def compare(what, got, want):
 def main():
     out = open(sys.argv[1], encoding="utf-8").read().splitlines()
     ok = compare("a line beginning with 'Plug '", any(line.startswith("Plug ") for line in out), True)
-    ok &= compare("'Seen: ' lines", sum(line.startswith("Seen: ") for line in out), 4)
+    ok &= compare("'Seen: ' lines", sum(line.startswith("Seen: ") for line in out), 6)
     try:
         ports = json.load(open(sys.argv[2], encoding="utf-8"))["ports"]
     except (OSError, ValueError, KeyError) as error:
@@ -34,7 +35,8 @@ def main():
     ok &= compare("socket C", sockets.get("C"),
                   {"HS02": (True, 10, False), "SS02": (True, 10, True),
                    "HS03": (True, 10, False), "SS03": (True, 10, True)})
-    ok &= compare("sockets", sorted(sockets), ["C", "rear"])
+    ok &= compare("socket D", sockets.get("D"), {"HS04": (True, 9, False), "SS04": (True, 9, True)})
+    ok &= compare("sockets", sorted(sockets), ["C", "D", "rear"])
     print(f"map by plugging: {'ok' if ok else 'FAILED'}")
     return 0 if ok else 1
 

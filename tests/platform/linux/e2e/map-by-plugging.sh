@@ -6,6 +6,6 @@ set -o pipefail
 out=/tmp/map.out
 : >"$out"
 {
-    printf 'rear\nC\nC\n'
-    until grep -q 'Same socket as "C"' "$out"; do sleep 0.2; done
+    printf 'rear\nC\nC\nD\nD\n'
+    until grep -q 'Same socket as "D"' "$out"; do sleep 0.2; done
 } | korvane map --save-map /out/plugged.korvanemap | tee "$out"

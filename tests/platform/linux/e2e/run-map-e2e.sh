@@ -4,7 +4,7 @@
 # into the emulated controller's root ports one after another.
 # Usage: run-map-e2e.sh KORVANE HARNESS_DIR CACHE_DIR
 # Exits 77 (skipped) when QEMU or the harness isn't installed. One VM run,
-# bounded by E2E_VM_TIMEOUT seconds (150: a boot and four plugs, slow on two
+# bounded by E2E_VM_TIMEOUT seconds (150: a boot and six plugs, slow on two
 # busy cores).
 set -uo pipefail
 
