@@ -6,6 +6,7 @@
 #include <CLI/CLI.hpp>
 #include <array>
 #include <functional>
+#include <iostream>
 #include <ostream>
 #include <string_view>
 
@@ -13,7 +14,7 @@ namespace korvane {
 
 namespace {
 
-constexpr std::array<std::string_view, 6> commandNames = {"scan",     "generate",   "watch",
+constexpr std::array<std::string_view, 7> commandNames = {"scan",     "generate",   "watch", "map",
                                                           "snapshot", "update-ids", "paths"};
 
 // What stands before the command is checked first, so the message names what
@@ -37,7 +38,7 @@ bool isWellFormedStart(const std::vector<std::string>& arguments, std::ostream& 
         }
     }
     err << "korvane: unknown command '" << first
-        << "'; the commands are scan, generate, watch, snapshot, update-ids and paths.\n";
+        << "'; the commands are scan, generate, watch, map, snapshot, update-ids and paths.\n";
     return false;
 }
 
@@ -129,6 +130,21 @@ CLI::App* declareWatch(CLI::App& app, ScanOptions& watch) {
     return command;
 }
 
+CLI::App* declareMap(CLI::App& app, MapCommandOptions& map) {
+    auto* command = app.add_subcommand(
+        "map", "Map by plugging: plug a device into each socket you want to keep and name it when asked "
+               "(names are read from standard input, a line each); end of input saves the map and prints "
+               "the summary. Live machine only");
+    // Accepted so that the refusal names the reason rather than the option.
+    addSources(command, map.source);
+    command->add_option("--map", map.map, "Resume this saved map")->check(CLI::ExistingPath);
+    command->add_option("--save-map", map.saveMap,
+                        "Save the map here after every socket (default: a new file in the user's data "
+                        "folder)");
+    command->add_option("--model", map.model, "The Mac model the map is for, as its SMBIOS names it");
+    return command;
+}
+
 CLI::App* declareSnapshot(CLI::App& app, SnapshotOptions& snapshot) {
     auto* command = app.add_subcommand(
         "snapshot", "Save the registry tree as a snapshot file that scan --registry reads. People share "
@@ -150,6 +166,11 @@ struct Command {
 } // namespace
 
 int runCommandLine(const std::vector<std::string>& arguments, std::ostream& out, std::ostream& err) {
+    return runCommandLine(arguments, std::cin, out, err);
+}
+
+int runCommandLine(const std::vector<std::string>& arguments, std::istream& in, std::ostream& out,
+                   std::ostream& err) {
     if (!isWellFormedStart(arguments, err)) {
         return 2;
     }
@@ -167,12 +188,15 @@ int runCommandLine(const std::vector<std::string>& arguments, std::ostream& out,
     GenerateOptions generate;
     ScanOptions watch;
     SnapshotOptions snapshot;
+    MapCommandOptions map;
     const std::array commands = {
         Command{declareScan(app, scan), [&scan](CommandStreams streams) { return runScan(scan, streams); }},
         Command{declareGenerate(app, generate),
                 [&generate](CommandStreams streams) { return runGenerate(generate, streams); }},
         Command{declareWatch(app, watch),
                 [&watch](CommandStreams streams) { return runWatch(watch, streams); }},
+        Command{declareMap(app, map),
+                [&map, &in](CommandStreams streams) { return runMap(map, streams, in); }},
         Command{declareSnapshot(app, snapshot),
                 [&snapshot](CommandStreams streams) { return runSnapshot(snapshot, streams); }},
         Command{app.add_subcommand("update-ids",

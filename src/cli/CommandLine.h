@@ -12,5 +12,8 @@ namespace korvane {
 // command or option, a stray argument or a bad value. The program's main()
 // passes its own streams; tests pass buffers.
 int runCommandLine(const std::vector<std::string>& arguments, std::ostream& out, std::ostream& err);
+// The same with `in` as standard input, which `korvane map` reads.
+int runCommandLine(const std::vector<std::string>& arguments, std::istream& in, std::ostream& out,
+                   std::ostream& err);
 
 } // namespace korvane

@@ -29,6 +29,8 @@ class CommandLineSession {
     ~CommandLineSession();
 
     CollectorModel& model() { return *model_; }
+    // For what must outlive a stretch of the model's life, as a plugging session does.
+    std::shared_ptr<CollectorModel> sharedModel() { return model_; }
     RunLoopScheduler& scheduler() { return scheduler_; }
     const RegistrySource& registry() const { return *registry_; }
 

@@ -46,11 +46,20 @@ struct SnapshotOptions {
     bool force = false; // an existing output file written over
 };
 
+struct MapCommandOptions {
+    RegistryChoice source;
+    std::optional<std::filesystem::path> map;
+    std::optional<std::filesystem::path> saveMap;
+    std::string model; // the target Mac model; empty: the map's or none
+};
+
 int runScan(const ScanOptions& options, CommandStreams streams);
 int runWatch(const ScanOptions& options, CommandStreams streams);
 int runGenerate(const GenerateOptions& options, CommandStreams streams);
 int runSnapshot(const SnapshotOptions& options, CommandStreams streams);
 int runUpdateIDs(CommandStreams streams);
 int runPaths(CommandStreams streams);
+// Map by plugging: names for the sockets are read from `in`, a line each.
+int runMap(const MapCommandOptions& options, CommandStreams streams, std::istream& in);
 
 } // namespace korvane

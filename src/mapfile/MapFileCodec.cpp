@@ -164,6 +164,12 @@ void readPort(const std::string& key, const json& value, MappingSession& session
     if (value.contains("note")) {
         port.note = portText(value["note"], where + " note");
     }
+    if (value.contains("socket")) {
+        port.socket = text(value["socket"], where + " socket");
+        if (const auto problem = controlCharacterProblem(port.socket)) {
+            throw Damage{where + " socket is refused: " + *problem};
+        }
+    }
     if (value.contains("seen")) {
         const json& seen = object(value["seen"], where + " seen");
         std::string device = text(member(seen, "device", where + " seen"), where + " seen device");
@@ -292,6 +298,9 @@ std::string mapFileText(const USBMapFile& map) {
         }
         if (!entry.note.empty()) {
             port["note"] = entry.note;
+        }
+        if (!entry.socket.empty()) {
+            port["socket"] = entry.socket;
         }
         if (entry.sighting) {
             port["seen"] = discoveryJSON(*entry.sighting);

@@ -28,6 +28,11 @@ struct SessionPort {
     std::string nickname{};
     // The user's remark about the socket ("behind the card reader"); empty when none.
     std::string note{};
+    // The socket on the case this port was found in by plugging: the key of
+    // the port the first device landed on, shared by every port of that
+    // socket (its companion, the other SuperSpeed port of a Type-C socket).
+    // Empty when plugging has not placed the port.
+    std::string socket{};
     std::optional<PortDiscovery> sighting{};
 
     // Nothing said about the port: the session holds no entry for it.

@@ -34,9 +34,10 @@ USBMapFile everyField() {
     set(hs01, {.selected = true,
                .connector = 10,
                .nickname = "rear, blue, top",
+               .socket = hs01,
                .sighting =
                    PortDiscovery{"SanDisk Ultra", std::chrono::sys_days(2026y / 11 / 22) + 13h + 3min + 9s}});
-    set(ss01, {.selected = true, .nickname = "links – vorne ⚡"});
+    set(ss01, {.selected = true, .nickname = "links – vorne ⚡", .socket = hs01});
     set(hs14, {.connector = 255, .note = "behind the card reader"});
     set("1b36:000d|S20|4|HS02|02000000",
         {.sighting = PortDiscovery{"QEMU USB Tablet", std::chrono::sys_days(2025y / 1 / 1)}});
@@ -89,6 +90,8 @@ TEST(MapFileCodec, RefusesWhatIsNotAWholeMapOfThisVersionWithOneReason) {
          "nickname is refused: it is longer than 64 characters)"},
         {"escape in a key", replaced("|HS14|", "|HS14\\u009b|"), MapFileProblem::damaged,
          "a port key is refused: it holds a control character (U+009B))"},
+        {"escape in a socket", replaced("\"socket\": \"8086", "\"socket\": \"\\u001b8086"),
+         MapFileProblem::damaged, "socket is refused: it holds a control character (U+001B))"},
         {"escape in a device", replaced("QEMU USB", "QEMU\\u0007USB"), MapFileProblem::damaged,
          "seen device is refused"},
         {"deep", std::string(100, '[') + "\"korvane-port-map\"", MapFileProblem::damaged,

@@ -1,0 +1,211 @@
+#include "collector/PluggingSession.h"
+
+#include "mapfile/MapFileCodec.h"
+#include "support/ModelFixture.h"
+
+#include <fstream>
+#include <gmock/gmock.h>
+
+namespace korvane {
+namespace {
+
+namespace fs = std::filesystem;
+using testing::ElementsAre;
+using testing::ElementsAreArray;
+using testing::HasSubstr;
+
+// XHC1: HS01..HS06 and SS01..SS04, each SS port the companion of the HS
+// port of its number; Bluetooth on HS05 from the start.
+USBControllerMap xhc1(const std::map<std::string, std::string>& devices) {
+    auto controller = makeController("XHC1", 0x8086, 0xa36d);
+    for (std::uint32_t i = 1; i <= 6; ++i) {
+        controller.ports.push_back(makePort("HS0" + std::to_string(i), i));
+    }
+    for (std::uint32_t i = 1; i <= 4; ++i) {
+        controller.ports.push_back(makePort("SS0" + std::to_string(i), 16 + i));
+    }
+    for (std::size_t i = 0; i < 4; ++i) {
+        controller.ports[i].companionKey = usbPortStableID(controller, controller.ports[6 + i]);
+        controller.ports[6 + i].companionKey = usbPortStableID(controller, controller.ports[i]);
+    }
+    for (auto& port : controller.ports) {
+        if (const auto device = devices.find(port.name); device != devices.end()) {
+            port.activeDevice = device->second;
+        }
+    }
+    return controller;
+}
+
+class PluggingSessionTest : public ModelFixture {
+  protected:
+    // With `resumed`, the map file is opened first, as a resumed session is.
+    void start(bool resumed = false) {
+        scanShowing({xhc1(devices)});
+        model->startUSBHotplugMonitoring();
+        if (resumed) {
+            ASSERT_TRUE(model->openMap(mapFile).succeeded);
+        }
+        plugging = std::make_unique<PluggingSession>(model, mapFile);
+        plugging->onSighting = [this](const PlugSighting& sighting) { transcript.push_back(sighting.text); };
+        plugging->onSaveFailure = [this](const std::string& reason) { transcript.push_back("! " + reason); };
+    }
+
+    // "+SS01 Stick" plugs a device in, "-SS01" takes it out (each a hotplug
+    // event and the refresh after the debounce), "=rear" answers the prompt,
+    // "@HS01 front" names a port as the window would.
+    void run(const std::vector<std::string>& steps) {
+        for (const auto& step : steps) {
+            const std::string rest = step.substr(1);
+            const auto space = rest.find(' ');
+            if (step[0] == '=') {
+                transcript.push_back(plugging->nameSocket(rest));
+                continue;
+            }
+            if (step[0] == '@') {
+                const auto& controller = model->scannedControllers().front();
+                for (const auto& port : controller.ports) {
+                    if (port.name == rest.substr(0, space)) {
+                        model->setNickname(controller, port, rest.substr(space + 1));
+                    }
+                }
+                continue;
+            }
+            if (step[0] == '+') {
+                devices[rest.substr(0, space)] = rest.substr(space + 1);
+            } else {
+                devices.erase(rest);
+            }
+            scans.push_back({{xhc1(devices)}});
+            hotplug->onChange();
+            scheduler.advance(PluggingSessionTest::debounce);
+        }
+    }
+
+    static constexpr Scheduler::Seconds debounce{0.2};
+    fs::path mapFile = home.path() / "plugging.korvanemap";
+    std::map<std::string, std::string> devices{{"HS05", "Bluetooth"}};
+    std::unique_ptr<PluggingSession> plugging;
+    std::vector<std::string> transcript;
+};
+
+struct PluggingCase {
+    std::string title;
+    std::vector<std::string> steps;
+    std::vector<std::string> transcript;
+    std::vector<std::string> summary;
+};
+
+TEST_F(PluggingSessionTest, EachArrivalNamesItsSocketAndTheNamesJoinAndTypeThem) {
+    const std::string neverSeen = "Never seen (uncheck them to leave them out): ";
+    const std::string internal =
+        "In use from the start and never replugged, so likely built in (type them Internal, 255): XHC1 HS05 "
+        "(Bluetooth)";
+    const std::vector<PluggingCase> cases = {
+        {"a USB 3 device, then a USB 2 device into the same socket",
+         {"+SS01 Stick", "=rear", "-SS01", "+HS01 Mouse"},
+         {"Seen: SS01 (with HS01) on XHC1: Stick", "Named \"rear\".",
+          "Seen: HS01 (with SS01) on XHC1: Mouse: the other half of \"rear\"."},
+         {"1 socket:", "  \"rear\": XHC1 HS01, XHC1 SS01; USB3 (3)",
+          neverSeen + "XHC1 HS02, XHC1 HS03, XHC1 HS04, XHC1 HS06, XHC1 SS02, XHC1 SS03, XHC1 SS04",
+          internal}},
+        {"two SuperSpeed ports named as one socket: Type-C without switch",
+         {"+SS03 Stick", "=C left", "-SS03", "+SS04 Stick", "=C left"},
+         {"Seen: SS03 (with HS03) on XHC1: Stick", "Named \"C left\".",
+          "Seen: SS04 (with HS04) on XHC1: Stick",
+          "Same socket as \"C left\": XHC1 HS03, XHC1 HS04, XHC1 SS03, XHC1 SS04, Type-C (10)."},
+         {"1 socket:", "  \"C left\": XHC1 HS03, XHC1 HS04, XHC1 SS03, XHC1 SS04; Type-C (10)",
+          neverSeen + "XHC1 HS01, XHC1 HS02, XHC1 HS06, XHC1 SS01, XHC1 SS02", internal}},
+        {"the same SuperSpeed port both ways: Type-C with switch; Bluetooth replugged is no longer internal",
+         {"+SS02 Stick", "=front", "-SS02", "+SS02 Stick", "=front", "-HS05", "+HS05 Bluetooth", "="},
+         {"Seen: SS02 (with HS02) on XHC1: Stick", "Named \"front\".",
+          "Seen: SS02 (with HS02) on XHC1: Stick, again: \"front\". The same socket turned over? Give its "
+          "name again.",
+          "Same socket as \"front\": XHC1 HS02, XHC1 SS02, Type-C+Sw (9).", "Seen: HS05 on XHC1: Bluetooth",
+          "The socket of XHC1 HS05 has no name."},
+         {"2 sockets:", "  \"front\": XHC1 HS02, XHC1 SS02; Type-C+Sw (9)",
+          "  (no name): XHC1 HS05; USB3 (3)",
+          neverSeen + "XHC1 HS01, XHC1 HS03, XHC1 HS04, XHC1 HS06, XHC1 SS01, XHC1 SS03, XHC1 SS04"}},
+        {"a name one half had before plugging becomes the socket's when none is given",
+         {"@HS01 front panel", "+SS01 Stick", "="},
+         {"Seen: SS01 (with HS01) on XHC1: Stick", "The socket of XHC1 SS01 keeps the name \"front panel\"."},
+         {"1 socket:", "  \"front panel\": XHC1 HS01, XHC1 SS01; USB3 (3)",
+          neverSeen + "XHC1 HS02, XHC1 HS03, XHC1 HS04, XHC1 HS06, XHC1 SS02, XHC1 SS03, XHC1 SS04",
+          internal}},
+        {"a replug left unanswered changes nothing; a refused name is asked again",
+         {"+SS01 Stick", "=rear\x1b[2J", "=rear", "-SS01", "+SS01 Stick", "="},
+         {"Seen: SS01 (with HS01) on XHC1: Stick",
+          "That name can't be used: it holds a control character (U+001B). Give another, or an empty line.",
+          "Named \"rear\".",
+          "Seen: SS01 (with HS01) on XHC1: Stick, again: \"rear\". The same socket turned over? Give its "
+          "name "
+          "again.",
+          "The socket stays as it was."},
+         {"1 socket:", "  \"rear\": XHC1 HS01, XHC1 SS01; USB3 (3)",
+          neverSeen + "XHC1 HS02, XHC1 HS03, XHC1 HS04, XHC1 HS06, XHC1 SS02, XHC1 SS03, XHC1 SS04",
+          internal}},
+    };
+    for (const auto& each : cases) {
+        SCOPED_TRACE(each.title);
+        SetUp();
+        start();
+        run(each.steps);
+        EXPECT_THAT(transcript, ElementsAreArray(each.transcript));
+        EXPECT_FALSE(plugging->isAwaitingName());
+        EXPECT_THAT(plugging->summaryLines(), ElementsAreArray(each.summary));
+        // What the summary says is what the file holds.
+        const auto saved = readMapFile(mapFile);
+        ASSERT_TRUE(saved.map) << saved.reason;
+        EXPECT_EQ(saved.map->session, model->session());
+        plugging.reset();
+        transcript.clear();
+        devices = {{"HS05", "Bluetooth"}};
+        scans.clear();
+    }
+}
+
+TEST_F(PluggingSessionTest, ProgressAndBudgetAreToldAndTheInternalOfferIsTaken) {
+    start();
+    EXPECT_THAT(plugging->startLines(),
+                ElementsAre("XHC1: 10 ports, 1 of 15 kept", std::string(PluggingSession::instruction) + "."));
+    run({"+SS01 Stick", "=rear"});
+    EXPECT_EQ(plugging->progressText(), "1 socket found; ports kept: XHC1 3 of 15; not seen yet: 7 ports");
+    EXPECT_THAT(plugging->keepCandidatesAsInternal(), ElementsAre("XHC1 HS05 (Bluetooth)"));
+    EXPECT_EQ(readMapFile(mapFile).map->session.port(usbPortStableID(xhc1({}), xhc1({}).ports[4])).connector,
+              connector::internal);
+}
+
+TEST_F(PluggingSessionTest, OverTheBudgetTheSummaryNamesThePortsNoSocketUses) {
+    auto big = makeController("XHC2", 0x8086, 0xa36d, makePorts(18, 18));
+    scanShowing({big});
+    plugging = std::make_unique<PluggingSession>(model, mapFile);
+    EXPECT_EQ(
+        plugging->summaryLines().back(),
+        "XHC2 would be written with 18 ports, and macOS uses at most 15: uncheck 3 of HS01, HS02, HS03, "
+        "HS04, HS05, HS06, HS07, HS08, HS09, HS10, HS11, HS12, HS13, HS14, HS15, HS16, HS17, HS18.");
+}
+
+TEST_F(PluggingSessionTest, AMapSavedMidwayResumesItsSockets) {
+    start();
+    run({"+SS01 Stick", "=rear"});
+    plugging.reset();
+    transcript.clear();
+    SetUp();
+    start(true);
+    run({"+HS01 Mouse"});
+    EXPECT_THAT(transcript,
+                ElementsAre("Seen: HS01 (with SS01) on XHC1: Mouse: the other half of \"rear\"."));
+}
+
+TEST_F(PluggingSessionTest, AFailedSaveIsToldAndPluggingGoesOn) {
+    std::ofstream(home.path() / "file") << "x";
+    mapFile = home.path() / "file" / "plugging.korvanemap";
+    start();
+    run({"+SS01 Stick", "=rear"});
+    ASSERT_EQ(transcript.size(), 4u);
+    EXPECT_THAT(transcript[0], HasSubstr("plugging.korvanemap"));
+    EXPECT_EQ(transcript[1], "Seen: SS01 (with HS01) on XHC1: Stick");
+    EXPECT_EQ(transcript[3], "Named \"rear\".");
+}
+
+} // namespace
+} // namespace korvane
