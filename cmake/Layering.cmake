@@ -4,7 +4,7 @@
 # library, directly or through another library it links, names one of them.
 
 set(KORVANE_CORE_LIBRARIES
-  korvane_records korvane_tools korvane_ids korvane_scanner korvane_savedregistry
+  korvane_base korvane_records korvane_tools korvane_ids korvane_scanner korvane_savedregistry
   korvane_dumpscan korvane_package korvane_mapfile korvane_collector)
 set(KORVANE_FRONT_LIBRARIES korvane_platform korvane_live korvane_app korvane_cli_front korvane_ui)
 

@@ -1,10 +1,10 @@
 // Parsing a whole-machine-sized dump (WholeMachineDump), timed against
 // `grep -c '+-o'` over the same file as the floor of any line scan.
 
+#include "base/FileIO.h"
 #include "bench/support/WholeMachineDump.h"
 #include "dumpscan/DumpParser.h"
 #include "dumpscan/USBTreeScanner.h"
-#include "records/FileIO.h"
 #include "support/BuildTree.h"
 #include "tools/ProcessRunner.h"
 

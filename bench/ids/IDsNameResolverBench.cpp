@@ -1,6 +1,6 @@
+#include "base/FileIO.h"
 #include "ids/IDsDatabaseText.h"
 #include "ids/IDsNameResolver.h"
-#include "records/FileIO.h"
 #include "support/BuildTree.h"
 
 #include <algorithm>

@@ -41,7 +41,7 @@ USBMapFile session(const std::vector<USBControllerMap>& scanned) {
                 entry = {.selected = true,
                          .connector = 10,
                          .nickname = "rear, blue, top",
-                         .sighting = PortDiscovery{"SanDisk Ultra", std::chrono::system_clock::now()}};
+                         .sighting = PortSighting{"SanDisk Ultra", std::chrono::system_clock::now()}};
             });
         }
     }

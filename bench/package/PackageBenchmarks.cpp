@@ -1,11 +1,11 @@
 // What a generation costs: the package for a machine with four busy
 // controllers, tool runs and file writes included, and its parts alone.
 
+#include "base/FileIO.h"
 #include "package/KextInfoPlist.h"
 #include "package/KextPackageWriter.h"
 #include "package/OutputSanitizer.h"
 #include "package/SensitiveTextRedaction.h"
-#include "records/FileIO.h"
 #include "support/BuildTree.h"
 
 #include <benchmark/benchmark.h>

@@ -1,4 +1,4 @@
-#include "records/FileIO.h"
+#include "base/FileIO.h"
 #include "savedregistry/IORegTextParser.h"
 #include "savedregistry/SnapshotCodec.h"
 

@@ -1,7 +1,7 @@
 #include "bench/support/WholeMachineDump.h"
 
+#include "base/FileIO.h"
 #include "dumpscan/DumpText.h"
-#include "records/FileIO.h"
 
 #include <stdexcept>
 #include <unistd.h>

@@ -1,7 +1,7 @@
 #include "app/UserSettings.h"
 
+#include "base/FileIO.h"
 #include "platform/PlatformFolders.h"
-#include "records/FileIO.h"
 
 #include <nlohmann/json.hpp>
 

@@ -1,7 +1,7 @@
 #include "cli/MapSessionOptions.h"
 
+#include "base/Text.h"
 #include "cli/CommandLineSession.h"
-#include "records/Text.h"
 
 #include <ostream>
 

@@ -2,7 +2,7 @@
 
 #include "collector/PortBudget.h"
 #include "mapfile/MapFileCodec.h"
-#include "mapfile/PortDiscovery.h"
+#include "mapfile/PortSighting.h"
 #include "package/ControllerContribution.h"
 #include "records/Connector.h"
 #include "records/PCIIdentityText.h"
@@ -102,7 +102,7 @@ namespace {
 nlohmann::json seenJSON(const CollectorModel& model, const USBControllerMap& controller,
                         const USBPortMap& port) {
     const auto& sighting = model.portSession(controller, port).sighting;
-    return sighting ? discoveryJSON(*sighting) : nlohmann::json(nullptr);
+    return sighting ? sightingJSON(*sighting) : nlohmann::json(nullptr);
 }
 
 } // namespace

@@ -1,14 +1,14 @@
 #include "collector/CollectorModel.h"
 
+#include "base/FileIO.h"
+#include "base/Text.h"
 #include "package/InstallGuide.h"
 #include "package/KextPackageWriter.h"
 #include "package/MergePersonalityNames.h"
 #include "package/OutputSanitizer.h"
 #include "package/SensitiveTextRedaction.h"
 #include "records/CollectorError.h"
-#include "records/FileIO.h"
 #include "records/MacModel.h"
-#include "records/Text.h"
 #include "tools/ProcessRunner.h"
 
 #include <ctime>

@@ -112,7 +112,7 @@ class CollectorModel : public std::enable_shared_from_this<CollectorModel> {
     // The user's names for sockets, and the last device seen in each port
     // (also after it left), by port key.
     std::map<std::string, std::string> portNicknames() const;
-    std::map<std::string, PortDiscovery> portDiscoveries() const;
+    std::map<std::string, PortSighting> portSightings() const;
     // The map file this session was last opened from or saved to.
     const std::optional<std::filesystem::path>& mapFileURL() const { return mapFileURL_; }
     // Whether closing now would lose work: anything that differs from the

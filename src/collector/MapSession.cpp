@@ -1,13 +1,13 @@
 // The session's side of the model: sockets' nicknames, what was seen in
 // each port, and map files (open, save, import of an existing package).
 
+#include "base/Text.h"
 #include "collector/CollectorModel.h"
 #include "mapfile/MapFileCodec.h"
 #include "mapfile/MapMatching.h"
 #include "mapfile/PortMapPackage.h"
 #include "records/CollectorError.h"
 #include "records/MacModel.h"
-#include "records/Text.h"
 
 #include <map>
 
@@ -53,8 +53,8 @@ std::map<std::string, std::string> CollectorModel::portNicknames() const {
     return nicknames;
 }
 
-std::map<std::string, PortDiscovery> CollectorModel::portDiscoveries() const {
-    std::map<std::string, PortDiscovery> sightings;
+std::map<std::string, PortSighting> CollectorModel::portSightings() const {
+    std::map<std::string, PortSighting> sightings;
     for (const auto& [key, port] : session_.ports()) {
         if (port.sighting) {
             sightings.emplace_hint(sightings.end(), key, *port.sighting);

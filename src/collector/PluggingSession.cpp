@@ -1,8 +1,8 @@
 #include "collector/PluggingSession.h"
 
+#include "base/Text.h"
 #include "collector/PortBudget.h"
 #include "records/Connector.h"
-#include "records/Text.h"
 
 #include <algorithm>
 #include <utility>

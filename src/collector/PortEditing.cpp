@@ -1,9 +1,9 @@
 // The port editor's side of the model: scans for editing, selection,
 // connector choices and the port limit warning.
 
+#include "base/Text.h"
 #include "collector/CollectorModel.h"
 #include "package/LegacyUSBPortTemplate.h"
-#include "records/Text.h"
 
 #include <string_view>
 

@@ -1,7 +1,7 @@
 #include "collector/TargetModelResolver.h"
 
+#include "base/Text.h"
 #include "records/MacModel.h"
-#include "records/Text.h"
 
 namespace korvane {
 

@@ -1,11 +1,11 @@
 #include "dumpscan/DumpParser.h"
 
+#include "base/ASCIIText.h"
+#include "base/Text.h"
 #include "dumpscan/DumpPatterns.h"
 #include "dumpscan/DumpPropertyReaders.h"
-#include "records/ASCIIText.h"
 #include "records/Connector.h"
 #include "records/PCIIdentityText.h"
-#include "records/Text.h"
 #include "scanner/PropertyReaders.h"
 
 #include <algorithm>

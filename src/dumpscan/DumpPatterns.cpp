@@ -1,8 +1,8 @@
 #include "dumpscan/DumpPatterns.h"
 
+#include "base/ASCIIText.h"
+#include "base/Text.h"
 #include "dumpscan/DumpText.h"
-#include "records/ASCIIText.h"
-#include "records/Text.h"
 
 #include <algorithm>
 #include <array>

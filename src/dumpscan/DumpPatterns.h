@@ -5,7 +5,7 @@
 // The expressions are ICU's, case-insensitive, and backtrack; each helper here
 // says what it does to keep a crafted line or block linear.
 
-#include "records/RegularExpression.h"
+#include "base/RegularExpression.h"
 
 #include <functional>
 #include <optional>

@@ -1,9 +1,9 @@
 #include "dumpscan/DumpPropertyReaders.h"
 
-#include "records/ASCIIText.h"
+#include "base/ASCIIText.h"
+#include "base/RegularExpression.h"
+#include "base/Text.h"
 #include "records/PortNumber.h"
-#include "records/RegularExpression.h"
-#include "records/Text.h"
 #include "scanner/PropertyReaders.h"
 
 #include <array>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "records/ByteBuffer.h"
+#include "base/ByteBuffer.h"
 
 #include <cstdint>
 #include <optional>

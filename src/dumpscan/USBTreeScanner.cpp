@@ -1,7 +1,7 @@
 #include "dumpscan/USBTreeScanner.h"
 
+#include "base/Text.h"
 #include "dumpscan/DumpParser.h"
-#include "records/Text.h"
 #include "savedregistry/SavedRegistry.h"
 #include "scanner/NativeUSBTreeScanner.h"
 #include "tools/ProcessRunner.h"

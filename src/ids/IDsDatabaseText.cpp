@@ -1,6 +1,6 @@
 #include "ids/IDsDatabaseText.h"
 
-#include "records/Text.h"
+#include "base/Text.h"
 
 #include <unicode/uchar.h>
 #include <unicode/utf8.h>

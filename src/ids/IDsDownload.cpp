@@ -1,8 +1,8 @@
 #include "ids/IDsDownload.h"
 
+#include "base/FileIO.h"
+#include "base/Text.h"
 #include "records/CollectorError.h"
-#include "records/FileIO.h"
-#include "records/Text.h"
 
 #include <curl/curl.h>
 #include <memory>

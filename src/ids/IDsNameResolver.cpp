@@ -1,7 +1,7 @@
 #include "ids/IDsNameResolver.h"
 
+#include "base/FileIO.h"
 #include "ids/IDsDatabaseText.h"
-#include "records/FileIO.h"
 #include "records/PCIIdentityText.h"
 
 #include <system_error>

@@ -1,7 +1,7 @@
 #include "mapfile/MapFileCodec.h"
 
+#include "base/FileIO.h"
 #include "records/Connector.h"
-#include "records/FileIO.h"
 
 #include <cerrno>
 #include <charconv>
@@ -176,7 +176,7 @@ void readPort(const std::string& key, const json& value, MappingSession& session
         if (const auto problem = controlCharacterProblem(device)) {
             throw Damage{where + " seen device is refused: " + *problem};
         }
-        port.sighting = PortDiscovery{
+        port.sighting = PortSighting{
             std::move(device), parseTime(text(member(seen, "lastSeen", where + " seen"), where + " lastSeen"),
                                          where + " lastSeen")};
     }
@@ -270,8 +270,8 @@ nlohmann::json controllerIdentityJSON(const USBControllerMap& controller) {
             {"usbDeviceName", controller.usbDeviceName}};
 }
 
-nlohmann::json discoveryJSON(const PortDiscovery& discovery) {
-    return {{"device", discovery.deviceName}, {"lastSeen", utcTimeText(discovery.lastSeen)}};
+nlohmann::json sightingJSON(const PortSighting& sighting) {
+    return {{"device", sighting.deviceName}, {"lastSeen", utcTimeText(sighting.lastSeen)}};
 }
 
 std::string mapFileText(const USBMapFile& map) {
@@ -303,7 +303,7 @@ std::string mapFileText(const USBMapFile& map) {
             port["socket"] = entry.socket;
         }
         if (entry.sighting) {
-            port["seen"] = discoveryJSON(*entry.sighting);
+            port["seen"] = sightingJSON(*entry.sighting);
         }
         ports[key] = std::move(port);
     }

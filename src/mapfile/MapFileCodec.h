@@ -39,7 +39,7 @@ std::string mapFileText(const USBMapFile& map);
 nlohmann::json controllerIdentityJSON(const USBControllerMap& controller);
 
 // A sighting as map files and `--json` write it: device and lastSeen (UTC).
-nlohmann::json discoveryJSON(const PortDiscovery& discovery);
+nlohmann::json sightingJSON(const PortSighting& sighting);
 
 // Reads and parses the file; a file that can't be read, isn't a regular file
 // or is far too large is refused as unreadable. Never throws.

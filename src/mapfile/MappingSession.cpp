@@ -1,6 +1,6 @@
 #include "mapfile/MappingSession.h"
 
-#include "records/Text.h"
+#include "base/Text.h"
 
 #include <cstdio>
 
@@ -95,7 +95,7 @@ void MappingSession::sawDevices(const std::map<std::string, std::string>& device
     for (const auto& [key, device] : devices) {
         edit(key, [&](SessionPort& port) {
             port.selected = true;
-            port.sighting = PortDiscovery{device, when};
+            port.sighting = PortSighting{device, when};
         });
     }
 }

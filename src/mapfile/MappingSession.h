@@ -1,6 +1,6 @@
 #pragma once
 
-#include "mapfile/PortDiscovery.h"
+#include "mapfile/PortSighting.h"
 
 #include <chrono>
 #include <cstdint>
@@ -33,7 +33,7 @@ struct SessionPort {
     // socket (its companion, the other SuperSpeed port of a Type-C socket).
     // Empty when plugging has not placed the port.
     std::string socket{};
-    std::optional<PortDiscovery> sighting{};
+    std::optional<PortSighting> sighting{};
 
     // Nothing said about the port: the session holds no entry for it.
     bool isBlank() const { return *this == SessionPort{}; }

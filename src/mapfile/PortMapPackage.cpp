@@ -1,7 +1,7 @@
 #include "mapfile/PortMapPackage.h"
 
-#include "records/ByteBuffer.h"
-#include "records/FileIO.h"
+#include "base/ByteBuffer.h"
+#include "base/FileIO.h"
 #include "savedregistry/GuardedPropertyList.h"
 
 #include <fstream>

@@ -1,9 +1,9 @@
 #include "package/GenerationReport.h"
 
+#include "base/Text.h"
 #include "package/PersonalityNames.h"
 #include "package/PortsToWrite.h"
 #include "records/PCIIdentityText.h"
-#include "records/Text.h"
 
 #include <array>
 

@@ -1,12 +1,12 @@
 #include "package/InstallGuide.h"
 
+#include "base/Text.h"
 #include "package/LegacyUSBPortTemplate.h"
 #include "package/PackageConstants.h"
 #include "package/PortsToWrite.h"
 #include "records/PCIIdentityText.h"
 #include "records/PortNumber.h"
 #include "records/PortPlace.h"
-#include "records/Text.h"
 
 #include <set>
 

@@ -1,9 +1,9 @@
 #include "package/KextPackageWriter.h"
 
+#include "base/FileIO.h"
 #include "package/GenerationReport.h"
 #include "package/KextInfoPlist.h"
 #include "package/PackageConstants.h"
-#include "records/FileIO.h"
 #include "tools/ProcessRunner.h"
 #include "tools/PropertyList.h"
 

@@ -1,9 +1,9 @@
 #include "package/OutputSanitizer.h"
 
+#include "base/ASCIIText.h"
+#include "base/FileIO.h"
+#include "base/Text.h"
 #include "package/SensitiveTextRedaction.h"
-#include "records/ASCIIText.h"
-#include "records/FileIO.h"
-#include "records/Text.h"
 #include "tools/ProcessRunner.h"
 
 #include <array>

@@ -1,7 +1,7 @@
 #include "package/PersonalityNames.h"
 
+#include "base/Text.h"
 #include "records/PCIIdentityText.h"
-#include "records/Text.h"
 
 #include <algorithm>
 #include <cinttypes>

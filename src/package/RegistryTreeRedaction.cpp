@@ -1,7 +1,7 @@
 #include "package/RegistryTreeRedaction.h"
 
+#include "base/ASCIIText.h"
 #include "package/SensitiveTextRedaction.h"
-#include "records/ASCIIText.h"
 
 #include <array>
 #include <string_view>

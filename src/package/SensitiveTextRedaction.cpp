@@ -1,7 +1,7 @@
 #include "package/SensitiveTextRedaction.h"
 
-#include "records/ASCIIText.h"
-#include "records/RegularExpression.h"
+#include "base/ASCIIText.h"
+#include "base/RegularExpression.h"
 
 #include <algorithm>
 #include <array>

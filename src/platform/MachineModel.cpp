@@ -1,6 +1,6 @@
 #include "platform/MachineModel.h"
 
-#include "records/Text.h"
+#include "base/Text.h"
 #include "tools/ProcessRunner.h"
 
 namespace korvane {

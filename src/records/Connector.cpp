@@ -1,6 +1,6 @@
 #include "records/Connector.h"
 
-#include "records/Text.h"
+#include "base/Text.h"
 
 namespace korvane {
 

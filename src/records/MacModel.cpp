@@ -1,6 +1,6 @@
 #include "records/MacModel.h"
 
-#include "records/RegularExpression.h"
+#include "base/RegularExpression.h"
 
 namespace korvane {
 

@@ -1,6 +1,6 @@
 #include "records/PortNumber.h"
 
-#include "records/Text.h"
+#include "base/Text.h"
 
 #include <algorithm>
 #include <climits>

@@ -1,6 +1,6 @@
 #include "savedregistry/IORegValueParser.h"
 
-#include "records/Text.h"
+#include "base/Text.h"
 #include "savedregistry/RegistryText.h"
 #include "savedregistry/SavedRegistryLimits.h"
 

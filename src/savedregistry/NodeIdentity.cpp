@@ -1,6 +1,6 @@
 #include "savedregistry/NodeIdentity.h"
 
-#include "records/Text.h"
+#include "base/Text.h"
 #include "scanner/PropertyReaders.h"
 
 namespace korvane {

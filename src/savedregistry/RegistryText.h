@@ -1,6 +1,6 @@
 #pragma once
 
-#include "records/Text.h"
+#include "base/Text.h"
 
 #include <string_view>
 

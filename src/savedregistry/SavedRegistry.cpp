@@ -1,6 +1,6 @@
 #include "savedregistry/SavedRegistry.h"
 
-#include "records/FileIO.h"
+#include "base/FileIO.h"
 #include "savedregistry/IORegTextParser.h"
 #include "savedregistry/SavedRegistryLimits.h"
 #include "savedregistry/SnapshotCodec.h"

@@ -1,6 +1,6 @@
 #include "savedregistry/SnapshotCodec.h"
 
-#include "records/FileIO.h"
+#include "base/FileIO.h"
 #include "savedregistry/GuardedPropertyList.h"
 #include "savedregistry/NodeIdentity.h"
 #include "savedregistry/RegistryText.h"

@@ -1,8 +1,8 @@
 #include "scanner/AttachedDeviceNames.h"
 
-#include "records/ASCIIText.h"
+#include "base/ASCIIText.h"
+#include "base/Text.h"
 #include "records/PCIIdentityText.h"
-#include "records/Text.h"
 #include "scanner/ControllerDiscovery.h"
 #include "scanner/PortDiscovery.h"
 #include "scanner/PropertyReaders.h"

@@ -1,7 +1,7 @@
 #include "scanner/ControllerDiscovery.h"
 
-#include "records/RegularExpression.h"
-#include "records/Text.h"
+#include "base/RegularExpression.h"
+#include "base/Text.h"
 #include "scanner/PropertyReaders.h"
 
 #include <algorithm>

@@ -1,4 +1,4 @@
-#include "records/ASCIIText.h"
+#include "base/ASCIIText.h"
 #include "scanner/PropertyReaders.h"
 
 #include <algorithm>

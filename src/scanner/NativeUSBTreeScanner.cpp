@@ -1,6 +1,6 @@
 #include "scanner/NativeUSBTreeScanner.h"
 
-#include "records/ASCIIText.h"
+#include "base/ASCIIText.h"
 #include "records/PCIIdentityText.h"
 #include "scanner/ControllerDiscovery.h"
 #include "scanner/LinuxTreeKeys.h"

@@ -1,7 +1,7 @@
 #include "scanner/PlatformModel.h"
 
+#include "base/Text.h"
 #include "records/MacModel.h"
-#include "records/Text.h"
 #include "scanner/PropertyReaders.h"
 
 #include <deque>

@@ -1,9 +1,9 @@
 #include "scanner/PortDiscovery.h"
 
-#include "records/ASCIIText.h"
+#include "base/ASCIIText.h"
+#include "base/RegularExpression.h"
+#include "base/Text.h"
 #include "records/Connector.h"
-#include "records/RegularExpression.h"
-#include "records/Text.h"
 #include "scanner/AttachedDeviceNames.h"
 #include "scanner/LinuxTreeKeys.h"
 #include "scanner/PropertyReaders.h"

@@ -1,6 +1,6 @@
 #include "scanner/PropertyReaders.h"
 
-#include "records/Text.h"
+#include "base/Text.h"
 
 #include <algorithm>
 #include <cstdio>

@@ -1,7 +1,7 @@
 #include "tools/ProcessRunner.h"
 
+#include "base/Text.h"
 #include "records/CollectorError.h"
-#include "records/Text.h"
 #include "tools/ChildProcess.h"
 
 #include <cerrno>

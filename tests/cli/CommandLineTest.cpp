@@ -1,7 +1,7 @@
 #include "cli/CommandLine.h"
 
+#include "base/FileIO.h"
 #include "mapfile/PortMapPackage.h"
-#include "records/FileIO.h"
 #include "support/Golden.h"
 #include "support/TempFolder.h"
 #include "support/TestData.h"

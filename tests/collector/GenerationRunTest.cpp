@@ -1,4 +1,4 @@
-#include "records/FileIO.h"
+#include "base/FileIO.h"
 #include "support/FakeTool.h"
 #include "support/Golden.h"
 #include "support/ModelFixture.h"

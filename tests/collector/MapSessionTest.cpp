@@ -1,5 +1,5 @@
+#include "base/FileIO.h"
 #include "mapfile/MapFileCodec.h"
-#include "records/FileIO.h"
 #include "support/ModelFixture.h"
 #include "support/TestData.h"
 
@@ -75,7 +75,7 @@ TEST_F(MapSessionTest, AMapFromAnotherMachineRestoresWhatMatchesAndKeepsTheRest)
     EXPECT_THAT(outcome.details, ElementsAre(key(0, other) + " \"front\"", key(1, other)));
     EXPECT_TRUE(model->isPortSelected(xhc1, xhc1.ports[1]));
     EXPECT_FALSE(model->isPortSelected(xhc1, xhc1.ports[0])) << "the map's selection, not the active ports";
-    EXPECT_EQ(model->portDiscoveries().size(), 1u) << "what this session saw stays";
+    EXPECT_EQ(model->portSightings().size(), 1u) << "what this session saw stays";
 
     ASSERT_TRUE(model->saveMap(file("again.korvanemap")).succeeded);
     const auto again = readMapFile(file("again.korvanemap")).map;

@@ -1,6 +1,6 @@
 #include "dumpscan/DumpPatterns.h"
 
-#include "records/Text.h"
+#include "base/Text.h"
 
 #include <gtest/gtest.h>
 #include <memory>

@@ -1,6 +1,6 @@
 #include "dumpscan/USBTreeScanner.h"
 
-#include "records/FileIO.h"
+#include "base/FileIO.h"
 #include "support/BuildTree.h"
 #include "support/FakeTool.h"
 #include "support/Golden.h"

@@ -1,6 +1,6 @@
 #include "ids/IDsDatabaseManager.h"
 
-#include "records/FileIO.h"
+#include "base/FileIO.h"
 #include "support/TempFolder.h"
 
 #include <gtest/gtest.h>

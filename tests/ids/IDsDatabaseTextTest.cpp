@@ -1,7 +1,7 @@
 #include "ids/IDsDatabaseText.h"
 
-#include "records/FileIO.h"
-#include "records/Text.h"
+#include "base/FileIO.h"
+#include "base/Text.h"
 #include "support/BuildTree.h"
 #include "support/TestData.h"
 

@@ -1,8 +1,8 @@
 #include "ids/IDsDownload.h"
 
 #include "LoopbackServer.h"
+#include "base/FileIO.h"
 #include "records/CollectorError.h"
-#include "records/FileIO.h"
 #include "support/TempFolder.h"
 
 #include <gmock/gmock.h>

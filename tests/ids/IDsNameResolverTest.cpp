@@ -1,6 +1,6 @@
 #include "ids/IDsNameResolver.h"
 
-#include "records/FileIO.h"
+#include "base/FileIO.h"
 #include "support/IDsHome.h"
 
 #include <array>

@@ -36,11 +36,11 @@ USBMapFile everyField() {
                .nickname = "rear, blue, top",
                .socket = hs01,
                .sighting =
-                   PortDiscovery{"SanDisk Ultra", std::chrono::sys_days(2026y / 11 / 22) + 13h + 3min + 9s}});
+                   PortSighting{"SanDisk Ultra", std::chrono::sys_days(2026y / 11 / 22) + 13h + 3min + 9s}});
     set(ss01, {.selected = true, .nickname = "links – vorne ⚡", .socket = hs01});
     set(hs14, {.connector = 255, .note = "behind the card reader"});
     set("1b36:000d|S20|4|HS02|02000000",
-        {.sighting = PortDiscovery{"QEMU USB Tablet", std::chrono::sys_days(2025y / 1 / 1)}});
+        {.sighting = PortSighting{"QEMU USB Tablet", std::chrono::sys_days(2025y / 1 / 1)}});
     return map;
 }
 

@@ -45,7 +45,7 @@ TEST(MappingSession, APortSaysNothingOnlyWhenEveryFieldIsBlankAndThenIsNoEntry) 
         {.connector = 0},
         {.nickname = "front"},
         {.note = "behind the card reader"},
-        {.sighting = PortDiscovery{"SanDisk Ultra", morning}},
+        {.sighting = PortSighting{"SanDisk Ultra", morning}},
     };
     for (const SessionPort& row : rows) {
         MappingSession session;
@@ -59,7 +59,7 @@ TEST(MappingSession, APortSaysNothingOnlyWhenEveryFieldIsBlankAndThenIsNoEntry) 
 
 TEST(MappingSession, UnsavedComparesSightingsByTheirDeviceNotTheirTime) {
     MappingSession saved;
-    set(saved, "A", {.selected = true, .sighting = PortDiscovery{"SanDisk Ultra", morning}});
+    set(saved, "A", {.selected = true, .sighting = PortSighting{"SanDisk Ultra", morning}});
     MappingSession now = saved;
     now.sawDevices({{"A", "SanDisk Ultra"}}, evening);
     EXPECT_NE(now, saved);
@@ -72,29 +72,29 @@ TEST(MappingSession, AResetForgetsPicksAndKeepsNamesAndSightings) {
     MappingSession session;
     session.targetModel = "iMac19,1";
     set(session, "A", {.selected = true, .connector = 10, .nickname = "front"});
-    set(session, "B", {.selected = true, .connector = 255, .sighting = PortDiscovery{"Stick", morning}});
+    set(session, "B", {.selected = true, .connector = 255, .sighting = PortSighting{"Stick", morning}});
     set(session, "C", {.connector = 3});
     session.reset({{"C", "Keyboard"}}, evening);
 
     MappingSession expected;
     expected.targetModel = "iMac19,1";
     set(expected, "A", {.nickname = "front"});
-    set(expected, "B", {.sighting = PortDiscovery{"Stick", morning}});
-    set(expected, "C", {.selected = true, .sighting = PortDiscovery{"Keyboard", evening}});
+    set(expected, "B", {.sighting = PortSighting{"Stick", morning}});
+    set(expected, "C", {.selected = true, .sighting = PortSighting{"Keyboard", evening}});
     EXPECT_EQ(session, expected);
     EXPECT_EQ(session.selectedKeys(), std::set<std::string>{"C"});
 }
 
 TEST(MappingSession, OnlyLaterSightingsAreTakenFromAnother) {
     MappingSession session;
-    set(session, "A", {.selected = true, .sighting = PortDiscovery{"Old", morning}});
-    set(session, "B", {.sighting = PortDiscovery{"Newer here", evening}});
+    set(session, "A", {.selected = true, .sighting = PortSighting{"Old", morning}});
+    set(session, "B", {.sighting = PortSighting{"Newer here", evening}});
     MappingSession other;
-    set(other, "A", {.connector = 10, .sighting = PortDiscovery{"New", evening}});
-    set(other, "B", {.sighting = PortDiscovery{"Older there", morning}});
-    set(other, "C", {.sighting = PortDiscovery{"Only there", morning}});
+    set(other, "A", {.connector = 10, .sighting = PortSighting{"New", evening}});
+    set(other, "B", {.sighting = PortSighting{"Older there", morning}});
+    set(other, "C", {.sighting = PortSighting{"Only there", morning}});
     session.takeLaterSightings(other);
-    EXPECT_EQ(session.port("A"), (SessionPort{.selected = true, .sighting = PortDiscovery{"New", evening}}))
+    EXPECT_EQ(session.port("A"), (SessionPort{.selected = true, .sighting = PortSighting{"New", evening}}))
         << "the sighting only, not the other's choices";
     EXPECT_EQ(session.port("B").sighting->deviceName, "Newer here");
     EXPECT_EQ(session.port("C").sighting->deviceName, "Only there");

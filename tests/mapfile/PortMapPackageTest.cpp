@@ -1,8 +1,8 @@
 #include "mapfile/PortMapPackage.h"
 
+#include "base/FileIO.h"
 #include "mapfile/MapMatching.h"
 #include "package/KextInfoPlist.h"
-#include "records/FileIO.h"
 #include "support/BuildTree.h"
 #include "support/ModelFixture.h"
 #include "support/TempFolder.h"

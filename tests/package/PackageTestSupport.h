@@ -1,6 +1,6 @@
 #pragma once
 
-#include "records/FileIO.h"
+#include "base/FileIO.h"
 #include "support/USBRecords.h"
 #include "tools/PropertyList.h"
 

@@ -1,7 +1,7 @@
 #include "platform/FileWorkFolderLocks.h"
 
+#include "base/FileIO.h"
 #include "records/CollectorError.h"
-#include "records/FileIO.h"
 #include "support/TempFolder.h"
 
 #include <gtest/gtest.h>

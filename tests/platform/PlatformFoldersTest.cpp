@@ -3,7 +3,7 @@
 
 #include "platform/PlatformFolders.h"
 
-#include "records/FileIO.h"
+#include "base/FileIO.h"
 #include "support/TempFolder.h"
 
 #include <gtest/gtest.h>

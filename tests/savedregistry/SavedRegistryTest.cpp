@@ -1,6 +1,6 @@
 #include "savedregistry/SavedRegistry.h"
 
-#include "records/FileIO.h"
+#include "base/FileIO.h"
 #include "savedregistry/SavedRegistryDiagnosis.h"
 #include "support/TempFolder.h"
 #include "support/TestData.h"

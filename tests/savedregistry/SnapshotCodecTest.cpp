@@ -1,6 +1,6 @@
 #include "savedregistry/SnapshotCodec.h"
 
-#include "records/FileIO.h"
+#include "base/FileIO.h"
 #include "scanner/PropertyReaders.h"
 #include "support/RegistryTrees.h"
 #include "support/TempFolder.h"

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "records/FileIO.h"
+#include "base/FileIO.h"
 #include "support/TestData.h"
 
 #include <cstdlib>

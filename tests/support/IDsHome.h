@@ -1,7 +1,7 @@
 #pragma once
 
+#include "base/FileIO.h"
 #include "ids/IDsNameResolver.h"
-#include "records/FileIO.h"
 #include "support/TempFolder.h"
 #include "support/TestData.h"
 

@@ -1,6 +1,6 @@
 #include "support/TestData.h"
 
-#include "records/FileIO.h"
+#include "base/FileIO.h"
 
 #include <cctype>
 #include <sstream>

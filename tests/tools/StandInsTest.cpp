@@ -1,7 +1,7 @@
 // The ditto and plutil stand-ins, run the way the generator runs them; the
 // generation run and the dump reader use them where they work.
 
-#include "records/FileIO.h"
+#include "base/FileIO.h"
 #include "support/BuildTree.h"
 #include "support/Failure.h"
 #include "support/TempFolder.h"

@@ -1,7 +1,7 @@
 #include "ui/MapFileActions.h"
 
 #include "ViewFixture.h"
-#include "records/FileIO.h"
+#include "base/FileIO.h"
 #include "ui/ContentView.h"
 #include "ui/OutcomePanel.h"
 

@@ -1,6 +1,6 @@
+#include "base/Text.h"
 #include "package/PersonalityNames.h"
 #include "package/SensitiveTextRedaction.h"
-#include "records/Text.h"
 
 #include <cstddef>
 #include <cstdint>

@@ -1,6 +1,6 @@
 #include "platform/linux/FirmwarePortTypes.h"
 
-#include "records/Text.h"
+#include "base/Text.h"
 
 namespace korvane {
 

@@ -1,7 +1,7 @@
 #include "platform/linux/FirmwareUPCReader.h"
 
+#include "base/Text.h"
 #include "records/CollectorError.h"
-#include "records/Text.h"
 #include "scanner/PropertyReaders.h"
 #include "tools/ProcessRunner.h"
 

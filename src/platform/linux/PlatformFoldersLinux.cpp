@@ -1,5 +1,5 @@
+#include "base/FileIO.h"
 #include "platform/PlatformFolders.h"
-#include "records/FileIO.h"
 
 #include <sstream>
 #include <system_error>

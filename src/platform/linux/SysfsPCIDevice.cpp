@@ -1,8 +1,8 @@
 #include "platform/linux/SysfsPCIDevice.h"
 
+#include "base/Text.h"
 #include "platform/linux/SysfsReading.h"
 #include "records/PortNumber.h"
-#include "records/Text.h"
 
 #include <cstdio>
 

@@ -1,6 +1,6 @@
 #include "platform/linux/SysfsReading.h"
 
-#include "records/Text.h"
+#include "base/Text.h"
 #include "scanner/PropertyReaders.h"
 
 #include <algorithm>

@@ -1,10 +1,10 @@
 #include "platform/linux/SysfsXHCIService.h"
 
+#include "base/Text.h"
 #include "platform/linux/SysfsReading.h"
 #include "platform/linux/SysfsUSBDevice.h"
 #include "platform/linux/XHCIPortLayout.h"
 #include "records/PortNumber.h"
-#include "records/Text.h"
 #include "scanner/LinuxTreeKeys.h"
 #include "scanner/PortDiscovery.h"
 

@@ -6,7 +6,7 @@
 // XML and binary property lists are understood. A file that is no property list
 // fails with status 1 and is left untouched.
 
-#include "records/FileIO.h"
+#include "base/FileIO.h"
 #include "tools/PropertyList.h"
 
 #include <cstdio>

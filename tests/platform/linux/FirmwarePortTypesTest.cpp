@@ -1,6 +1,6 @@
 #include "platform/linux/FirmwarePortTypes.h"
 
-#include "records/FileIO.h"
+#include "base/FileIO.h"
 #include "support/FakeTool.h"
 #include "support/TempFolder.h"
 

@@ -1,9 +1,9 @@
 #include "platform/linux/SysfsRegistrySource.h"
 
+#include "base/FileIO.h"
 #include "linux/SysfsTree.h"
 #include "package/GenerationReport.h"
 #include "platform/LiveSources.h"
-#include "records/FileIO.h"
 #include "scanner/NativeUSBTreeScanner.h"
 #include "scanner/PropertyReaders.h"
 #include "support/FakeTool.h"

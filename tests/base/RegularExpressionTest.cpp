@@ -1,4 +1,4 @@
-#include "records/RegularExpression.h"
+#include "base/RegularExpression.h"
 
 #include <gtest/gtest.h>
 

@@ -1,18 +1,18 @@
-#include "mapfile/PortDiscovery.h"
+#include "mapfile/PortSighting.h"
 
 #include <cstdio>
 #include <ctime>
 
 namespace korvane {
 
-std::string seenText(const PortDiscovery& discovery, std::chrono::system_clock::time_point now) {
+std::string seenText(const PortSighting& sighting, std::chrono::system_clock::time_point now) {
     auto local = [](std::chrono::system_clock::time_point when) {
         const std::time_t seconds = std::chrono::system_clock::to_time_t(when);
         std::tm fields{};
         localtime_r(&seconds, &fields);
         return fields;
     };
-    const std::tm seen = local(discovery.lastSeen);
+    const std::tm seen = local(sighting.lastSeen);
     const std::tm today = local(now);
     // Short where it can be: the row has little room left for it.
     const char* format = seen.tm_year != today.tm_year   ? "%Y-%m-%d %H:%M"
@@ -20,7 +20,7 @@ std::string seenText(const PortDiscovery& discovery, std::chrono::system_clock::
                                                          : "%H:%M";
     char when[64];
     std::strftime(when, sizeof when, format, &seen);
-    return "seen: " + discovery.deviceName + ", " + when;
+    return "seen: " + sighting.deviceName + ", " + when;
 }
 
 std::string utcTimeText(std::chrono::system_clock::time_point when) {

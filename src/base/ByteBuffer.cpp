@@ -1,4 +1,4 @@
-#include "records/ByteBuffer.h"
+#include "base/ByteBuffer.h"
 
 namespace korvane {
 
