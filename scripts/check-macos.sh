@@ -4,7 +4,7 @@
 # macOS sources for x86_64 too, syntax only, with the project's warnings as
 # errors. Apple's SDK is
 # not on a Linux machine: the Apple calls come from the small declaration
-# surface in tests/macos-surface, the C and C++ libraries and the third-party
+# surface in scripts/macos-surface, the C and C++ libraries and the third-party
 # headers from this machine's Debian packages. See "On a Mac" in README.md for
 # what this can and cannot catch.
 #
@@ -28,7 +28,7 @@ print(next(p for p in presets if p["name"] == "macos")["cacheVariables"]["CMAKE_
 
 commands=$(mktemp)
 trap 'rm -f "${commands}"' EXIT
-python3 scripts/macos-compile-commands.py "${build}/compile_commands.json" tests/macos-surface \
+python3 scripts/macos-compile-commands.py "${build}/compile_commands.json" scripts/macos-surface \
   "arm64-apple-macos${release}" "x86_64-apple-macos${release}" >"${commands}"
 
 count=$(grep -c . "${commands}")
