@@ -3,7 +3,8 @@
 # socket names on its standard input while plug-sockets.steps plugs devices
 # into the emulated controller's root ports one after another.
 # Usage: run-map-e2e.sh KORVANE HARNESS_DIR CACHE_DIR
-# Exits 77 (skipped) when QEMU or the harness isn't installed. One VM run,
+# Fails, naming what is missing, when QEMU, a kernel image, the harness or
+# Python isn't there: a run that checks nothing must not pass. One VM run,
 # bounded by E2E_VM_TIMEOUT seconds (150: a boot and six plugs, slow on two
 # busy cores).
 set -uo pipefail
@@ -11,10 +12,15 @@ set -uo pipefail
 korvane=$1 harness=$2 cache=$3
 limit=${E2E_VM_TIMEOUT:-150}
 here=$(cd "$(dirname "$0")" && pwd)
-if ! command -v qemu-system-x86_64 >/dev/null || [ ! -x "$harness/run-in-vm.sh" ] ||
-   ! ls /boot/vmlinuz-* >/dev/null 2>&1; then
-    echo "skipped: QEMU, a kernel image or the qemu-usb harness is missing"
-    exit 77
+missing=()
+command -v qemu-system-x86_64 >/dev/null || missing+=("qemu-system-x86_64 (Debian package qemu-system-x86)")
+ls /boot/vmlinuz-* >/dev/null 2>&1 || missing+=("a kernel image in /boot (linux-image-amd64)")
+[ -f "$harness/run-in-vm.sh" ] || missing+=("the qemu-usb harness at $harness")
+command -v python3 >/dev/null || missing+=("python3")
+if ((${#missing[@]} > 0)); then
+    printf 'missing: %s\n' "${missing[@]}"
+    echo "scripts/setup.sh --test installs what is missing"
+    exit 1
 fi
 mkdir -p "$cache"
 export QEMU_USB_CACHE=$cache
