@@ -206,14 +206,6 @@ TEST_P(MissingToolRunTest, NamesTheToolAndKeepsTheOldZip) {
 
 INSTANTIATE_TEST_SUITE_P(Tools, MissingToolRunTest, testing::Values("plutil", "ditto"));
 
-TEST_F(GenerationRunTest, AWorkFolderThatCantBeMadeIsNamed) {
-    loadPorts();
-    fs::remove_all(desktopFolder);
-    writeFileAtomically(desktopFolder, "a file where the Desktop should be");
-    generate();
-    EXPECT_THAT(logLines().back(), HasSubstr(work().string() + ": Not a directory"));
-}
-
 TEST_F(GenerationRunTest, ARunDuringAScanTakesWhatTheScanLeavesAndAStartDuringARunChangesNothing) {
     scans = {{{makeController("XHC1", 0x8086, 0xa36d, {makePort("HS01", 1, "Keyboard")})}}};
     model->scanUSBPorts();
