@@ -86,11 +86,8 @@ TEST_F(GenerationRunTest, ASuccessfulRunLeavesTheZipWithTheCheckedPortsTheReport
     EXPECT_THAT(guide, HasSubstr("SS01, port 17: Internal (code 255) (source: user)"))
         << "the user's pick, told as theirs";
 
-    const auto plist = entry("Korvane.kext/Contents/Info.plist");
-    EXPECT_THAT(plist, HasSubstr("<key>SS01</key>"));
-    EXPECT_THAT(plist, Not(HasSubstr("<key>HS02</key>"))) << "unchecked ports stay out";
-    EXPECT_THAT(plist, HasSubstr("<integer>255</integer>")) << "the user's connector wins";
-
+    // Which ports the package holds, and with whose connector, the command
+    // line's generate cases compare whole.
     model->openDesktopZip();
     EXPECT_THAT(recordingDesktop.revealed, ElementsAre(zip()));
     EXPECT_EQ(model->openZipResult(), CollectorModel::installGuideHint);
