@@ -86,11 +86,8 @@ TEST_F(GenerationRunTest, ASuccessfulRunLeavesTheZipWithTheCheckedPortsTheReport
     EXPECT_THAT(guide, HasSubstr("SS01, port 17: Internal (code 255) (source: user)"))
         << "the user's pick, told as theirs";
 
-    const auto plist = entry("Korvane.kext/Contents/Info.plist");
-    EXPECT_THAT(plist, HasSubstr("<key>SS01</key>"));
-    EXPECT_THAT(plist, Not(HasSubstr("<key>HS02</key>"))) << "unchecked ports stay out";
-    EXPECT_THAT(plist, HasSubstr("<integer>255</integer>")) << "the user's connector wins";
-
+    // Which ports the package holds, and with whose connector, the command
+    // line's generate cases compare whole.
     model->openDesktopZip();
     EXPECT_THAT(recordingDesktop.revealed, ElementsAre(zip()));
     EXPECT_EQ(model->openZipResult(), CollectorModel::installGuideHint);
@@ -205,14 +202,6 @@ TEST_P(MissingToolRunTest, NamesTheToolAndKeepsTheOldZip) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Tools, MissingToolRunTest, testing::Values("plutil", "ditto"));
-
-TEST_F(GenerationRunTest, AWorkFolderThatCantBeMadeIsNamed) {
-    loadPorts();
-    fs::remove_all(desktopFolder);
-    writeFileAtomically(desktopFolder, "a file where the Desktop should be");
-    generate();
-    EXPECT_THAT(logLines().back(), HasSubstr(work().string() + ": Not a directory"));
-}
 
 TEST_F(GenerationRunTest, ARunDuringAScanTakesWhatTheScanLeavesAndAStartDuringARunChangesNothing) {
     scans = {{{makeController("XHC1", 0x8086, 0xa36d, {makePort("HS01", 1, "Keyboard")})}}};

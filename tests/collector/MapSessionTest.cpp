@@ -89,16 +89,14 @@ TEST_F(MapSessionTest, EveryRefusalLeavesTheSessionAndTheLogAsTheyWere) {
     ASSERT_TRUE(model->saveMap(file("good.korvanemap")).succeeded);
     model->setPortSelected(xhc1, xhc1.ports[2], true);
     writeFileAtomically(file("text.korvanemap"), "rear, blue, top");
-    writeFileAtomically(file("newer.korvanemap"), testDataBytes("mapfile/maps/newer-format.korvanemap"));
-    writeFileAtomically(file("cut.korvanemap"), testDataBytes("mapfile/maps/cut-off.korvanemap"));
     fs::create_directories(file("folder.korvanemap"));
     const USBMapFile before = model->currentMap();
     const std::string log = model->logText();
 
+    // Which reason a file earns is the map codec's and the package reader's
+    // to say; here, that no way of failing touches the session.
     const std::pair<std::function<MapOutcome()>, std::string> attempts[] = {
         {[&] { return model->openMap(file("text.korvanemap")); }, "is not a KorvaneGenerator port map"},
-        {[&] { return model->openMap(file("newer.korvanemap")); }, "was saved by a newer KorvaneGenerator"},
-        {[&] { return model->openMap(file("cut.korvanemap")); }, "is damaged"},
         {[&] { return model->openMap(file("folder.korvanemap")); }, "is not a file"},
         {[&] { return model->openMap(file("missing.korvanemap")); }, "could not be read"},
         {[&] { return model->importPackage(testDataPath("mapfile/packages/hostile-shared-chain.bplist")); },

@@ -42,26 +42,35 @@ struct SourceRow {
     const char* name;
     ScanSource source;
     ConnectorSource connectorSource;
-    // Lines 3 to 5 of the preface, and a piece of the empty-list text.
-    std::array<const char*, 3> preface;
-    const char* emptyReason;
+    const char* primarySource; // line 4 of the preface
+    const char* emptyReason;   // a piece of the empty-list text
 };
 
 class ReportSourceTest : public testing::TestWithParam<SourceRow> {};
 
 // Only lines 3 to 5 and the empty-list text follow the source; the live
-// macOS run keeps its exact words and no other source borrows them.
+// macOS run keeps its exact words and no other source borrows them. Lines 3
+// and 5 tell this machine from a saved registry.
 TEST_P(ReportSourceTest, ThePrefaceAndTheEmptyTextSayWhatWasRead) {
     const auto& row = GetParam();
     auto port = makePort("HS01", 1);
     port.connectorSource = row.connectorSource;
     const std::vector<USBControllerMap> controllers{makeController("XHC1", 0x8086, 0xa36d, {port})};
+    const bool saved = row.source.kind == ScanSource::Kind::savedRegistry;
+    const std::array<std::string, 3> preface = {
+        std::string(
+            "Includes only dynamic AppleUSBXHCIPCI support personalities for USB controller PCI IDs ") +
+            (saved ? "found in the saved registry." : "detected on this machine."),
+        row.primarySource,
+        std::string("No static controller database is injected; every support match is generated from ") +
+            (saved ? "the USB controller PCI IDs found in the saved registry."
+                   : "this machine's detected USB controller PCI IDs.")};
     const auto live = lines(generationReportText(controllers));
     const auto report = lines(generationReportText(controllers, row.source));
     ASSERT_EQ(report.size(), live.size());
     for (std::size_t index = 0; index < report.size(); ++index) {
         if (index >= 2 && index <= 4) {
-            EXPECT_EQ(report[index], row.preface[index - 2]) << "line " << index + 1;
+            EXPECT_EQ(report[index], preface[index - 2]) << "line " << index + 1;
         } else {
             EXPECT_EQ(report[index], live[index]) << "line " << index + 1;
         }
@@ -79,45 +88,28 @@ INSTANTIATE_TEST_SUITE_P(
         SourceRow{"LiveMac",
                   {},
                   ConnectorSource::registry,
-                  {"Includes only dynamic AppleUSBXHCIPCI support personalities for USB controller PCI IDs "
-                   "detected on this machine.",
-                   "Primary source: native IOKit IORegistry scan, the same live registry layer used by macOS "
-                   "tools. No saved .ioreg is used.",
-                   "No static controller database is injected; every support match is generated from this "
-                   "machine's detected USB controller PCI IDs."},
+                  "Primary source: native IOKit IORegistry scan, the same live registry layer used by macOS "
+                  "tools. No saved .ioreg is used.",
                   "found through the native IOKit scanner."},
         SourceRow{"SavedRegistry",
                   {ScanSource::Kind::savedRegistry, "darwindumped_iMacPro1-1_IOReg.txt", "ioreg text"},
                   ConnectorSource::registry,
-                  {"Includes only dynamic AppleUSBXHCIPCI support personalities for USB controller PCI IDs "
-                   "found in the saved registry.",
-                   "Primary source: saved registry darwindumped_iMacPro1-1_IOReg.txt (ioreg text), read from "
-                   "the file; the registry of the machine that ran this generator was not used.",
-                   "No static controller database is injected; every support match is generated from the USB "
-                   "controller PCI IDs found in the saved registry."},
+                  "Primary source: saved registry darwindumped_iMacPro1-1_IOReg.txt (ioreg text), read from "
+                  "the file; the registry of the machine that ran this generator was not used.",
                   "found in the saved registry darwindumped_iMacPro1-1_IOReg.txt (ioreg text)."},
         SourceRow{"LinuxWithFirmware",
                   {ScanSource::Kind::linuxSysfs},
                   ConnectorSource::firmware,
-                  {"Includes only dynamic AppleUSBXHCIPCI support personalities for USB controller PCI IDs "
-                   "detected on this machine.",
-                   "Primary source: this machine's Linux sysfs (PCI devices and USB root hubs), read under "
-                   "Linux; connector types came from the firmware's ACPI _UPC objects.",
-                   "No static controller database is injected; every support match is generated from this "
-                   "machine's detected USB controller PCI IDs."},
+                  "Primary source: this machine's Linux sysfs (PCI devices and USB root hubs), read under "
+                  "Linux; connector types came from the firmware's ACPI _UPC objects.",
                   "found in this machine's Linux sysfs."},
-        SourceRow{
-            "LinuxWithoutFirmware",
-            {ScanSource::Kind::linuxSysfs},
-            ConnectorSource::kernel,
-            {"Includes only dynamic AppleUSBXHCIPCI support personalities for USB controller PCI IDs "
-             "detected on this machine.",
-             "Primary source: this machine's Linux sysfs (PCI devices and USB root hubs), read under "
-             "Linux; connector types did not come from the firmware: they are the kernel's or inferred, "
-             "so check them.",
-             "No static controller database is injected; every support match is generated from this "
-             "machine's detected USB controller PCI IDs."},
-            "found in this machine's Linux sysfs."}),
+        SourceRow{"LinuxWithoutFirmware",
+                  {ScanSource::Kind::linuxSysfs},
+                  ConnectorSource::kernel,
+                  "Primary source: this machine's Linux sysfs (PCI devices and USB root hubs), read under "
+                  "Linux; connector types did not come from the firmware: they are the kernel's or inferred, "
+                  "so check them.",
+                  "found in this machine's Linux sysfs."}),
     [](const auto& row) { return std::string(row.param.name); });
 
 } // namespace
