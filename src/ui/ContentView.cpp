@@ -7,6 +7,7 @@
 #include "ui/ControllerList.h"
 #include "ui/ElidedLabel.h"
 #include "ui/OutcomePanel.h"
+#include "ui/PluggingPanel.h"
 #include "ui/ReadingOrder.h"
 #include "ui/RoundedPanel.h"
 #include "ui/StatusBadge.h"
@@ -166,6 +167,11 @@ ContentView::ContentView(std::shared_ptr<CollectorModel> model, QIcon appIcon, Q
         box.exec();
         return box.clickedButton() == reset;
     };
+    showPluggingSummary = [this](const QString& summary) {
+        QMessageBox box(QMessageBox::Information, "Map by plugging", summary, QMessageBox::NoButton, this);
+        box.setDefaultButton(box.addButton("&OK", QMessageBox::AcceptRole));
+        box.exec();
+    };
 
     applyColours();
     observer_ = model_->observe([this] { refresh(); });
@@ -262,6 +268,15 @@ QWidget* ContentView::makeEditorPanel() {
     parts_.list = new ControllerList(model_);
     parts_.list->onToggle = [this](const std::string& key) { toggleSection(key); };
 
+    parts_.plugging = new PluggingPanel(model_);
+    parts_.plugging->onDone = [this](const QString& summary) {
+        refresh();
+        if (showPluggingSummary) {
+            showPluggingSummary(summary);
+        }
+    };
+    panel->addWidget(parts_.plugging);
+
     listStack_ = new QStackedWidget;
     listStack_->addWidget(emptyPage);
     listStack_->addWidget(parts_.list);
@@ -276,6 +291,8 @@ QWidget* ContentView::makeActionRow() {
     actionRow_ = new ActionRow(model_);
     parts_.generate = actionRow_->generate();
     parts_.openZip = actionRow_->openZip();
+    parts_.mapByPlugging = actionRow_->mapByPlugging();
+    connect(parts_.mapByPlugging, &QPushButton::clicked, this, [this] { startPlugging(); });
     parts_.targetModel = actionRow_->targetModel();
     parts_.targetModelWarning = actionRow_->targetModelWarning();
     parts_.personalityNotes = actionRow_->personalityNotes();
@@ -407,6 +424,9 @@ void ContentView::refresh() {
         isScanUnderWay_ = false;
         hasScanned_ = true;
     }
+    // A saved registry never sees a device arrive.
+    parts_.mapByPlugging->setEnabled(hasControllers && !isBusy && !parts_.plugging->isActive() &&
+                                     source_.kind != Kind::savedRegistry);
     const bool canWrite = hasControllers || model.isScanningUSB() || !hasScanned_;
     actionRow_->refresh(settingsProblem_, canWrite ? QString() : nothingToWriteText(source_));
     setShownText(*parts_.emptyHint, emptyText(source_, hasScanned_));
@@ -499,6 +519,16 @@ QLabel* ContentView::generateReason() const {
 
 void ContentView::offerTargetModel(const QString& model) {
     parts_.targetModel->setOffer(model);
+}
+
+void ContentView::startPlugging() {
+    if (!parts_.mapByPlugging->isEnabled()) {
+        return;
+    }
+    parts_.outcome->dismiss();
+    parts_.plugging->start();
+    refresh();
+    parts_.plugging->done()->setFocus(Qt::OtherFocusReason);
 }
 
 void ContentView::setSettingsProblem(const QString& text) {
