@@ -90,6 +90,9 @@ void PluggingPanel::start() {
     };
     seen_->setText(lines(session_->startLines()).section('\n', 0, -2));
     if (!model_->mapFileURL()) {
+        // A folder that can't be made shows as the first save's failure.
+        std::error_code ignored;
+        std::filesystem::create_directories(mapFile_.parent_path(), ignored);
         seen_->setText(seen_->text() + "\nThe map is saved to " + QString::fromStdString(mapFile_.string()) +
                        " after every socket.");
     }
