@@ -3,10 +3,12 @@
 #include "ViewFixture.h"
 #include "mapfile/MapFileCodec.h"
 #include "ui/ContentView.h"
+#include "ui/VisibleControlStyle.h"
 
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
+#include <QStyle>
 #include <QTest>
 #include <cstdlib>
 #include <gmock/gmock.h>
@@ -16,19 +18,19 @@ namespace {
 
 using testing::HasSubstr;
 
-// XHC1: HS01..HS02 and SS01..SS02, each SS port the companion of the HS port
+// XHC1: HS01..HS04 and SS01..SS04, each SS port the companion of the HS port
 // of its number.
 USBControllerMap xhc1(const std::map<std::string, std::string>& devices) {
     auto controller = makeController("XHC1", 0x8086, 0xa36d);
-    for (std::uint32_t i = 1; i <= 2; ++i) {
+    for (std::uint32_t i = 1; i <= 4; ++i) {
         controller.ports.push_back(makePort("HS0" + std::to_string(i), i));
     }
-    for (std::uint32_t i = 1; i <= 2; ++i) {
+    for (std::uint32_t i = 1; i <= 4; ++i) {
         controller.ports.push_back(makePort("SS0" + std::to_string(i), 16 + i));
     }
-    for (std::size_t i = 0; i < 2; ++i) {
-        controller.ports[i].companionKey = usbPortStableID(controller, controller.ports[2 + i]);
-        controller.ports[2 + i].companionKey = usbPortStableID(controller, controller.ports[i]);
+    for (std::size_t i = 0; i < 4; ++i) {
+        controller.ports[i].companionKey = usbPortStableID(controller, controller.ports[4 + i]);
+        controller.ports[4 + i].companionKey = usbPortStableID(controller, controller.ports[i]);
     }
     for (auto& port : controller.ports) {
         if (const auto device = devices.find(port.name); device != devices.end()) {
@@ -46,6 +48,10 @@ class PluggingPanelTest : public ViewFixture {
         dataHome_ = was ? std::optional<std::string>(was) : std::nullopt;
         setenv("XDG_DATA_HOME", (home.path() / "data").c_str(), 1);
         ViewFixture::SetUp();
+        if (std::getenv("KORVANE_PLUGGING_PICTURE")) {
+            VisibleControlStyle::install(false);
+            QApplication::setPalette(QApplication::style()->standardPalette());
+        }
         view = std::make_unique<ContentView>(model, QIcon());
         view->resize(900, 680);
         view->showPluggingSummary = [this](const QString& text) { summary = text; };
@@ -119,6 +125,11 @@ TEST_F(PluggingPanelTest, ADeviceThatArrivesNamesItsSocketAndDoneKeepsIt) {
         EXPECT_TRUE(panel.name()->hasFocus());
 
         QTest::keyClicks(panel.name(), QString::fromStdString(row.name));
+        // scripts/screenshot.sh takes the docs' picture here.
+        if (const char* picture = std::getenv("KORVANE_PLUGGING_PICTURE"); picture && row.hasMapOpen) {
+            QApplication::processEvents();
+            ASSERT_TRUE(view->grab().save(picture));
+        }
         QTest::keyClick(panel.name(), Qt::Key_Return);
         EXPECT_THAT(panel.seen()->text().toStdString(), HasSubstr(row.reply));
         EXPECT_FALSE(panel.name()->isEnabled()) << "nothing more to name";
