@@ -5,6 +5,7 @@
 #include "ui/ActionRow.h"
 #include "ui/AnimatedHeaderIcon.h"
 #include "ui/ControllerList.h"
+#include "ui/ControllerSection.h"
 #include "ui/ElidedLabel.h"
 #include "ui/OutcomePanel.h"
 #include "ui/PluggingPanel.h"
@@ -13,6 +14,7 @@
 #include "ui/StatusBadge.h"
 #include "ui/SymbolIcons.h"
 #include "ui/TargetModelField.h"
+#include "ui/USBPortEditRow.h"
 #include "ui/WindowStyle.h"
 
 #include <QApplication>
@@ -273,6 +275,25 @@ QWidget* ContentView::makeEditorPanel() {
         refresh();
         if (showPluggingSummary) {
             showPluggingSummary(summary);
+        }
+    };
+    // The row of the port a device just landed on stands out and in sight.
+    parts_.plugging->onSeenPort = [this](const std::string& key) {
+        const QColor mark = WindowStyle(palette()).prominentFill();
+        const auto& controllers = model_->scannedControllers();
+        const auto sections = parts_.list->sections();
+        // The list shows the controllers in scan order, one section each.
+        for (std::size_t index = 0; index < sections.size() && index < controllers.size(); ++index) {
+            for (USBPortEditRow* row : sections[index]->rows()) {
+                const bool isSeen = !key.empty() && usbPortStableID(controllers[index], row->port()) == key;
+                row->setAutoFillBackground(isSeen);
+                QPalette colours = row->palette();
+                colours.setColor(QPalette::Window, isSeen ? mark : QColor(Qt::transparent));
+                row->setPalette(colours);
+                if (isSeen) {
+                    parts_.list->ensureWidgetVisible(row);
+                }
+            }
         }
     };
     panel->addWidget(parts_.plugging);

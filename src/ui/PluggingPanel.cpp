@@ -112,11 +112,17 @@ QString PluggingPanel::finish() {
     summary += "\n" + lines(session_->summaryLines());
     session_.reset();
     hide();
+    if (onSeenPort) {
+        onSeenPort({});
+    }
     return summary;
 }
 
 void PluggingPanel::sighted(const PlugSighting& sighting) {
     seen_->setText(QString::fromStdString(sighting.text));
+    if (onSeenPort) {
+        onSeenPort(sighting.portKey);
+    }
     name_->setEnabled(sighting.asksName);
     if (sighting.asksName) {
         name_->clear();

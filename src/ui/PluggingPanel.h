@@ -32,6 +32,9 @@ class PluggingPanel : public QWidget {
 
     // Told when Done ends the mode, with the summary to show.
     std::function<void(const QString&)> onDone;
+    // Told of the port each arriving device landed on, by key; empty when
+    // the mode ends.
+    std::function<void(const std::string&)> onSeenPort;
 
     QLabel* seen() const { return seen_; }
     QLineEdit* name() const { return name_; }

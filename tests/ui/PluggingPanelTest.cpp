@@ -3,6 +3,9 @@
 #include "ViewFixture.h"
 #include "mapfile/MapFileCodec.h"
 #include "ui/ContentView.h"
+#include "ui/ControllerList.h"
+#include "ui/ControllerSection.h"
+#include "ui/USBPortEditRow.h"
 #include "ui/VisibleControlStyle.h"
 
 #include <QLabel>
@@ -123,6 +126,12 @@ TEST_F(PluggingPanelTest, ADeviceThatArrivesNamesItsSocketAndDoneKeepsIt) {
         plug("SS01", "Stick");
         EXPECT_EQ(panel.seen()->text().toStdString(), "Seen: SS01 (with HS01) on XHC1: Stick");
         EXPECT_TRUE(panel.name()->hasFocus());
+        // Its row stands out: SS01 is the fifth of the controller's rows.
+        const auto& rows = view->parts().list->sections().front()->rows();
+        ASSERT_EQ(rows.size(), 8u);
+        for (std::size_t index = 0; index < rows.size(); ++index) {
+            EXPECT_EQ(rows[index]->autoFillBackground(), index == 4) << index;
+        }
 
         QTest::keyClicks(panel.name(), QString::fromStdString(row.name));
         // scripts/screenshot.sh takes the docs' picture here.
@@ -140,6 +149,7 @@ TEST_F(PluggingPanelTest, ADeviceThatArrivesNamesItsSocketAndDoneKeepsIt) {
         panel.done()->click();
         EXPECT_FALSE(panel.isVisible());
         EXPECT_TRUE(view->parts().mapByPlugging->isEnabled());
+        EXPECT_FALSE(rows[4]->autoFillBackground()) << "the mark goes with the mode";
         EXPECT_THAT(summary.toStdString(), HasSubstr("Map saved to " + saved.string()));
         EXPECT_THAT(summary.toStdString(), HasSubstr(row.socket));
         if (row.hasMapOpen) {
