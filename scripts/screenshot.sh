@@ -42,3 +42,11 @@ shoot 1920x1080 1.5 docs/korvane-generator@1.5x.png
 shoot 1920x1080 2 docs/korvane-generator@2x.png
 # Last: the window remembers the map's target model for the next start.
 shoot 1366x768 1 docs/korvane-generator-map.png --map docs/example-MacBookPro15-2.korvanemap
+
+# Map by plugging needs devices that arrive: the window test drives a hotplug
+# source of its own and takes the picture while a socket's name is typed.
+cmake --build "$build" --target korvane_ui_tests
+KORVANE_PLUGGING_PICTURE="$PWD/docs/korvane-generator-plugging.png" QT_QPA_PLATFORM=xcb \
+  xvfb-run --auto-servernum --server-args="-screen 0 1366x768x24" \
+  "$build/bin/korvane_ui_tests" --gtest_filter='PluggingPanelTest.*'
+echo "screenshot: docs/korvane-generator-plugging.png"

@@ -60,9 +60,9 @@ bool mayGenerateOverLimit(const CollectorModel& model, QWidget* parent) {
 
 ActionRow::ActionRow(std::shared_ptr<CollectorModel> model, QWidget* parent)
     : QWidget(parent), model_(std::move(model)), generate_(new QPushButton("&Generate Korvane.kext")),
-      openZip_(new QPushButton("&Open ZIP")), targetModel_(new TargetModelField(model_)),
-      output_(new ElidedLabel), targetModelWarning_(noteLine()), personalityNotes_(noteLine()),
-      generateReason_(noteLine()) {
+      openZip_(new QPushButton("&Open ZIP")), mapByPlugging_(new QPushButton("Map by &plugging")),
+      targetModel_(new TargetModelField(model_)), output_(new ElidedLabel), targetModelWarning_(noteLine()),
+      personalityNotes_(noteLine()), generateReason_(noteLine()) {
     auto* area = new QVBoxLayout(this);
     area->setContentsMargins(0, 0, 0, 0);
     area->setSpacing(6);
@@ -84,6 +84,9 @@ ActionRow::ActionRow(std::shared_ptr<CollectorModel> model, QWidget* parent)
     openZip_->setMinimumHeight(34);
     openZip_->setAutoDefault(false);
     row->addWidget(openZip_);
+    mapByPlugging_->setMinimumHeight(34);
+    mapByPlugging_->setAutoDefault(false);
+    row->addWidget(mapByPlugging_);
     row->addSpacing(4);
     row->addWidget(targetModel_);
     row->addStretch(1);

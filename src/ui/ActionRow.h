@@ -28,6 +28,7 @@ class ActionRow : public QWidget {
 
     QPushButton* generate() const { return generate_; }
     QPushButton* openZip() const { return openZip_; }
+    QPushButton* mapByPlugging() const { return mapByPlugging_; }
     TargetModelField* targetModel() const { return targetModel_; }
     ElidedLabel* output() const { return output_; }
     QLabel* targetModelWarning() const { return targetModelWarning_; }
@@ -38,6 +39,7 @@ class ActionRow : public QWidget {
     std::shared_ptr<CollectorModel> model_;
     QPushButton* generate_;
     QPushButton* openZip_;
+    QPushButton* mapByPlugging_;
     TargetModelField* targetModel_;
     ElidedLabel* output_;
     QLabel* targetModelWarning_;

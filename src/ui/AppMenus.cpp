@@ -7,6 +7,7 @@
 #include <QApplication>
 #include <QDesktopServices>
 #include <QMainWindow>
+#include <QMenu>
 #include <QMenuBar>
 #include <QMessageBox>
 #include <QPushButton>
@@ -133,6 +134,18 @@ QMenu& AppMenus::install(QMainWindow& window) {
     QAction* about = help->addAction(aboutTitle, [] { showAbout(); });
     about->setMenuRole(QAction::AboutRole);
     return *file;
+}
+
+QAction* AppMenus::addMapByPlugging(QMenu& fileMenu, std::function<void()> start) {
+    // Above Quit, which stays last where the menu has one.
+    QAction* before = fileMenu.actions().isEmpty() ? nullptr : fileMenu.actions().constLast();
+    auto* entry = new QAction("Map by &Plugging", &fileMenu);
+    QObject::connect(entry, &QAction::triggered, &fileMenu, [start = std::move(start)] { start(); });
+    fileMenu.insertAction(before, entry);
+    if (before) {
+        fileMenu.insertSeparator(before);
+    }
+    return entry;
 }
 
 QVariantMap AppMenus::applicationInfo() {

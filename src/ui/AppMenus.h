@@ -7,6 +7,7 @@
 #include <functional>
 #include <memory>
 
+class QAction;
 class QMainWindow;
 class QMenu;
 class QMessageBox;
@@ -28,6 +29,8 @@ class AppMenus {
     // (shown) and Ctrl+Shift+? (Command-Shift-? on macOS). Returns the File menu
     // it makes first, which on a menu bar of the window's own ends with Quit.
     static QMenu& install(QMainWindow& window);
+    // "Map by Plugging" in `fileMenu`, calling `start`.
+    static QAction* addMapByPlugging(QMenu& fileMenu, std::function<void()> start);
 
     // The pieces of the boxes, apart so they can be checked without running
     // a modal loop. `info` holds the bundle's keys CFBundleShortVersionString

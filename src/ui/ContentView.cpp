@@ -5,13 +5,16 @@
 #include "ui/ActionRow.h"
 #include "ui/AnimatedHeaderIcon.h"
 #include "ui/ControllerList.h"
+#include "ui/ControllerSection.h"
 #include "ui/ElidedLabel.h"
 #include "ui/OutcomePanel.h"
+#include "ui/PluggingPanel.h"
 #include "ui/ReadingOrder.h"
 #include "ui/RoundedPanel.h"
 #include "ui/StatusBadge.h"
 #include "ui/SymbolIcons.h"
 #include "ui/TargetModelField.h"
+#include "ui/USBPortEditRow.h"
 #include "ui/WindowStyle.h"
 
 #include <QApplication>
@@ -166,6 +169,11 @@ ContentView::ContentView(std::shared_ptr<CollectorModel> model, QIcon appIcon, Q
         box.exec();
         return box.clickedButton() == reset;
     };
+    showPluggingSummary = [this](const QString& summary) {
+        QMessageBox box(QMessageBox::Information, "Map by plugging", summary, QMessageBox::NoButton, this);
+        box.setDefaultButton(box.addButton("&OK", QMessageBox::AcceptRole));
+        box.exec();
+    };
 
     applyColours();
     observer_ = model_->observe([this] { refresh(); });
@@ -262,6 +270,34 @@ QWidget* ContentView::makeEditorPanel() {
     parts_.list = new ControllerList(model_);
     parts_.list->onToggle = [this](const std::string& key) { toggleSection(key); };
 
+    parts_.plugging = new PluggingPanel(model_);
+    parts_.plugging->onDone = [this](const QString& summary) {
+        refresh();
+        if (showPluggingSummary) {
+            showPluggingSummary(summary);
+        }
+    };
+    // The row of the port a device just landed on stands out and in sight.
+    parts_.plugging->onSeenPort = [this](const std::string& key) {
+        const QColor mark = WindowStyle(palette()).prominentFill();
+        const auto& controllers = model_->scannedControllers();
+        const auto sections = parts_.list->sections();
+        // The list shows the controllers in scan order, one section each.
+        for (std::size_t index = 0; index < sections.size() && index < controllers.size(); ++index) {
+            for (USBPortEditRow* row : sections[index]->rows()) {
+                const bool isSeen = !key.empty() && usbPortStableID(controllers[index], row->port()) == key;
+                row->setAutoFillBackground(isSeen);
+                QPalette colours = row->palette();
+                colours.setColor(QPalette::Window, isSeen ? mark : QColor(Qt::transparent));
+                row->setPalette(colours);
+                if (isSeen) {
+                    parts_.list->ensureWidgetVisible(row);
+                }
+            }
+        }
+    };
+    panel->addWidget(parts_.plugging);
+
     listStack_ = new QStackedWidget;
     listStack_->addWidget(emptyPage);
     listStack_->addWidget(parts_.list);
@@ -276,6 +312,8 @@ QWidget* ContentView::makeActionRow() {
     actionRow_ = new ActionRow(model_);
     parts_.generate = actionRow_->generate();
     parts_.openZip = actionRow_->openZip();
+    parts_.mapByPlugging = actionRow_->mapByPlugging();
+    connect(parts_.mapByPlugging, &QPushButton::clicked, this, [this] { startPlugging(); });
     parts_.targetModel = actionRow_->targetModel();
     parts_.targetModelWarning = actionRow_->targetModelWarning();
     parts_.personalityNotes = actionRow_->personalityNotes();
@@ -407,6 +445,9 @@ void ContentView::refresh() {
         isScanUnderWay_ = false;
         hasScanned_ = true;
     }
+    // A saved registry never sees a device arrive.
+    parts_.mapByPlugging->setEnabled(hasControllers && !isBusy && !parts_.plugging->isActive() &&
+                                     source_.kind != Kind::savedRegistry);
     const bool canWrite = hasControllers || model.isScanningUSB() || !hasScanned_;
     actionRow_->refresh(settingsProblem_, canWrite ? QString() : nothingToWriteText(source_));
     setShownText(*parts_.emptyHint, emptyText(source_, hasScanned_));
@@ -499,6 +540,16 @@ QLabel* ContentView::generateReason() const {
 
 void ContentView::offerTargetModel(const QString& model) {
     parts_.targetModel->setOffer(model);
+}
+
+void ContentView::startPlugging() {
+    if (!parts_.mapByPlugging->isEnabled()) {
+        return;
+    }
+    parts_.outcome->dismiss();
+    parts_.plugging->start();
+    refresh();
+    parts_.plugging->done()->setFocus(Qt::OtherFocusReason);
 }
 
 void ContentView::setSettingsProblem(const QString& text) {

@@ -24,6 +24,7 @@ class ActionRow;
 class AnimatedHeaderIcon;
 class ControllerList;
 class OutcomePanel;
+class PluggingPanel;
 class RoundedPanel;
 class StatusBadge;
 class TargetModelField;
@@ -64,6 +65,8 @@ class ContentView : public QWidget {
         ControllerList* list;
         QPushButton* generate;
         QPushButton* openZip;
+        QPushButton* mapByPlugging;
+        PluggingPanel* plugging; // shown while mapping by plugging
         TargetModelField* targetModel;
         QLabel* targetModelWarning; // hidden while there is nothing to warn of
         QLabel* personalityNotes;   // hidden while there is nothing to note
@@ -86,6 +89,10 @@ class ContentView : public QWidget {
     std::function<bool(const QString&)> confirmReset;
     // A target model remembered for another machine, offered beside the field.
     void offerTargetModel(const QString& model);
+    // Map by plugging: shows its panel over the list until Done.
+    void startPlugging();
+    // Shows what Done learned. A message box unless replaced.
+    std::function<void(const QString&)> showPluggingSummary;
 
   protected:
     void showEvent(QShowEvent* event) override;

@@ -46,6 +46,7 @@ KorvaneGeneratorApp::KorvaneGeneratorApp(const AppOptions& options)
     QMenu& fileMenu = AppMenus::install(*window_);
     mapFiles_ = new MapFileActions(*window_, *content_, settingsFile_);
     mapFiles_->install(fileMenu);
+    AppMenus::addMapByPlugging(fileMenu, [this] { content_->startPlugging(); });
     // The limits are the content's; the menu bar, where the window has one,
     // comes on top.
     content_->setMinimumSize(minimumWidth, minimumHeight);

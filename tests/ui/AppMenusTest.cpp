@@ -41,5 +41,23 @@ TEST(AppMenusTest, HelpShowsF1AndTheBoxesCarryNoMadeUpAddress) {
     EXPECT_THAT(about->informativeText().toStdString(), testing::Not(testing::HasSubstr("example")));
 }
 
+// Map by Plugging stands above Quit, where the window's menu has one, and
+// starts the mode.
+TEST(AppMenusTest, MapByPluggingStandsAboveQuitAndStartsTheMode) {
+    for (const bool hasQuit : {true, false}) {
+        QMenu file;
+        if (hasQuit) {
+            file.addAction("&Quit");
+        }
+        int starts = 0;
+        QAction* entry = AppMenus::addMapByPlugging(file, [&starts] { ++starts; });
+        EXPECT_EQ(entry->text(), "Map by &Plugging");
+        EXPECT_EQ(file.actions().front(), entry);
+        EXPECT_EQ(file.actions().constLast()->text(), hasQuit ? "&Quit" : "Map by &Plugging");
+        entry->trigger();
+        EXPECT_EQ(starts, 1);
+    }
+}
+
 } // namespace
 } // namespace korvane
