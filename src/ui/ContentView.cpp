@@ -234,6 +234,9 @@ QWidget* ContentView::makeEditorPanel() {
     hint_->setWordWrap(true);
     hint_->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
     hint_->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
+    // Its three lines at the window's usual width stay whole when a panel
+    // above the list (mapping by plugging, the log) takes the height.
+    hint_->setMinimumHeight(3 * hint_->fontMetrics().lineSpacing());
     controls->addWidget(hint_, 1);
     panel->addLayout(controls);
 
