@@ -22,19 +22,9 @@ vmTimeout=${E2E_VM_TIMEOUT:-90}
 deadline=$((SECONDS + ${E2E_TOTAL_TIMEOUT:-360}))
 here=$(cd "$(dirname "$0")" && pwd)
 acpiexec=$(command -v acpiexec || true)
-missing=()
-command -v qemu-system-x86_64 >/dev/null || missing+=("qemu-system-x86_64 (Debian package qemu-system-x86)")
-ls /boot/vmlinuz-* >/dev/null 2>&1 || missing+=("a kernel image in /boot (linux-image-amd64)")
-[ -f "$harness/run-in-vm.sh" ] || missing+=("the qemu-usb harness at $harness")
-[ -n "$acpiexec" ] && command -v iasl >/dev/null || missing+=("acpiexec and iasl (acpica-tools)")
-command -v python3 >/dev/null || missing+=("python3")
-if ((${#missing[@]} > 0)); then
-    printf 'missing: %s\n' "${missing[@]}"
-    echo "scripts/setup.sh --test installs what is missing"
-    exit 1
-fi
-mkdir -p "$cache"
-export QEMU_USB_CACHE=$cache
+acpiexec_missing=()
+[ -n "$acpiexec" ] && command -v iasl >/dev/null || acpiexec_missing+=("acpiexec and iasl (acpica-tools)")
+source "$here/vm-prerequisites.sh" "$harness" "$cache" "${acpiexec_missing[@]}"
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 

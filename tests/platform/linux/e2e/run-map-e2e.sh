@@ -12,18 +12,7 @@ set -uo pipefail
 korvane=$1 harness=$2 cache=$3
 limit=${E2E_VM_TIMEOUT:-150}
 here=$(cd "$(dirname "$0")" && pwd)
-missing=()
-command -v qemu-system-x86_64 >/dev/null || missing+=("qemu-system-x86_64 (Debian package qemu-system-x86)")
-ls /boot/vmlinuz-* >/dev/null 2>&1 || missing+=("a kernel image in /boot (linux-image-amd64)")
-[ -f "$harness/run-in-vm.sh" ] || missing+=("the qemu-usb harness at $harness")
-command -v python3 >/dev/null || missing+=("python3")
-if ((${#missing[@]} > 0)); then
-    printf 'missing: %s\n' "${missing[@]}"
-    echo "scripts/setup.sh --test installs what is missing"
-    exit 1
-fi
-mkdir -p "$cache"
-export QEMU_USB_CACHE=$cache
+source "$here/vm-prerequisites.sh" "$harness" "$cache"
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 
