@@ -241,7 +241,7 @@ MapOutcome CollectorModel::importPackage(const fs::path& package) {
     const auto counts = previousCounts();
     session_.selectOnly(match.selectedPortIDs);
     for (const auto& [key, code] : match.connectors) {
-        session_.edit(key, [code](SessionPort& entry) { entry.connector = code; });
+        session_.edit(key, [code = code](SessionPort& entry) { entry.connector = code; });
     }
     // "Mac" is what a package made without a model says; it applies nowhere.
     if (parse.package->model && *parse.package->model != fallbackMacModel) {

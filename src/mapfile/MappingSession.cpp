@@ -93,7 +93,7 @@ void MappingSession::selectOnly(const std::set<std::string>& keys) {
 void MappingSession::sawDevices(const std::map<std::string, std::string>& devices,
                                 std::chrono::system_clock::time_point when) {
     for (const auto& [key, device] : devices) {
-        edit(key, [&](SessionPort& port) {
+        edit(key, [&, &device = device](SessionPort& port) {
             port.selected = true;
             port.sighting = PortSighting{device, when};
         });
@@ -114,7 +114,7 @@ void MappingSession::takeLaterSightings(const MappingSession& other) {
         if (!theirs.sighting) {
             continue;
         }
-        edit(key, [&](SessionPort& port) {
+        edit(key, [&theirs = theirs](SessionPort& port) {
             if (!port.sighting || port.sighting->lastSeen < theirs.sighting->lastSeen) {
                 port.sighting = theirs.sighting;
             }
