@@ -17,6 +17,12 @@ namespace fs = std::filesystem;
 
 namespace {
 
+// What of one controller of a map or package landed on this machine.
+std::string controllerMatchText(std::size_t matched, std::size_t total) {
+    return matched == 0 ? std::string("not on this machine")
+                        : std::to_string(matched) + " of " + std::to_string(total) + " ports matched";
+}
+
 MapOutcome refused(const fs::path& file, const std::string& reason) {
     return {false, file.string() + " " + reason + ". Nothing was changed.", {}};
 }
@@ -183,10 +189,7 @@ MapOutcome CollectorModel::openMap(const fs::path& file) {
     }
     if (byController.size() > 1 || match.matchedKeys.size() < map.portKeys().size()) {
         for (const auto& [controller, keys] : byController) {
-            append("Map controller " + controller + ": " +
-                   (keys.first == 0 ? std::string("not on this machine")
-                                    : std::to_string(keys.first) + " of " + std::to_string(keys.second) +
-                                          " ports matched"));
+            append("Map controller " + controller + ": " + controllerMatchText(keys.first, keys.second));
         }
     }
     for (const auto& key : match.missingKeys) {
@@ -249,6 +252,12 @@ MapOutcome CollectorModel::importPackage(const fs::path& package) {
     }
     warnIfAnyControllerReachedPortLimit(counts);
     append("Package imported: " + package.string() + " (" + summary + ")");
+    if (match.byController.size() > 1 || match.matchedPorts < total) {
+        for (const auto& [controller, ports] : match.byController) {
+            append("Package controller " + controller + ": " +
+                   controllerMatchText(ports.first, ports.second));
+        }
+    }
     for (const auto& line : match.unmatched) {
         append("Not matched: " + line);
     }

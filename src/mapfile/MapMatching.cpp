@@ -91,6 +91,11 @@ PackageScanMatch matchPackageToScan(const PortMapPackage& package,
     for (const auto& packagePort : package.ports) {
         const std::string controllerText =
             packagePort.controllerNames.empty() ? "(no IONameMatch)" : packagePort.controllerNames.front();
+        // Two controllers of one name are told apart by the PCI IDs they match.
+        auto& [landed, ports] = match.byController[packagePort.primaryMatch.empty()
+                                                       ? controllerText
+                                                       : controllerText + " " + packagePort.primaryMatch];
+        ++ports;
         const std::string label =
             controllerText + " " + packagePort.name +
             (packagePort.number ? " (port " + std::to_string(*packagePort.number) + ")" : std::string());
@@ -128,6 +133,7 @@ PackageScanMatch matchPackageToScan(const PortMapPackage& package,
         }
         if (isMatched) {
             ++match.matchedPorts;
+            ++landed;
         } else {
             match.unmatched.push_back(label + ": " + controllerText + " has no port " +
                                       std::to_string(*packagePort.number) + " on this machine");

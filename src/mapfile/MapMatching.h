@@ -31,6 +31,9 @@ struct PackageScanMatch {
     std::size_t matchedPorts = 0;
     // One line per package port that lands nowhere, saying why.
     std::vector<std::string> unmatched;
+    // Per controller the package names (its first IONameMatch, and the PCI
+    // IDs it matches when given): how many of its ports landed, of how many.
+    std::map<std::string, std::pair<std::size_t, std::size_t>> byController;
 };
 
 // A package port lands on every scanned port whose controller's name is one

@@ -83,6 +83,10 @@ TEST(PortMapPackage, AHandMadeMapInEitherFormatMatchesByNameAndNumberAndListsThe
         const std::vector<USBControllerMap> chipsetOnly{scanned[0], scanned[1]};
         const auto other = matchPackageToScan(*parse.package, chipsetOnly);
         EXPECT_EQ(other.matchedPorts, 2u);
+        using Landed = std::pair<std::size_t, std::size_t>;
+        EXPECT_EQ(other.byController, (std::map<std::string, Landed>{
+                                          {"EH01", {0, 1}}, {"XHC 0x15e98086", {0, 1}}, {"XHC1", {2, 4}}}))
+            << "per controller of the package, what landed of its ports";
         EXPECT_THAT(other.unmatched,
                     testing::Contains(testing::HasSubstr(
                         ": the XHC of this machine has other PCI IDs than the package's (0x15e98086)")));
