@@ -12,6 +12,7 @@
 #include <QApplication>
 #include <QMainWindow>
 #include <QMenuBar>
+#include <QPushButton>
 #include <QScreen>
 #include <QTimer>
 #include <algorithm>
@@ -46,7 +47,12 @@ KorvaneGeneratorApp::KorvaneGeneratorApp(const AppOptions& options)
     QMenu& fileMenu = AppMenus::install(*window_);
     mapFiles_ = new MapFileActions(*window_, *content_, settingsFile_);
     mapFiles_->install(fileMenu);
-    AppMenus::addMapByPlugging(fileMenu, [this] { content_->startPlugging(); });
+    QAction* plugging = AppMenus::addMapByPlugging(fileMenu, [this] { content_->startPlugging(); });
+    // The entry can do what the button can: nothing for a saved registry or
+    // while busy, so it is greyed out with it rather than doing nothing.
+    QObject::connect(&fileMenu, &QMenu::aboutToShow, content_, [this, plugging] {
+        plugging->setEnabled(content_->parts().mapByPlugging->isEnabled());
+    });
     // The limits are the content's; the menu bar, where the window has one,
     // comes on top.
     content_->setMinimumSize(minimumWidth, minimumHeight);
