@@ -21,26 +21,8 @@ namespace {
 
 using testing::HasSubstr;
 
-// XHC1: HS01..HS04 and SS01..SS04, each SS port the companion of the HS port
-// of its number.
 USBControllerMap xhc1(const std::map<std::string, std::string>& devices) {
-    auto controller = makeController("XHC1", 0x8086, 0xa36d);
-    for (std::uint32_t i = 1; i <= 4; ++i) {
-        controller.ports.push_back(makePort("HS0" + std::to_string(i), i));
-    }
-    for (std::uint32_t i = 1; i <= 4; ++i) {
-        controller.ports.push_back(makePort("SS0" + std::to_string(i), 16 + i));
-    }
-    for (std::size_t i = 0; i < 4; ++i) {
-        controller.ports[i].companionKey = usbPortStableID(controller, controller.ports[4 + i]);
-        controller.ports[4 + i].companionKey = usbPortStableID(controller, controller.ports[i]);
-    }
-    for (auto& port : controller.ports) {
-        if (const auto device = devices.find(port.name); device != devices.end()) {
-            port.activeDevice = device->second;
-        }
-    }
-    return controller;
+    return pairedXHC1(4, devices);
 }
 
 class PluggingPanelTest : public ViewFixture {
