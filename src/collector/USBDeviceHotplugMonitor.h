@@ -38,8 +38,6 @@ class USBDeviceHotplugMonitor {
         }
     }
 
-    bool isStarted() const { return started_; }
-
     std::function<void()> onChange;
 
   private:

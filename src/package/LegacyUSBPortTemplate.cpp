@@ -147,12 +147,4 @@ std::vector<USBPortMap> legacyUSBPortTemplatePorts(const USBControllerMap& contr
     return ports;
 }
 
-std::vector<std::string_view> legacyUSBPortTemplateKeys() {
-    std::vector<std::string_view> keys;
-    for (const auto& row : templateTable) {
-        keys.push_back(row.key);
-    }
-    return keys;
-}
-
 } // namespace korvane

@@ -42,7 +42,4 @@ inline constexpr std::string_view templatePortLocation = "template";
 // in table order; empty when there is no key or no template.
 std::vector<USBPortMap> legacyUSBPortTemplatePorts(const USBControllerMap& controller);
 
-// Every key of the table, in table order.
-std::vector<std::string_view> legacyUSBPortTemplateKeys();
-
 } // namespace korvane

@@ -23,8 +23,6 @@ class SysfsTreeBuilder {
     // would; null once the budget is spent.
     NativeUSBNode* add(NativeUSBNode& parent, std::string className, PropertyDictionary properties);
 
-    bool isExhausted() const { return remaining_ == 0; }
-
   private:
     std::size_t remaining_;
 };
