@@ -83,61 +83,48 @@ TEST_F(ContentViewTest, ControlsAndOutcomesFollowTheModelsState) {
         "ERROR: " + (desktopFolder / "KorvaneGenerator_Work").string() + ": Not a directory";
     const std::string ready = "Reset Ports|Update IDs|Ready";
     const std::string failed = "Reset Ports|Update IDs|Failed";
-    auto run = [this] {
-        model->startCollection();
-        scheduler.runUntilIdle();
+    // The steps that lead from one state to the next.
+    using Step = std::function<void()>;
+    const auto& p = parts();
+    auto click = [](QPushButton* button) -> Step { return [button] { button->click(); }; };
+    const Step idle = [this] { scheduler.runUntilIdle(); };
+    const Step start = [this] { model->startCollection(); };
+    const Step scanNone = [this] { scanShowing({}); };
+    const Step scanTwo = [this] { scanShowing(twoControllers); };
+    const Step refresh = [this] { model->refreshActiveUSBDevices(); };
+    const Step update = [this] { model->updateIDsDatabases(); };
+    const Step removeZip = [this] { std::filesystem::remove(*model->lastZipURL()); };
+    // A file where the Desktop should be: the work folder can't be made.
+    const Step desktopIsAFile = [this] {
+        std::filesystem::remove_all(desktopFolder);
+        std::ofstream(desktopFolder) << "not a folder";
     };
-    const std::tuple<const char*, std::function<void()>, const char*, std::string, std::string> states[] = {
-        {"no controllers", [&] { scanShowing({}); }, "1100001", ready, ""},
-        {"loaded", [&] { scanShowing(twoControllers); }, "1111101", ready, ""},
+    const Step pickInternal = [this] {
+        model->setConnector(twoControllers[0], twoControllers[0].ports[0], 255);
+    };
+    const std::string zipGone =
+        "Open ZIP found nothing: " + (desktopFolder / "Korvane.zip").string() + " was moved or deleted.";
+    const std::tuple<const char*, std::vector<Step>, const char*, std::string, std::string> states[] = {
+        {"no controllers", {scanNone}, "1100001", ready, ""},
+        {"loaded", {scanTwo}, "1111101", ready, ""},
         // silent, but the label still says so
-        {"scanning", [&] { model->refreshActiveUSBDevices(); }, "0011101", "Resetting...|Update IDs|Ready",
-         ""},
-        {"updating",
-         [&] {
-             scheduler.runUntilIdle();
-             model->updateIDsDatabases();
-         },
-         "0011101", "Reset Ports|Updating IDs...|Ready", ""},
-        {"running",
-         [&] {
-             scheduler.runUntilIdle();
-             model->startCollection();
-         },
-         "0000000", "Reset Ports|Update IDs|Running", ""},
-        {"completed", [&] { scheduler.runUntilIdle(); }, "1111111", "Reset Ports|Update IDs|Completed", ""},
-        {"ZIP gone",
-         [&] {
-             std::filesystem::remove(*model->lastZipURL());
-             parts().openZip->click();
-         },
-         "1111111", "Reset Ports|Update IDs|Completed",
-         "Open ZIP found nothing: " + (desktopFolder / "Korvane.zip").string() + " was moved or deleted."},
-        {"failed",
-         [&] {
-             // A file where the Desktop should be: the work folder can't be made.
-             std::filesystem::remove_all(desktopFolder);
-             std::ofstream(desktopFolder) << "not a folder";
-             run();
-         },
-         "1111101", failed, notADirectory},
-        {"ids update",
-         [&] {
-             parts().updateIDs->click();
-             scheduler.runUntilIdle();
-         },
-         "1111101", failed, noNetwork},
+        {"scanning", {refresh}, "0011101", "Resetting...|Update IDs|Ready", ""},
+        {"updating", {idle, update}, "0011101", "Reset Ports|Updating IDs...|Ready", ""},
+        {"running", {idle, start}, "0000000", "Reset Ports|Update IDs|Running", ""},
+        {"completed", {idle}, "1111111", "Reset Ports|Update IDs|Completed", ""},
+        {"ZIP gone", {removeZip, click(p.openZip)}, "1111111", "Reset Ports|Update IDs|Completed", zipGone},
+        {"failed", {desktopIsAFile, start, idle}, "1111101", failed, notADirectory},
+        {"ids update", {click(p.updateIDs), idle}, "1111101", failed, noNetwork},
         // The selection the run failed on is gone: a run would write something else.
-        {"selection changed", [&] { parts().selectAll->click(); }, "1111101", ready, ""},
-        {"failed again", run, "1111101", failed, notADirectory},
-        {"connector changed",
-         [&] { model->setConnector(twoControllers[0], twoControllers[0].ports[0], 255); }, "1111101", ready,
-         notADirectory},
-        {"next run", [&] { model->startCollection(); }, "0000000", "Reset Ports|Update IDs|Running", ""},
+        {"selection changed", {click(p.selectAll)}, "1111101", ready, ""},
+        {"failed again", {start, idle}, "1111101", failed, notADirectory},
+        {"connector changed", {pickInternal}, "1111101", ready, notADirectory},
+        {"next run", {start}, "0000000", "Reset Ports|Update IDs|Running", ""},
     };
-    for (const auto& [name, enter, enabled, labels, outcome] : states) {
-        enter();
-        const auto& p = parts();
+    for (const auto& [name, steps, enabled, labels, outcome] : states) {
+        for (const auto& step : steps) {
+            step();
+        }
         std::string flags;
         for (const QPushButton* button :
              {p.resetPorts, p.updateIDs, p.selectAll, p.deselectAll, p.generate, p.openZip, p.donate}) {
