@@ -36,8 +36,9 @@ class USBPortEditRowTest : public ViewFixture {
     std::unique_ptr<USBPortEditRow> row;
 };
 
-// The device or a dimmed placeholder; where the connector came from, which a
-// pick of another type makes the user's; the place when there is one.
+// The device, or dimmed a placeholder or the last device seen; where the
+// connector came from, which a pick of another type makes the user's; the
+// place when there is one.
 TEST_F(USBPortEditRowTest, ShowsTheDeviceTheConnectorsSourceAndThePlace) {
     USBPortMap port = makePort("HS01", 1, "", 9);
     port.connectorSource = ConnectorSource::firmware;
@@ -61,6 +62,15 @@ TEST_F(USBPortEditRowTest, ShowsTheDeviceTheConnectorsSourceAndThePlace) {
     EXPECT_FALSE(row->deviceLabel()->wordWrap());
     EXPECT_EQ(row->sourceLabel()->text(), "inferred");
     EXPECT_TRUE(row->placeLabel()->isHidden());
+
+    controller.ports[0].activeDevice.clear();
+    scans.push_back({{controller}});
+    model->refreshActiveUSBDevices();
+    scheduler.runUntilIdle();
+    row->setPort(controller, controller.ports[0]);
+    EXPECT_EQ(row->deviceLabel()->text(), "seen: Apple Keyboard (Hub port 2), 14:03")
+        << "named after it left";
+    EXPECT_EQ(deviceAlpha(), 140);
 }
 
 // Each key reaches the model; one that breaks its rule is taken back.
