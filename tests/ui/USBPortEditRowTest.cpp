@@ -54,7 +54,9 @@ TEST_F(USBPortEditRowTest, ShowsTheDeviceTheConnectorsSourceAndThePlace) {
     pick("USB3");
     EXPECT_EQ(row->sourceLabel()->text(), "user");
     pick("Type-C+Sw");
-    EXPECT_EQ(model->connectorOverrides().size(), 1u) << "a pick of the scanned type is the user's word too";
+    const auto overrides = model->connectorOverrides();
+    EXPECT_TRUE(overrides.size() == 1 && overrides.begin()->second == 9)
+        << "a pick of the scanned type is kept";
 
     rowFor({makePort("HS02", 2, "Apple Keyboard (Hub port 2)")});
     EXPECT_EQ(row->deviceLabel()->text(), "Apple Keyboard (Hub port 2)");
