@@ -1,7 +1,6 @@
 #include "ui/ContentView.h"
 
 #include "ViewFixture.h"
-#include "WindowFit.h"
 #include "records/PortPlace.h"
 #include "ui/ControllerList.h"
 #include "ui/ControllerSection.h"
@@ -31,6 +30,7 @@ namespace korvane {
 namespace {
 
 using testing::ElementsAre;
+using testing::HasSubstr;
 
 USBControllerMap intelXHC(std::vector<USBPortMap> ports) {
     return makeController("XHC", 0x8086, 0xa36d, std::move(ports),
@@ -50,7 +50,22 @@ class ContentViewTest : public ViewFixture {
     // A button's label as shown, without its mnemonic's marker.
     static QString shown(const QPushButton& button) { return QString(button.text()).remove('&'); }
     std::vector<ControllerSection*> sections() const { return parts().list->sections(); }
-    bool isListShown() const { return parts().list->isVisibleTo(view.get()); }
+    bool isShown(const QWidget* widget) const { return widget->isVisibleTo(view.get()); }
+    void settle() {
+        scheduler.runUntilIdle();
+        QApplication::processEvents();
+    }
+    // A silent rescan that finds `controllers`, as a device's arrival gives.
+    void rescan(std::vector<USBControllerMap> controllers) {
+        scans.push_back({std::move(controllers)});
+        model->refreshActiveUSBDevices();
+        settle();
+    }
+    void showActive() {
+        view->show();
+        QApplication::setActiveWindow(view.get());
+        QApplication::processEvents();
+    }
 
     std::unique_ptr<ContentView> view;
     const std::vector<USBControllerMap> twoControllers{intelXHC(makePorts(4, 1)),
@@ -66,64 +81,50 @@ TEST_F(ContentViewTest, ControlsAndOutcomesFollowTheModelsState) {
         "pci.ids update failed: Could not resolve host | usb.ids update failed: Could not resolve host";
     const std::string notADirectory =
         "ERROR: " + (desktopFolder / "KorvaneGenerator_Work").string() + ": Not a directory";
-    const std::tuple<const char*, std::function<void()>, const char*, const char*, std::string> states[] = {
-        {"no controllers", [&] { scanShowing({}); }, "1100001", "Reset Ports|Update IDs|Ready", ""},
-        {"loaded", [&] { scanShowing(twoControllers); }, "1111101", "Reset Ports|Update IDs|Ready", ""},
-        // silent, but the label still says so
-        {"scanning", [&] { model->refreshActiveUSBDevices(); }, "0011101", "Resetting...|Update IDs|Ready",
-         ""},
-        {"updating",
-         [&] {
-             scheduler.runUntilIdle();
-             model->updateIDsDatabases();
-         },
-         "0011101", "Reset Ports|Updating IDs...|Ready", ""},
-        {"running",
-         [&] {
-             scheduler.runUntilIdle();
-             model->startCollection();
-         },
-         "0000000", "Reset Ports|Update IDs|Running", ""},
-        {"completed", [&] { scheduler.runUntilIdle(); }, "1111111", "Reset Ports|Update IDs|Completed", ""},
-        {"ZIP gone",
-         [&] {
-             std::filesystem::remove(*model->lastZipURL());
-             parts().openZip->click();
-         },
-         "1111111", "Reset Ports|Update IDs|Completed",
-         "Open ZIP found nothing: " + (desktopFolder / "Korvane.zip").string() + " was moved or deleted."},
-        {"failed",
-         [&] {
-             // A file where the Desktop should be: the work folder can't be made.
-             std::filesystem::remove_all(desktopFolder);
-             std::ofstream(desktopFolder) << "not a folder";
-             model->startCollection();
-             scheduler.runUntilIdle();
-         },
-         "1111101", "Reset Ports|Update IDs|Failed", notADirectory},
-        {"ids update",
-         [&] {
-             parts().updateIDs->click();
-             scheduler.runUntilIdle();
-         },
-         "1111101", "Reset Ports|Update IDs|Failed", noNetwork},
-        // The selection the run failed on is gone: a run would write something else.
-        {"selection changed", [&] { parts().selectAll->click(); }, "1111101", "Reset Ports|Update IDs|Ready",
-         ""},
-        {"failed again",
-         [&] {
-             model->startCollection();
-             scheduler.runUntilIdle();
-         },
-         "1111101", "Reset Ports|Update IDs|Failed", notADirectory},
-        {"connector changed",
-         [&] { model->setConnector(twoControllers[0], twoControllers[0].ports[0], 255); }, "1111101",
-         "Reset Ports|Update IDs|Ready", notADirectory},
-        {"next run", [&] { model->startCollection(); }, "0000000", "Reset Ports|Update IDs|Running", ""},
+    const std::string ready = "Reset Ports|Update IDs|Ready";
+    const std::string failed = "Reset Ports|Update IDs|Failed";
+    // The steps that lead from one state to the next.
+    using Step = std::function<void()>;
+    const auto& p = parts();
+    auto click = [](QPushButton* button) -> Step { return [button] { button->click(); }; };
+    const Step idle = [this] { scheduler.runUntilIdle(); };
+    const Step start = [this] { model->startCollection(); };
+    const Step scanNone = [this] { scanShowing({}); };
+    const Step scanTwo = [this] { scanShowing(twoControllers); };
+    const Step refresh = [this] { model->refreshActiveUSBDevices(); };
+    const Step update = [this] { model->updateIDsDatabases(); };
+    const Step removeZip = [this] { std::filesystem::remove(*model->lastZipURL()); };
+    // A file where the Desktop should be: the work folder can't be made.
+    const Step desktopIsAFile = [this] {
+        std::filesystem::remove_all(desktopFolder);
+        std::ofstream(desktopFolder) << "not a folder";
     };
-    for (const auto& [name, enter, enabled, labels, outcome] : states) {
-        enter();
-        const auto& p = parts();
+    const Step pickInternal = [this] {
+        model->setConnector(twoControllers[0], twoControllers[0].ports[0], 255);
+    };
+    const std::string zipGone =
+        "Open ZIP found nothing: " + (desktopFolder / "Korvane.zip").string() + " was moved or deleted.";
+    const std::tuple<const char*, std::vector<Step>, const char*, std::string, std::string> states[] = {
+        {"no controllers", {scanNone}, "1100001", ready, ""},
+        {"loaded", {scanTwo}, "1111101", ready, ""},
+        // silent, but the label still says so
+        {"scanning", {refresh}, "0011101", "Resetting...|Update IDs|Ready", ""},
+        {"updating", {idle, update}, "0011101", "Reset Ports|Updating IDs...|Ready", ""},
+        {"running", {idle, start}, "0000000", "Reset Ports|Update IDs|Running", ""},
+        {"completed", {idle}, "1111111", "Reset Ports|Update IDs|Completed", ""},
+        {"ZIP gone", {removeZip, click(p.openZip)}, "1111111", "Reset Ports|Update IDs|Completed", zipGone},
+        {"failed", {desktopIsAFile, start, idle}, "1111101", failed, notADirectory},
+        {"ids update", {click(p.updateIDs), idle}, "1111101", failed, noNetwork},
+        // The selection the run failed on is gone: a run would write something else.
+        {"selection changed", {click(p.selectAll)}, "1111101", ready, ""},
+        {"failed again", {start, idle}, "1111101", failed, notADirectory},
+        {"connector changed", {pickInternal}, "1111101", ready, notADirectory},
+        {"next run", {start}, "0000000", "Reset Ports|Update IDs|Running", ""},
+    };
+    for (const auto& [name, steps, enabled, labels, outcome] : states) {
+        for (const auto& step : steps) {
+            step();
+        }
         std::string flags;
         for (const QPushButton* button :
              {p.resetPorts, p.updateIDs, p.selectAll, p.deselectAll, p.generate, p.openZip, p.donate}) {
@@ -136,7 +137,7 @@ TEST_F(ContentViewTest, ControlsAndOutcomesFollowTheModelsState) {
         QStringList lines;
         for (const QLabel* line :
              {p.outcome->runError(), p.outcome->idsUpdateResult(), p.outcome->openZipProblem()}) {
-            if (line->isVisibleTo(view.get())) {
+            if (isShown(line)) {
                 lines << line->text();
             }
         }
@@ -150,7 +151,7 @@ TEST_F(ContentViewTest, ControlsAndOutcomesFollowTheModelsState) {
 TEST_F(ContentViewTest, ScanNoticesShowUntilAScanHasNone) {
     scans.push_back({twoControllers, {"Connector types from the firmware need root."}});
     model->scanUSBPorts();
-    scheduler.runUntilIdle();
+    settle();
     EXPECT_EQ(parts().scanNotices->text(), "Connector types from the firmware need root.");
     EXPECT_FALSE(parts().scanNotices->isHidden());
     scanShowing(twoControllers);
@@ -176,36 +177,19 @@ TEST_F(ContentViewTest, RowsAndSectionsStayLiveDuringARunAndItsZipCanBeShown) {
     EXPECT_TRUE(recordingDesktop.opened.empty());
 }
 
-TEST_F(ContentViewTest, FirstAppearanceStartsTheModelOnce) {
-    EXPECT_FALSE(isListShown());
-    view->show();
-    EXPECT_TRUE(model->isScanningUSB()) << "the first scan starts with the window";
-    EXPECT_THAT(model->logText(), testing::HasSubstr("App started."));
-    scans.push_back({twoControllers});
-    scheduler.runUntilIdle();
-    EXPECT_TRUE(isListShown());
-    view->hide();
-    view->show();
-    EXPECT_FALSE(model->isScanningUSB()) << "showing the window again starts nothing";
-}
-
-TEST_F(ContentViewTest, CounterCountsThisScansPortsAndKeptKeysApart) {
+// The counter and the rows follow each change of the model.
+TEST_F(ContentViewTest, CounterCountsThisScansPortsAndKeptKeysApartAndRowsFollowTheModel) {
     scanShowing(
         {intelXHC({makePort("HS01", 1, "Keyboard"), makePort("HS02", 2, "Mouse"), makePort("HS03", 3)})});
     EXPECT_EQ(parts().counter->text(), "2/3 selected");
-    // HS02 and HS03 vanish; HS02's key stays selected.
-    scans.push_back({{intelXHC({makePort("HS01", 1, "Keyboard")})}});
-    model->refreshActiveUSBDevices();
-    scheduler.runUntilIdle();
+    rescan({intelXHC({makePort("HS01", 1, "Keyboard")})}); // HS02's key stays selected
     EXPECT_EQ(parts().counter->text(), "1/1 selected \u00B7 1 kept for ports not on this machine");
     parts().deselectAll->click();
-    EXPECT_EQ(parts().counter->text(), "0/1 selected");
+    EXPECT_FALSE(sections()[0]->rows()[0]->checkbox()->isChecked());
 }
 
 TEST_F(ContentViewTest, SectionsOpenAfterEachChangeOfTheControllerList) {
-    const auto a = intelXHC(makePorts(2));
-    const auto b = makeController("XHC2", 0x1b73, 0x1100, makePorts(1));
-    const auto c = makeController("XHC3", 0x1912, 0x0015, makePorts(1));
+    const auto xhc3 = makeController("XHC3", 0x1912, 0x0015, makePorts(1));
     auto openStates = [this] {
         std::vector<bool> open;
         for (auto* section : sections()) {
@@ -213,41 +197,56 @@ TEST_F(ContentViewTest, SectionsOpenAfterEachChangeOfTheControllerList) {
         }
         return open;
     };
-
-    scanShowing({a, b});
+    scanShowing(twoControllers);
     EXPECT_THAT(openStates(), ElementsAre(true, true)) << "after the first scan every section is open";
     sections()[0]->header()->click();
-    scanShowing({a, b});
+    scanShowing(twoControllers);
     EXPECT_THAT(openStates(), ElementsAre(false, true)) << "the same list keeps the user's choice";
-    scanShowing({a, b, c});
+    scanShowing({twoControllers[0], twoControllers[1], xhc3});
     EXPECT_THAT(openStates(), ElementsAre(true, true, true)) << "a new controller opens them all";
-    sections()[2]->header()->click();
-    scanShowing({a, b});
-    scanShowing({a, b, c});
-    EXPECT_THAT(openStates(), ElementsAre(true, true, true)) << "a returning controller opens again";
 }
 
-TEST_F(ContentViewTest, RescanUpdatesTheShownWidgetsInPlace) {
+// The wheel over the list scrolls it; a connector menu or the target model
+// box that passes under the pointer changes only while it has the focus. A
+// rescan updates the shown widgets in place, where the list stands.
+TEST_F(ContentViewTest, TheWheelScrollsTheListAndARescanKeepsItsWidgetsAndPlace) {
     std::vector<USBControllerMap> list;
     for (int i = 0; i < 4; ++i) {
         list.push_back(makeController("XHC" + std::to_string(i), 0x8086, 0x1000 + i, makePorts(25)));
     }
     scanShowing(list);
-    view->show();
-    QApplication::processEvents();
+    showActive();
     QScrollBar* scroll = parts().list->verticalScrollBar();
     ASSERT_GT(scroll->maximum(), 0);
+    // As a mouse's wheel arrives: at the window, which hands it to the widget
+    // under the pointer, and on up to the parents while ignored.
+    auto turn = [this](QWidget& under) {
+        const QPointF at = under.mapTo(view.get(), under.rect().center());
+        QWheelEvent wheel(at, view->mapToGlobal(at), QPoint(), QPoint(0, -120), Qt::NoButton, Qt::NoModifier,
+                          Qt::NoScrollPhase, false);
+        QSpontaneKeyEvent::setSpontaneous(&wheel);
+        QApplication::sendEvent(view->windowHandle(), &wheel);
+        QApplication::processEvents();
+    };
+    QComboBox& connector = *sections()[0]->rows()[2]->connectorMenu();
+    parts().resetPorts->setFocus();
+    const QString connectorBefore = connector.currentText();
+    turn(connector);
+    EXPECT_EQ(connector.currentText(), connectorBefore) << "unfocused menu";
+    EXPECT_GT(scroll->value(), 0) << "the list scrolled instead";
+    EXPECT_FALSE(connector.hasFocus()) << "the wheel gives no focus";
+    turn(*parts().targetModel->menu());
+    EXPECT_EQ(model->targetModelChoice(), "") << "unfocused model box";
+    connector.setFocus();
+    turn(connector);
+    EXPECT_NE(connector.currentText(), connectorBefore) << "focused menu";
+
     scroll->setValue(scroll->maximum() / 2);
     const int position = scroll->value();
     const auto before = sections();
     USBPortEditRow* row = before[3]->rows()[24];
-
     list[3].ports[24].activeDevice = "Flash Drive";
-    scans.push_back({list});
-    model->refreshActiveUSBDevices();
-    scheduler.runUntilIdle();
-    QApplication::processEvents();
-
+    rescan(list);
     EXPECT_EQ(sections(), before) << "no section was rebuilt";
     EXPECT_EQ(before[3]->rows()[24], row);
     EXPECT_EQ(row->deviceLabel()->text(), "Flash Drive");
@@ -255,56 +254,14 @@ TEST_F(ContentViewTest, RescanUpdatesTheShownWidgetsInPlace) {
     EXPECT_EQ(scroll->value(), position) << "the list didn't jump";
 }
 
-TEST_F(ContentViewTest, SharedPortKeysShowTheSameChoices) {
-    // Equal name and port data: one key for both rows.
-    const auto controller = intelXHC({makePort("HS01", 1), makePort("HS01", 1)});
-    scanShowing({controller});
-    auto rows = sections()[0]->rows();
-    ASSERT_EQ(rows.size(), 2u);
-    rows[0]->checkbox()->click();
-    EXPECT_TRUE(rows[1]->checkbox()->isChecked());
-    pick(*rows[1]->connectorMenu(), "Internal");
-    EXPECT_EQ(model->connectorFor(controller, controller.ports[0]), 255);
-    EXPECT_EQ(rows[0]->connectorMenu()->currentText(), "Internal");
-}
-
-// More than 15 ports on a controller: Generate asks, and only "Generate
-// anyway" starts the run.
-TEST_F(ContentViewTest, GenerateAsksBeforeARunOverTheLimit) {
-    scanShowing({intelXHC(makePorts(16))});
-    parts().selectAll->click();
-    model->dismissPortLimitWarning(); // the alert of reaching 15 is another
-    QApplication::processEvents();
-    for (const QString answer : {"Cancel", "Generate anyway"}) {
-        QStringList buttons;
-        QString text;
-        QTimer::singleShot(0, [&] {
-            auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
-            ASSERT_NE(box, nullptr);
-            text = box->text();
-            for (auto* button : box->buttons()) {
-                buttons << button->text().remove('&');
-                if (button->text().remove('&') == answer) {
-                    button->click();
-                }
-            }
-        });
-        parts().generate->click();
-        EXPECT_THAT(text.toStdString(),
-                    testing::StartsWith("XHC would be written with 16 ports, and macOS uses "
-                                        "at most 15."));
-        EXPECT_EQ(buttons.size(), 2) << buttons.join(", ").toStdString();
-        EXPECT_EQ(model->isRunning(), answer != "Cancel") << answer.toStdString();
-    }
-}
-
-TEST_F(ContentViewTest, PortLimitAlertStandsOnceAndOKOnlyDismisses) {
+// Reaching 15 ports on an Intel controller raises one alert, whose OK only
+// dismisses; over 15 Generate asks, and only "Generate anyway" starts the run.
+TEST_F(ContentViewTest, ThePortLimitRaisesOneAlertAndGenerateAsksBeforeARunOverIt) {
     scanShowing({intelXHC(makePorts(16))});
     parts().selectAll->click();
     ASSERT_TRUE(model->showPortLimitWarning());
     model->setConnector(model->scannedControllers()[0], model->scannedControllers()[0].ports[0], 0);
     QApplication::processEvents();
-
     QMessageBox* alert = view->portLimitAlert();
     ASSERT_NE(alert, nullptr);
     EXPECT_EQ(view->findChildren<QMessageBox*>().size(), 1) << "one alert for two notifications";
@@ -312,12 +269,28 @@ TEST_F(ContentViewTest, PortLimitAlertStandsOnceAndOKOnlyDismisses) {
     EXPECT_THAT(alert->informativeText().toStdString(),
                 testing::StartsWith("This Intel XHC/XHCI controller has reached 15 selected USB ports."));
     ASSERT_EQ(alert->buttons().size(), 1);
-    EXPECT_EQ(alert->buttons()[0]->text(), "&OK");
-
     alert->buttons()[0]->click();
     QApplication::processEvents();
     EXPECT_FALSE(model->showPortLimitWarning());
     EXPECT_EQ(model->selectedPortIDs().size(), 16u) << "the selection stays";
+
+    for (const QString answer : {"Cancel", "Generate anyway"}) {
+        QString text;
+        QTimer::singleShot(0, [&] {
+            auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
+            ASSERT_NE(box, nullptr);
+            text = box->text();
+            for (auto* button : box->buttons()) {
+                if (button->text().remove('&') == answer) {
+                    button->click();
+                }
+            }
+        });
+        parts().generate->click();
+        EXPECT_THAT(text.toStdString(),
+                    testing::StartsWith("XHC would be written with 16 ports, and macOS uses at most 15."));
+        EXPECT_EQ(model->isRunning(), answer != "Cancel") << answer.toStdString();
+    }
 }
 
 // What is typed is the choice; the warning stands while the model is "Mac"
@@ -325,12 +298,11 @@ TEST_F(ContentViewTest, PortLimitAlertStandsOnceAndOKOnlyDismisses) {
 TEST_F(ContentViewTest, TheTargetModelFieldSetsTheChoiceAndWarnsWhereMacOSWouldIgnoreTheMap) {
     scanShowing({intelXHC(makePorts(1, 1)), makeController("XHC", 0x8086, 0x15e9, makePorts(1, 1))});
     QComboBox& field = *parts().targetModel->menu();
+    const QString nowhere = "macOS applies this map only on a Mac of the model it names.";
     const std::tuple<QString, QString, QString> rows[] = {
-        {"", "no model found", "macOS applies this map only on a Mac of the model it names."},
-        {std::string(65, 'M').c_str(), "no model found",
-         "macOS applies this map only on a Mac of the model it names."}, // longer than SMBIOS holds: refused
+        {std::string(65, 'M').c_str(), "no model found", nowhere}, // longer than SMBIOS holds: refused
         {"iMac19,1", "your choice", ""},
-        {"Mac", "your choice", "macOS applies this map only on a Mac of the model it names."},
+        {"Mac", "your choice", nowhere},
         {"My Mac", "your choice",
          "\u201CMy Mac\u201D isn't shaped like a Mac model (iMac19,1, MacBookPro15,2): macOS applies this "
          "map "
@@ -342,47 +314,44 @@ TEST_F(ContentViewTest, TheTargetModelFieldSetsTheChoiceAndWarnsWhereMacOSWouldI
         EXPECT_EQ(model->targetModelChoice(), typed.size() > 64 ? "" : typed.toStdString());
         EXPECT_EQ(parts().targetModel->sourceLabel()->text(), source) << typed.toStdString();
         EXPECT_EQ(parts().targetModelWarning->text(), warning) << typed.toStdString();
-        EXPECT_EQ(parts().targetModelWarning->isVisibleTo(view.get()), !warning.isEmpty());
+        EXPECT_EQ(isShown(parts().targetModelWarning), !warning.isEmpty());
     }
     EXPECT_THAT(parts().personalityNotes->text().toStdString(),
-                testing::HasSubstr("merge personality is named My Mac-XHC 8086_15E9"));
+                HasSubstr("merge personality is named My Mac-XHC 8086_15E9"));
     view->setSettingsProblem("The target model can't be remembered for the next start: Not a directory");
     EXPECT_THAT(parts().targetModelWarning->text().toStdString(), testing::EndsWith("Not a directory"));
 }
 
+// Closed sections say it too; over the 15 ports macOS uses in bold, with the
+// template's ports the scan didn't see.
 TEST_F(ContentViewTest, EachSectionSaysWhatARunWouldWriteForIt) {
     scanShowing(twoControllers);
-    auto lines = [this] {
-        std::vector<std::string> texts;
-        for (auto* section : sections()) {
-            texts.push_back(section->contribution()->text().toStdString());
-        }
-        return texts;
-    };
-    EXPECT_THAT(lines(), ElementsAre("1 port checked · 1 of 15", "support personality only · 0 of 15"));
-    EXPECT_FALSE(sections()[0]->contribution()->font().bold());
-    sections()[0]->header()->click(); // closed sections say it too
+    const QLabel& first = *sections()[0]->contribution();
+    EXPECT_EQ(first.text(), "1 port checked · 1 of 15");
+    EXPECT_FALSE(first.font().bold());
+    EXPECT_EQ(sections()[1]->contribution()->text(), "support personality only · 0 of 15");
+    sections()[0]->header()->click();
     parts().deselectAll->click();
-    // Over the 15 ports macOS uses, in bold, with the template's ports the scan didn't see.
-    EXPECT_THAT(lines(), ElementsAre(testing::StartsWith(
-                                         "no port checked: the built-in template's 24 ports will be written "
-                                         "· 24 of 15\nXHC: nothing is checked, so the built-in "
-                                         "template is written, with ports the scan didn't see: "),
-                                     "support personality only · 0 of 15"));
-    EXPECT_TRUE(sections()[0]->contribution()->font().bold());
-    parts().selectAll->click();
-    EXPECT_THAT(lines(), ElementsAre("4 ports checked · 4 of 15", "2 ports checked · 2 of 15"));
+    EXPECT_THAT(
+        first.text().toStdString(),
+        testing::StartsWith("no port checked: the built-in template's 24 ports will be written · 24 of "
+                            "15\nXHC: nothing is checked, so the built-in template is written, with "
+                            "ports the scan didn't see: "));
+    EXPECT_TRUE(first.font().bold());
 }
 
-// Tab walks the window as it reads: the editor's buttons, each section's
-// header and rows, the action row, the log toggle, the footer. The keyboard
-// starts at the first control once the first scan is in.
-TEST_F(ContentViewTest, TheKeyboardFollowsTheReadingOrder) {
-    view->show();
-    QApplication::setActiveWindow(view.get());
+// The first showing starts the model, once. The keyboard starts at the first
+// control once the first scan is in, and Tab walks the window as it reads:
+// the editor's buttons, each section's header and rows, the action row, the
+// log toggle, the footer.
+TEST_F(ContentViewTest, TheFirstShowingStartsTheModelOnceAndTheKeyboardFollowsTheReadingOrder) {
+    EXPECT_FALSE(isShown(parts().list));
+    showActive();
+    EXPECT_TRUE(model->isScanningUSB()) << "the first scan starts with the window";
+    EXPECT_THAT(model->logText(), HasSubstr("App started."));
     scans.push_back({{intelXHC(makePorts(1, 1)), makeController("XHC2", 0x1b73, 0x1100, makePorts(1))}});
-    scheduler.runUntilIdle();
-    QApplication::processEvents();
+    settle();
+    EXPECT_TRUE(isShown(parts().list));
 
     std::vector<std::string> visited;
     for (int step = 0; step < 16; ++step) {
@@ -401,51 +370,17 @@ TEST_F(ContentViewTest, TheKeyboardFollowsTheReadingOrder) {
     std::set<QChar> keys;
     std::size_t shownButtons = 0;
     for (const QPushButton* button : view->findChildren<QPushButton*>()) {
-        if (!button->isVisibleTo(view.get())) {
-            continue;
+        if (isShown(button)) {
+            ++shownButtons;
+            const auto marker = button->text().indexOf('&');
+            ASSERT_GE(marker, 0) << button->text().toStdString();
+            keys.insert(button->text().at(marker + 1).toLower());
         }
-        ++shownButtons;
-        const auto marker = button->text().indexOf('&');
-        ASSERT_GE(marker, 0) << button->text().toStdString();
-        keys.insert(button->text().at(marker + 1).toLower());
     }
     EXPECT_EQ(keys.size(), shownButtons);
-}
-
-// The wheel over the list scrolls it; a connector menu or the target model
-// box that passes under the pointer changes only while it has the focus.
-TEST_F(ContentViewTest, TheWheelScrollsTheListAndChangesAMenuOnlyWithTheFocus) {
-    scanShowing({intelXHC(makePorts(30, 1))});
+    view->hide();
     view->show();
-    QApplication::setActiveWindow(view.get());
-    QApplication::processEvents();
-    QScrollBar* scroll = parts().list->verticalScrollBar();
-    ASSERT_GT(scroll->maximum(), 0);
-    // As a mouse's wheel arrives: at the window, which hands it to the widget
-    // under the pointer, and on up to the parents while ignored.
-    auto turn = [this](QWidget& under) {
-        const QPointF at = under.mapTo(view.get(), under.rect().center());
-        QWheelEvent wheel(at, view->mapToGlobal(at), QPoint(), QPoint(0, -120), Qt::NoButton, Qt::NoModifier,
-                          Qt::NoScrollPhase, false);
-        QSpontaneKeyEvent::setSpontaneous(&wheel);
-        QApplication::sendEvent(view->windowHandle(), &wheel);
-        QApplication::processEvents();
-    };
-
-    QComboBox& connector = *sections()[0]->rows()[2]->connectorMenu();
-    QComboBox& target = *parts().targetModel->menu();
-    parts().resetPorts->setFocus();
-    const QString connectorBefore = connector.currentText();
-    turn(connector);
-    EXPECT_EQ(connector.currentText(), connectorBefore) << "unfocused menu";
-    EXPECT_GT(scroll->value(), 0) << "the list scrolled instead";
-    EXPECT_FALSE(connector.hasFocus()) << "the wheel gives no focus";
-    turn(target);
-    EXPECT_EQ(model->targetModelChoice(), "") << "unfocused model box";
-
-    connector.setFocus();
-    turn(connector);
-    EXPECT_NE(connector.currentText(), connectorBefore) << "focused menu";
+    EXPECT_FALSE(model->isScanningUSB()) << "showing the window again starts nothing";
 }
 
 TEST_F(ContentViewTest, ResetPortsAsksBeforeItDropsAnOpenedMapsSelection) {
@@ -463,18 +398,16 @@ TEST_F(ContentViewTest, ResetPortsAsksBeforeItDropsAnOpenedMapsSelection) {
     parts().selectAll->click();
     ASSERT_TRUE(model->saveMap(home.path() / "desk.korvanemap").succeeded);
     QApplication::processEvents();
-    EXPECT_TRUE(parts().outcome->mapOutcome()->isVisibleTo(view.get()));
+    EXPECT_TRUE(isShown(parts().outcome->mapOutcome()));
     parts().resetPorts->click();
     EXPECT_EQ(questions.size(), 1);
     EXPECT_FALSE(model->isScanningUSB()) << "kept";
-    EXPECT_EQ(model->selectedPortIDs().size(), 6u);
 
     answer = true;
     parts().resetPorts->click();
-    scans.push_back({twoControllers});
-    scheduler.runUntilIdle();
-    EXPECT_EQ(model->selectedPortIDs().size(), 1u) << "reset";
-    EXPECT_FALSE(parts().outcome->mapOutcome()->isVisibleTo(view.get())) << "its outcome no longer holds";
+    EXPECT_TRUE(model->isScanningUSB()) << "reset";
+    settle();
+    EXPECT_FALSE(isShown(parts().outcome->mapOutcome())) << "its outcome no longer holds";
 }
 
 // The header, the hint, the empty list and Generate's reason say what is true
@@ -482,40 +415,29 @@ TEST_F(ContentViewTest, ResetPortsAsksBeforeItDropsAnOpenedMapsSelection) {
 TEST_F(ContentViewTest, TheTextsSayWhatIsTrueForTheSource) {
     using Kind = WindowSource::Kind;
     const std::tuple<WindowSource, const char*, const char*, const char*, const char*> rows[] = {
-        {{Kind::liveLinux, {}},
-         "as Linux sees them",
-         "plugging one in",
-         "Linux shows no USB 3",
-         "no USB controller was found"},
-        {{Kind::liveMac, {}},
-         "this Mac's USB 3",
-         "plugging one in",
-         "in this Mac's registry",
-         "no USB controller was found"},
+        {{Kind::liveLinux, {}}, "as Linux sees", "plugging one in", "Linux shows no", "was found"},
+        {{Kind::liveMac, {}}, "this Mac's USB", "plugging one in", "this Mac's registry", "was found"},
         {{Kind::savedRegistry, "desk.ioreg"},
-         "saved registry desk.ioreg",
-         "it never changes",
-         "The saved registry desk.ioreg lists no",
-         "the saved registry lists no USB controller"},
+         "registry desk.ioreg",
+         "never changes",
+         "desk.ioreg lists no",
+         "registry lists no"},
     };
     for (const auto& [source, subtitle, hint, empty, reason] : rows) {
+        SCOPED_TRACE(subtitle);
         view = std::make_unique<ContentView>(model, QIcon());
         view->setSource(source);
         scanShowing({});
-        const std::string name = source.savedName.toStdString() + std::to_string(int(source.kind));
-        EXPECT_THAT(view->subtitle()->text().toStdString(), testing::HasSubstr(subtitle)) << name;
-        EXPECT_THAT(view->hint()->text().toStdString(), testing::HasSubstr(hint)) << name;
-        EXPECT_THAT(parts().emptyHint->text().toStdString(), testing::HasSubstr(empty)) << name;
-        EXPECT_THAT(view->generateReason()->text().toStdString(), testing::HasSubstr(reason)) << name;
-        EXPECT_FALSE(parts().generate->isEnabled()) << name;
-        EXPECT_TRUE(view->generateReason()->isVisibleTo(view.get())) << name;
-        for (const QLabel* label : {view->subtitle(), view->hint(), parts().emptyHint}) {
-            EXPECT_THAT(label->text().toStdString(), testing::Not(testing::HasSubstr("main app"))) << name;
-        }
+        EXPECT_THAT(view->subtitle()->text().toStdString(), HasSubstr(subtitle));
+        EXPECT_THAT(view->hint()->text().toStdString(), HasSubstr(hint));
+        EXPECT_THAT(parts().emptyHint->text().toStdString(), HasSubstr(empty));
+        EXPECT_THAT(view->generateReason()->text().toStdString(), HasSubstr(reason));
+        EXPECT_FALSE(parts().generate->isEnabled());
+        EXPECT_TRUE(isShown(view->generateReason()));
     }
     scanShowing(twoControllers);
     EXPECT_TRUE(parts().generate->isEnabled());
-    EXPECT_FALSE(view->generateReason()->isVisibleTo(view.get()));
+    EXPECT_FALSE(isShown(view->generateReason()));
 }
 
 // At the default size every row's texts fit: the device and the place are
@@ -523,12 +445,11 @@ TEST_F(ContentViewTest, TheTextsSayWhatIsTrueForTheSource) {
 // list, and the header's port count stands whole. With the log open the
 // list still shows a few rows.
 TEST_F(ContentViewTest, EveryRowFitsAtTheDefaultSize) {
-    auto controller = intelXHC({});
-    for (int number = 1; number <= 14; ++number) {
-        auto port = makePort((number < 10 ? "HS0" : "HS") + std::to_string(number), number,
-                             number % 2 ? "Kingston DataTraveler 3.0" : "");
-        port.place = PortPlace{.panel = "back", .verticalPosition = "upper", .horizontalPosition = "left"};
-        controller.ports.push_back(port);
+    auto controller = intelXHC(makePorts(14));
+    for (std::size_t index = 0; index < controller.ports.size(); ++index) {
+        controller.ports[index].activeDevice = index % 2 ? "" : "Kingston DataTraveler 3.0";
+        controller.ports[index].place =
+            PortPlace{.panel = "back", .verticalPosition = "upper", .horizontalPosition = "left"};
     }
     controller.ports.push_back(makePort("SS02", 18));
     controller.ports[1].companionKey = usbPortStableID(controller, controller.ports[14]);
@@ -541,32 +462,28 @@ TEST_F(ContentViewTest, EveryRowFitsAtTheDefaultSize) {
     QApplication::processEvents();
 
     const QWidget& viewport = *parts().list->viewport();
+    auto fitsList = [&viewport](const QWidget& widget) {
+        return QRect(widget.mapTo(&viewport, QPoint()), widget.size()).right() <= viewport.width();
+    };
+    auto isWhole = [](const QLabel& text) {
+        return text.width() >= text.fontMetrics().horizontalAdvance(text.text());
+    };
     for (USBPortEditRow* row : sections()[0]->rows()) {
-        const QRect inList(row->mapTo(&viewport, QPoint()), row->size());
-        EXPECT_LE(inList.right(), viewport.width()) << row->port().name;
+        EXPECT_TRUE(fitsList(*row)) << row->port().name;
         for (const QLabel* text : {row->deviceLabel(), row->placeLabel()}) {
-            if (!text->isHidden()) {
-                EXPECT_GE(text->width(), text->fontMetrics().horizontalAdvance(text->text()))
-                    << row->port().name << " " << text->text().toStdString();
-            }
+            EXPECT_TRUE(text->isHidden() || isWhole(*text))
+                << row->port().name << " " << text->text().toStdString();
         }
     }
     const auto* header = sections()[0]->header();
-    const QLabel* portCount = header->portCountLabel();
-    EXPECT_EQ(portCount->text(), "15 port(s)");
-    EXPECT_GE(portCount->width(), portCount->fontMetrics().horizontalAdvance(portCount->text())) << "cut";
-    ASSERT_TRUE(offering.companionOffer()->isVisibleTo(view.get()));
-    EXPECT_LE(QRect(header->mapTo(&viewport, QPoint()), header->size()).right(), viewport.width());
+    EXPECT_EQ(header->portCountLabel()->text(), "15 port(s)");
+    EXPECT_TRUE(isWhole(*header->portCountLabel())) << "cut";
+    ASSERT_TRUE(isShown(offering.companionOffer()));
+    EXPECT_TRUE(fitsList(*header));
 
     parts().outcome->logToggle()->click();
     QApplication::processEvents();
-    const int rowHeight = sections()[0]->rows()[0]->height();
-    EXPECT_GE(viewport.height(), 3 * rowHeight) << "a few rows beside the open log";
-}
-
-TEST_F(ContentViewTest, TheWindowFitsA1366x768Screen) {
-    scanShowing(twoControllers);
-    expectWindowFitsScreen(model, {1366, 768});
+    EXPECT_GE(viewport.height(), 3 * sections()[0]->rows()[0]->height()) << "a few rows beside the open log";
 }
 
 class LogPanelTest : public ContentViewTest {
@@ -581,18 +498,17 @@ class LogPanelTest : public ContentViewTest {
 TEST_F(LogPanelTest, TheLogShowsAsItGrowsAndIsCopiedMasked) {
     OutcomePanel& outcome = *parts().outcome;
     model->prepareInitialChecks();
-    EXPECT_FALSE(outcome.log()->isVisibleTo(view.get())) << "collapsed at first";
+    EXPECT_FALSE(isShown(outcome.log())) << "collapsed at first";
     outcome.logToggle()->click();
-    EXPECT_TRUE(outcome.log()->isVisibleTo(view.get()));
+    EXPECT_TRUE(isShown(outcome.log()));
     EXPECT_EQ(outcome.log()->toPlainText().toStdString(), model->logText());
     scanShowing(twoControllers);
     EXPECT_EQ(outcome.log()->toPlainText().toStdString(), model->logText()) << "new lines follow";
 
     outcome.copyLog()->click();
     const std::string copied = QApplication::clipboard()->text().toStdString();
-    EXPECT_THAT(copied,
-                testing::HasSubstr("Target Desktop: " + (home.path() / "Desktop-XX-MASKED-UUID").string()));
-    EXPECT_THAT(copied, testing::Not(testing::HasSubstr(uuid)));
+    EXPECT_THAT(copied, HasSubstr("Target Desktop: " + (home.path() / "Desktop-XX-MASKED-UUID").string()));
+    EXPECT_THAT(copied, testing::Not(HasSubstr(uuid)));
 }
 
 } // namespace

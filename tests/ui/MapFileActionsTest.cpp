@@ -68,13 +68,7 @@ TEST_F(MapFileActionsTest, TheTitleNamesTheMapAndMarksUnsavedWork) {
 TEST_F(MapFileActionsTest, LeavingUnsavedWorkAsksAndGoesAheadOnlyOnceSavedOrDiscarded) {
     EXPECT_TRUE(window->close()) << "nothing to lose, nothing to ask";
     EXPECT_TRUE(questions.isEmpty());
-    struct Case {
-        const char* name;
-        Answer answer;
-        QString chosen;
-        bool closes;
-    };
-    const Case cases[] = {
+    const std::tuple<const char*, Answer, QString, bool> cases[] = {
         {"untitled: save, then cancel the file dialog", Answer::save, "", false},
         {"untitled: save to a chosen file", Answer::save, path("chosen.korvanemap"), true},
         {"cancel", Answer::cancel, "", false},
@@ -82,14 +76,14 @@ TEST_F(MapFileActionsTest, LeavingUnsavedWorkAsksAndGoesAheadOnlyOnceSavedOrDisc
         {"save to the open map", Answer::save, "", true},
     };
     int edit = 0;
-    for (const Case& c : cases) {
-        SCOPED_TRACE(c.name);
+    for (const auto& [name, given, file, closes] : cases) {
+        SCOPED_TRACE(name);
         window->show();
         model->setNickname(controller, controller.ports[0], "name " + std::to_string(++edit));
-        answer = c.answer;
-        chosen = c.chosen;
-        EXPECT_EQ(window->close(), c.closes);
-        EXPECT_EQ(model->hasUnsavedChanges(), !c.closes || c.answer == Answer::discard);
+        answer = given;
+        chosen = file;
+        EXPECT_EQ(window->close(), closes);
+        EXPECT_EQ(model->hasUnsavedChanges(), !closes || given == Answer::discard);
     }
     const QString untitled = "Save this mapping session as a map?";
     const QString named = "Save the changes to chosen.korvanemap?";

@@ -43,23 +43,18 @@ inline void expectWindowFitsScreen(const std::shared_ptr<CollectorModel>& model,
         const QSize smallest = window.size();
         EXPECT_LE(smallest.width(), points.width()) << "log open: " << isLogOpen;
         EXPECT_LE(smallest.height() + titleAndDesktopBars, points.height()) << "log open: " << isLogOpen;
-        std::vector<QWidget*> controls;
-        for (QWidget* control : content->findChildren<QAbstractButton*>()) {
-            controls.push_back(control);
+        std::vector<QWidget*> controls{content->parts().targetModel->menu()};
+        for (QAbstractButton* button : content->findChildren<QAbstractButton*>()) {
+            controls.push_back(button);
         }
-        controls.push_back(content->parts().targetModel->menu());
         for (QWidget* control : controls) {
-            if (!control->isVisibleTo(content) || content->parts().list->isAncestorOf(control)) {
-                continue;
-            }
             const QRect shown(control->mapTo(&window, QPoint()), control->size());
-            EXPECT_TRUE(window.rect().contains(shown))
-                << control->accessibleName().toStdString() << " "
-                << (qobject_cast<QAbstractButton*>(control) ? qobject_cast<QAbstractButton*>(control)->text()
-                                                            : QString())
-                       .toStdString()
-                << " at " << shown.x() << "," << shown.y() << " in " << smallest.width() << "x"
-                << smallest.height() << ", log open: " << isLogOpen;
+            const auto* button = qobject_cast<QAbstractButton*>(control);
+            EXPECT_TRUE(!control->isVisibleTo(content) || content->parts().list->isAncestorOf(control) ||
+                        window.rect().contains(shown))
+                << (button ? button->text() : control->accessibleName()).toStdString() << " at " << shown.x()
+                << "," << shown.y() << " in " << smallest.width() << "x" << smallest.height()
+                << ", log open: " << isLogOpen;
         }
     }
     // The first size leaves the bars their room wherever the smallest does.
