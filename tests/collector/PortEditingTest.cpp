@@ -19,35 +19,24 @@ class PortEditingTest : public ModelFixture {
     }
 };
 
-TEST_F(PortEditingTest, AResetChecksExactlyTheActivePortsAndForgetsOverrides) {
-    const auto controller =
-        intel({makePort("HS01", 1, "Keyboard"), makePort("HS02", 2), makePort("HS03", 3, " \n")});
-    scanShowing({controller});
-    model->setPortSelected(controller, controller.ports[1], true);
-    model->setConnector(controller, controller.ports[0], 255);
-    scanShowing({controller});
-    EXPECT_THAT(model->selectedPortIDs(), ElementsAre(key(controller, 0)))
-        << "blanks and line feeds are no device";
-    EXPECT_THAT(model->connectorOverrides(), IsEmpty());
-    ASSERT_EQ(logLines().size(), 4u) << "two lines a scan";
-    EXPECT_EQ(logLines()[3],
-              "USB ports reset: 1 controller(s), 1 active USB port(s) selected automatically.");
-}
-
-// A device in either half keeps the whole socket: a reset checks the other
-// half, across controllers too, with one line per pair so checked; a port
-// left without its other half is named with what stops working.
-TEST_F(PortEditingTest, AResetChecksTheCompanionOfEveryActivePort) {
-    auto xhc1 = intel({makePort("HS01", 1, "Stick"), makePort("HS02", 2, "Mouse"),
-                       makePort("SS02", 18, "Disk"), makePort("HS03", 3, "Camera")});
+// A reset checks exactly the active ports, and a device in either half keeps
+// the whole socket: it checks the other half, across controllers too, with
+// one line per pair so checked; a port left without its other half is named
+// with what stops working. A second reset forgets the user's edits.
+TEST_F(PortEditingTest, AResetChecksTheActivePortsAndTheirCompanions) {
+    auto xhc1 =
+        intel({makePort("HS01", 1, "Stick"), makePort("HS02", 2, "Mouse"), makePort("SS02", 18, "Disk"),
+               makePort("HS03", 3, "Camera"), makePort("HS04", 4, " \n")});
     auto xhc2 = makeController("XHC2", 0x8086, 0x15ec, {makePort("SS01", 3)});
     xhc1.ports[0].companionKey = key(xhc2, 0);
     xhc2.ports[0].companionKey = key(xhc1, 0);
     xhc1.ports[1].companionKey = key(xhc1, 2);
     xhc1.ports[2].companionKey = key(xhc1, 1);
     scanShowing({xhc1, xhc2});
-    EXPECT_EQ(model->selectedPortIDs().size(), 5u);
+    EXPECT_EQ(model->selectedPortIDs().size(), 5u) << "blanks and line feeds are no device";
     EXPECT_TRUE(model->isPortSelected(xhc2, xhc2.ports[0]));
+    EXPECT_EQ(logLines().back(),
+              "USB ports reset: 2 controller(s), 4 active USB port(s) selected automatically.");
     std::vector<std::string> pairs;
     for (const auto& line : logLines()) {
         if (line.find("has a device") != std::string::npos) {
@@ -66,6 +55,11 @@ TEST_F(PortEditingTest, AResetChecksTheCompanionOfEveryActivePort) {
         ElementsAre("HS01 is kept without its USB 3 half XHC2 SS01: USB 3 devices in that socket will "
                     "run at USB 2 speed",
                     "SS02 is kept without its USB 2 half HS02: USB 2 devices in that socket will not work"));
+    model->setConnector(xhc1, xhc1.ports[4], 255);
+    model->setPortSelected(xhc1, xhc1.ports[4], true);
+    scanShowing({xhc1, xhc2});
+    EXPECT_EQ(model->selectedPortIDs().size(), 5u);
+    EXPECT_THAT(model->connectorOverrides(), IsEmpty());
 }
 
 // XHC1's HS01 pairs with XHC2's SS01 across controllers, its HS02 with its own SS02.
@@ -180,15 +174,12 @@ TEST_F(PortEditingTest, AScanOrSelectAllWarnsOnlyWhereTheCountWasBelowFifteenBef
 TEST(PortLimit, OnlyIntelControllersNamedXHCOrXHCIAsAWholeWordAreEligible) {
     const std::tuple<std::int64_t, const char*, const char*, const char*, bool> rows[] = {
         {0x8086, "XHC@14", "", "", true},
-        {0x8086, "xhci", "", "", true},
-        {0x8086, "PCI0/XHCI", "", "", true},
-        {0x8086, "Intel XHCI Controller", "", "", true},
+        {0x8086, "PCI0/xhci", "", "", true},
         {0x8086, "XHC1", "pci8086,a36d", "14", false},
         {0x8086, "AppleIntelXHCI", "XHCI1", "", false},
         {0x8086, "EHC1", "pci8086,1", "PCI0:XHC", true},
         {0x1b73, "XHCI", "", "", false},
         {0x8086, "Intel\tXHCI", "", "", false},
-        {0x8086, "XHC\nXHCI", "", "", false},
     };
     for (const auto& [vendor, name, match, location, isEligible] : rows) {
         auto controller = makeController(name, vendor, 0x1);
