@@ -75,7 +75,6 @@ TEST_F(GenerationRunTest, ASuccessfulRunLeavesTheZipWithTheCheckedPortsTheReport
     EXPECT_THAT(recordingDesktop.sounds, ElementsAre("Glass"));
     EXPECT_FALSE(fs::exists(work()));
     // Which entries the ZIP holds, the command line's end-to-end run shows.
-    EXPECT_FALSE(entry("Korvane-report.txt").empty());
     std::string log;
     for (const auto& line : logLines()) {
         log += line + "\n";
@@ -89,7 +88,6 @@ TEST_F(GenerationRunTest, ASuccessfulRunLeavesTheZipWithTheCheckedPortsTheReport
     const auto logFile = entry("KorvaneGenerator-log.txt");
     EXPECT_TRUE(logFile.ends_with("] Korvane.kext step completed.\n"))
         << "the log file is written before the ZIP lines";
-    EXPECT_THAT(logFile, HasSubstr("Target Desktop: ~/Desktop-XX-MASKED-UUID"));
     EXPECT_THAT(logFile, Not(HasSubstr(uuid))) << "the log file is masked, the log stays plain";
     EXPECT_THAT(logFile, Not(HasSubstr(home.path().string()))) << "the account name stays out";
 
