@@ -188,8 +188,16 @@ TEST(PortLimit, OnlyIntelControllersNamedXHCOrXHCIAsAWholeWordAreEligible) {
     }
 }
 
-TEST_F(PortEditingTest, AHotplugBurstGivesOneSilentRefreshAfterTheLastEvent) {
-    scans = {{{intel(makePorts(2, 0))}}};
+// What the refresh sees plugged in is checked and remembered as seen, work
+// the user would lose; a port emptied again stays so.
+TEST_F(PortEditingTest, AHotplugBurstGivesOneSilentRefreshAfterTheLastEventAndChecksWhatIsPluggedIn) {
+    const auto empty = intel(makePorts(2, 0));
+    auto plugged = empty;
+    plugged.ports[1].activeDevice = "SanDisk Ultra";
+    scanShowing({empty});
+    ASSERT_FALSE(model->hasUnsavedChanges());
+    const auto log = model->logText();
+    scans = {{{plugged}}, {{empty}}};
     model->startUSBHotplugMonitoring();
     model->startUSBHotplugMonitoring();
     EXPECT_EQ(hotplug->starts, 1);
@@ -199,10 +207,15 @@ TEST_F(PortEditingTest, AHotplugBurstGivesOneSilentRefreshAfterTheLastEvent) {
     }
     // The tenth event came at 0.09 s and the clock stands at 0.10 s.
     scheduler.advance(Scheduler::Seconds(0.169));
-    EXPECT_EQ(scanCount, 0) << "not before 0.18 s after the tenth event";
+    EXPECT_EQ(scanCount, 1) << "not before 0.18 s after the tenth event";
     scheduler.advance(Scheduler::Seconds(0.002));
-    EXPECT_EQ(scanCount, 1);
-    EXPECT_THAT(model->logText(), IsEmpty());
+    EXPECT_EQ(scanCount, 2);
+    hotplug->onChange();
+    scheduler.advance(CollectorModel::hotplugDebounce);
+    EXPECT_EQ(model->logText(), log);
+    EXPECT_THAT(model->selectedPortIDs(), ElementsAre(key(empty, 1)));
+    EXPECT_EQ(model->seenTextFor(empty, empty.ports[1]), "seen: SanDisk Ultra, 14:03");
+    EXPECT_TRUE(model->hasUnsavedChanges());
 }
 
 // The model may go while a refresh is due or while an event still waits on
