@@ -153,7 +153,6 @@ TEST_P(RefusalTest, EndsWithStatusTwoAndOneLine) {
 const Refusal refusals[] = {
     {"UnknownCommand", {"frobnicate"}, "unknown command 'frobnicate'"},
     {"OptionBeforeCommand", {"--bogus"}, "unknown option '--bogus'"},
-    {"StrayArgument", {"scan", "stray"}, "not expected: stray"},
     {"UnknownOption", {"scan", "--bogus"}, "--bogus"},
     {"SelectValue", {"generate", "--select", "some"}, "select"},
     {"MissingRegistry", {"scan", "--registry", "{home}/missing"}, "no such file"},
@@ -161,13 +160,8 @@ const Refusal refusals[] = {
     {"FolderRegistry", {"generate", "--registry", "{home}"}, "is a folder"},
     {"RegistryAndIoreg", {"scan", "--registry", iMac, "--ioreg", iMac}, "excludes"},
     {"CodeTooLarge", {"generate", "--registry", iMac, "--connector", hs03 + "=256"}, "0 to 255"},
-    {"CodeNotANumber", {"generate", "--registry", iMac, "--connector", hs03 + "=USB3"}, "0 to 255"},
     {"ConnectorWithoutCode", {"generate", "--registry", iMac, "--connector", hs03}, "expected KEY=CODE"},
     {"PortNotHere", {"generate", "--registry", iMac, "--port", "1:2|X|0|HS01|01"}, "no port has this key"},
-    {"JunkMap",
-     {"scan", "--registry", iMac, "--map", "{home}/junk.txt"},
-     "is not a KorvaneGenerator port map"},
-    {"MissingMap", {"scan", "--registry", iMac, "--map", "{home}/missing"}, "--map"},
     {"JunkPackage",
      {"scan", "--registry", iMac, "--import-kext", "{home}/junk.txt"},
      "is not a readable property list"},
@@ -186,7 +180,6 @@ const Refusal refusals[] = {
      {"generate", "--registry", iMac, "--model", std::string(65, 'M')},
      "--model: the model must be at most 64 bytes (it has 65)"},
     {"MapFromASavedRegistry", {"map", "--registry", iMac}, "map needs the live machine"},
-    {"MapFromADump", {"map", "--ioreg", iMac}, "map needs the live machine"},
     {"MapForABadModel", {"map", "--model", "iMac19,1\x1b[2J"}, "--model: "},
     {"SnapshotOverAFile",
      {"snapshot", "--registry", iMac, "-o", "{home}/junk.txt"},
@@ -230,7 +223,6 @@ TEST_F(CommandLineTest, ScanOfARegistryWithoutControllersSaysWhy) {
 
 struct Generation {
     const char* name;
-    std::string registry;
     std::vector<std::string> arguments;
     std::string merges;
     std::vector<std::string> said;    // on standard error
@@ -244,7 +236,7 @@ void PrintTo(const Generation& generation, std::ostream* out) {
 class GenerateTest : public CommandLineTest, public testing::WithParamInterface<Generation> {};
 
 TEST_P(GenerateTest, WritesThePackageAndSaysWhatItHolds) {
-    std::vector<std::string> arguments = {"generate", "--registry", GetParam().registry};
+    std::vector<std::string> arguments = {"generate", "--registry", iMac};
     arguments.insert(arguments.end(), GetParam().arguments.begin(), GetParam().arguments.end());
     const Outcome result = run(arguments);
     ASSERT_EQ(result.status, 0) << result.err;
@@ -261,73 +253,44 @@ TEST_P(GenerateTest, WritesThePackageAndSaysWhatItHolds) {
 
 const Generation generations[] = {
     {"BothHalvesTypedAtOnce",
-     iMac,
-     {"--model", "iMac19,1", "--port", hs03, "--connector", hs03 + "=10", "--with-companion"},
-     "iMac19,1-XHC1 iMac19,1 HS03:10 HS13:255 SS03:10\n",
-     {"Generating Korvane.kext with 3 enabled port(s)...", "The package will hold, per controller:\n"
-                                                           "  XHC2 8086:15EC: support personality only\n"
-                                                           "  XHC1 8086:A36D: 3 ports checked\n"},
-     {"korvane: "}},
+     {"--model", "iMac19,1", "--port", hs03, "--connector", hs03 + "=10", "--with-companion", "--connector",
+      camera + "=42"}, // a code the menu doesn't name
+     "iMac19,1-XHC1 iMac19,1 HS03:10 HS13:42 SS03:10\n",
+     {"Generating Korvane.kext with 3 enabled port(s)...",
+      "The package will hold, per controller:\n"
+      "  XHC2 8086:15EC: support personality only\n"
+      "  XHC1 8086:A36D: 3 ports checked\n",
+      "korvane: --connector HS13: the port has no companion"},
+     {}},
     {"SelectComesFirstWhateverTheOrder",
-     iMac,
-     {"--model", "iMac19,1", "--port", hs03, "--select", "none"},
-     "iMac19,1-XHC1 iMac19,1 HS03:3\n",
-     {"Generating Korvane.kext with 1 enabled port(s)..."},
+     {"--model", "iMac19,1", "--port", camera, "--with-companion", "--select", "none"},
+     "iMac19,1-XHC1 iMac19,1 HS13:255\n",
+     {"Generating Korvane.kext with 1 enabled port(s)...",
+      "korvane: --port HS13: the port has no companion; --with-companion changes nothing for it."},
      {}},
     {"RegistryModelAndOneHalfChecked",
-     iMac,
      {"--port", hs03},
      "iMac19,1-XHC1 iMac19,1 HS03:3 HS13:255\n",
      {"Target Mac model: iMac19,1 (from the registry)\n",
       "HS03 is kept without its USB 3 half SS03: USB 3 devices in that socket will run at USB 2 speed.\n"},
      {"korvane: ", "differs"}},
-    {"AChoiceOtherThanTheRegistrysIsNoted",
-     iMac,
-     {"--model", "iMacPro1,1"},
-     "iMacPro1,1-XHC1 iMacPro1,1 HS13:255\n",
-     {"Target Mac model: iMacPro1,1 (your choice)\n",
-      "Your choice iMacPro1,1 differs from the registry's own model iMac19,1"},
-     {"korvane: "}},
-    {"ACodeTheMenuDoesNotName",
-     iMac,
-     {"--model", "iMac19,1", "--connector", camera + "=42"},
-     "iMac19,1-XHC1 iMac19,1 HS13:42\n",
-     {},
-     {"korvane: "}},
-    {"CompanionlessPortWithCompanion",
-     iMac,
-     {"--model", "iMac19,1", "--select", "none", "--port", camera, "--with-companion"},
-     "iMac19,1-XHC1 iMac19,1 HS13:255\n",
-     {"korvane: --port HS13: the port has no companion; --with-companion changes nothing for it."},
+    {"AChoiceOtherThanTheRegistrysIsNotedAndKeptWhateverItsShape",
+     {"--model", "My Mac"},
+     "My Mac-XHC1 My Mac HS13:255\n",
+     {"Target Mac model: My Mac (your choice)\n",
+      "Your choice My Mac differs from the registry's own model iMac19,1", "isn't shaped like a Mac model"},
      {}},
 };
 
 INSTANTIATE_TEST_SUITE_P(CommandLine, GenerateTest, testing::ValuesIn(generations),
                          [](const auto& row) { return std::string(row.param.name); });
 
-// Each saved machine's map names that machine, said before the ZIP is made;
-// a registry that names none leaves "Mac" and says so.
-TEST_F(CommandLineTest, EachDumpsMapNamesItsOwnModel) {
-    const std::pair<std::vector<std::string>, std::string> dumps[] = {
-        {{"--registry", iMac}, "iMac19,1"},
-        {{"--registry", iMacPro}, "iMacPro1,1"},
-        {{"--registry", "{data}/macos/MacBookPro15-2/IOReg.txt"}, "MacBookPro15,2"},
-        {{"--registry", "{data}/macos/MacPro6-1/IOReg.txt"}, "MacPro6,1"},
-        {{"--registry", hackintosh}, "Macmini8,1"},
-        {{"--ioreg", hackintosh}, "Mac"}, // read line by line: no registry tree to name it
-    };
-    for (const auto& [source, model] : dumps) {
-        const std::string& dump = source[1];
-        const Outcome result = run({"generate", source[0], dump});
-        ASSERT_EQ(result.status, 0) << dump << result.err;
-        const auto said = result.err.find("Target Mac model: " + model + " (" +
-                                          (model == "Mac" ? "no model found" : "from the registry") + ")\n");
-        EXPECT_LT(said, result.err.find("Creating ZIP on Desktop...")) << dump << result.err;
-        if (model != "Mac") {
-            EXPECT_THAT(merges(), HasSubstr(model + "-")) << dump;
-        }
-        EXPECT_EQ(result.err.find("the package names no Mac model") != std::string::npos, model == "Mac");
-    }
+// Which model a saved registry names is the scanner's; here, that a dump
+// naming none is said to leave "Mac".
+TEST_F(CommandLineTest, ADumpReadLineByLineNamesNoModelAndSaysSo) {
+    const Outcome result = run({"generate", "--ioreg", hackintosh});
+    ASSERT_EQ(result.status, 0) << result.err;
+    EXPECT_THAT(result.err, HasSubstr("korvane: the package names no Mac model"));
 }
 
 // --- The 15 ports macOS uses per controller.
@@ -344,11 +307,7 @@ TEST_F(CommandLineTest, ARunOverTheLimitIsRefusedUnlessAllowed) {
                                        "written, with ports the scan didn't see: "));
     EXPECT_FALSE(std::filesystem::exists(zip()));
 
-    const Outcome checked = run({"generate", "--registry", hackintosh, "--select", "all"});
-    EXPECT_EQ(checked.status, 2);
-    EXPECT_THAT(checked.err,
-                HasSubstr("korvane: XHC would be written with 18 ports, and macOS uses at most 15"));
-    EXPECT_FALSE(std::filesystem::exists(zip()));
+    EXPECT_EQ(run({"generate", "--registry", hackintosh, "--select", "all"}).status, 2) << "18 checked";
 
     const Outcome allowed =
         run({"generate", "--registry", iMacPro, "--select", "none", "--allow-over-limit"});
@@ -381,22 +340,10 @@ TEST_F(CommandLineTest, AMapCarriesTheSessionToTheNextRun) {
     EXPECT_EQ(readZip(zip()).at("KorvaneGenerator_Work/Korvane.kext/Contents/Info.plist"),
               first.at("KorvaneGenerator_Work/Korvane.kext/Contents/Info.plist"));
 
-    // Restoring the session is the model's; here, that the names given as
+    // Restoring the session is the model's; here, that the texts given as
     // options reach the map.
-    const auto portOf = [](const nlohmann::json& document, const std::string& name) {
-        for (const auto& controller : document["controllers"]) {
-            for (const auto& port : controller["ports"]) {
-                if (port["name"] == name) {
-                    return port;
-                }
-            }
-        }
-        return nlohmann::json();
-    };
-    const auto restored =
-        nlohmann::json::parse(run({"scan", "--registry", iMac, "--json", "--map", map}).out);
-    EXPECT_EQ(portOf(restored, "HS13")["nickname"], "camera, inside");
-    EXPECT_EQ(portOf(restored, "HS13")["note"], "behind the lid");
+    EXPECT_THAT(run({"scan", "--registry", iMac, "--json", "--map", map}).out,
+                HasSubstr(R"("nickname":"camera, inside","note":"behind the lid")"));
 
     const Outcome elsewhere =
         run({"scan", "--registry", "{data}/macos/MacBookPro15-2/IOReg.txt", "--map", map});
@@ -410,17 +357,9 @@ TEST_F(CommandLineTest, AMapCarriesTheSessionToTheNextRun) {
     EXPECT_THAT(elsewhere.err, HasSubstr("Map controller 8086:a36d|XHC1|14000000: not on this machine\n"))
         << "the MacBook Pro's XHC1 is another chip";
 
-    // A model of another shape is kept, and said, wherever it came from.
-    std::string bytes = readFileBytes(expand(map)).value();
-    bytes.replace(bytes.find("\"iMac19,1\""), 10, "\"My Mac\"");
-    writeFileAtomically(home() / "odd.korvanemap", bytes);
-    const Outcome odd = run({"generate", "--registry", iMac, "--map", "{home}/odd.korvanemap"});
-    EXPECT_EQ(odd.status, 0);
-    EXPECT_THAT(odd.err, HasSubstr("isn't shaped like a Mac model"));
-
     // Continuing the map may write over it; a path below a file fails.
     EXPECT_EQ(run({"scan", "--registry", iMac, "--map", map, "--save-map", map}).status, 0);
-    const Outcome below = run({"scan", "--registry", iMac, "--save-map", "{home}/odd.korvanemap/below"});
+    const Outcome below = run({"scan", "--registry", iMac, "--save-map", map + "/below"});
     EXPECT_EQ(below.status, 1);
     EXPECT_THAT(below.err, HasSubstr("korvane: "));
 }
@@ -443,10 +382,8 @@ TEST_F(CommandLineTest, SnapshotScansAsItsSourceWithIdentifiersMasked) {
         EXPECT_THAT(masked, Not(HasSubstr(secret)));
     }
 
-    // Written over only when asked, and then with the raw identifiers.
-    const Outcome refused = run({"snapshot", "--raw", "--registry", iMac, "-o", "{home}/snap.plist"});
-    EXPECT_EQ(refused.status, 2);
-    EXPECT_EQ(readFileBytes(home() / "snap.plist"), masked);
+    // Written over when asked (a refusal row shows it is not otherwise), and
+    // then with the raw identifiers.
     const Outcome forced =
         run({"snapshot", "--raw", "--force", "--registry", iMac, "--output", "{home}/snap.plist"});
     ASSERT_EQ(forced.status, 0) << forced.err;

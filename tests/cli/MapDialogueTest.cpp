@@ -35,7 +35,8 @@ class MapDialogueTest : public ModelFixture {
 };
 
 // A script that writes every name before the devices come, as a pipe does:
-// each name waits for its socket, and the transcript is the terminal's.
+// each name waits for a socket that asks for one (the other half of a named
+// socket asks none), and the transcript is the terminal's.
 TEST_F(MapDialogueTest, NamesWrittenAheadWaitForTheirSocketsAndTheEndSavesAndSums) {
     scanShowing({xhc1()});
     model->startUSBHotplugMonitoring();
@@ -44,13 +45,10 @@ TEST_F(MapDialogueTest, NamesWrittenAheadWaitForTheirSocketsAndTheEndSavesAndSum
     std::ostringstream out;
     MapDialogue dialogue(plugging, out);
     dialogue.begin();
-    for (const auto* name : {"C left", "C left", "spare"}) {
-        dialogue.line(name);
-    }
+    dialogue.line("rear");
+    dialogue.line("spare");
     plug("SS01", "Stick");
-    plug("", "");
-    plug("SS02", "Stick");
-    plug("HS02", "Mouse");
+    plug("HS01", "Mouse");
     EXPECT_TRUE(dialogue.end(mapFile.string()));
     EXPECT_EQ(out.str(), "XHC1: 4 ports, 0 of 15 kept\n"
                          "Plug a device into a socket you want to keep: a USB 3 device first, then a USB 2 "
@@ -58,22 +56,19 @@ TEST_F(MapDialogueTest, NamesWrittenAheadWaitForTheirSocketsAndTheEndSavesAndSum
                          "Give each socket's name when asked (an empty line: none; an earlier socket's name: "
                          "the same socket). End of input (Ctrl-D) ends the session.\n"
                          "Seen: SS01 (with HS01) on XHC1: Stick\n"
-                         "Name: Named \"C left\".\n"
+                         "Name: Named \"rear\".\n"
                          "1 socket found; ports kept: XHC1 2 of 15; not seen yet: 2 ports\n"
-                         "Seen: SS02 (with HS02) on XHC1: Stick\n"
-                         "Name: Same socket as \"C left\": XHC1 HS01, XHC1 HS02, XHC1 SS01, XHC1 SS02, "
-                         "Type-C (10).\n"
-                         "1 socket found; ports kept: XHC1 4 of 15; not seen yet: 0 ports\n"
-                         "Seen: HS02 (with SS02) on XHC1: Mouse: the other half of \"C left\".\n"
-                         "1 socket found; ports kept: XHC1 4 of 15; not seen yet: 0 ports\n"
+                         "Seen: HS01 (with SS01) on XHC1: Mouse: the other half of \"rear\".\n"
+                         "1 socket found; ports kept: XHC1 2 of 15; not seen yet: 2 ports\n"
                          "Map saved to " +
                              mapFile.string() +
                              ".\n"
                              "1 socket:\n"
-                             "  \"C left\": XHC1 HS01, XHC1 HS02, XHC1 SS01, XHC1 SS02; Type-C (10)\n");
+                             "  \"rear\": XHC1 HS01, XHC1 SS01; USB3 (3)\n"
+                             "Never seen (uncheck them to leave them out): XHC1 HS02, XHC1 SS02\n");
     const auto saved = readMapFile(mapFile);
     ASSERT_TRUE(saved.map) << saved.reason;
-    EXPECT_EQ(saved.map->session.port(usbPortStableID(xhc1(), xhc1().ports[1])).connector, 10);
+    EXPECT_EQ(saved.map->session.port(usbPortStableID(xhc1(), xhc1().ports[0])).nickname, "rear");
 }
 
 } // namespace

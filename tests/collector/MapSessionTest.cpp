@@ -132,28 +132,6 @@ TEST_F(MapSessionTest, EveryRefusalLeavesTheSessionAndTheLogAsTheyWere) {
     EXPECT_EQ(model->currentMap(), scanned);
 }
 
-TEST_F(MapSessionTest, PluggingOneDeviceIntoEachSocketInTurnChecksAndNamesExactlyThoseSockets) {
-    const auto with = [&](std::size_t port) {
-        auto controller = makeController("XHC1", 0x8086, 0xa36d, makePorts(4));
-        controller.ports[port].activeDevice = "SanDisk Ultra";
-        return USBScanResult{{controller}};
-    };
-    const auto empty = makeController("XHC1", 0x8086, 0xa36d, makePorts(4));
-    scanShowing({empty});
-    model->startUSBHotplugMonitoring();
-    EXPECT_FALSE(model->hasUnsavedChanges());
-    scans = {with(0), {{empty}}, with(2), {{empty}}};
-    for (int event = 0; event < 4; ++event) {
-        hotplug->onChange();
-        scheduler.advance(CollectorModel::hotplugDebounce);
-    }
-    EXPECT_THAT(model->selectedPortIDs(), ElementsAre(key(0, empty), key(2, empty)));
-    for (std::size_t port : {0u, 2u}) {
-        EXPECT_EQ(model->seenTextFor(empty, empty.ports[port]), "seen: SanDisk Ultra, 14:03");
-    }
-    EXPECT_TRUE(model->hasUnsavedChanges()) << "what plugging taught would be lost";
-}
-
 TEST_F(MapSessionTest, ImportingOurOwnZipChecksWhatItWasMadeFromWithItsConnectors) {
     work();
     model->startCollection();
