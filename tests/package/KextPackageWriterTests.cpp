@@ -2,8 +2,8 @@
 #include "package/GenerationReport.h"
 #include "package/KextInfoPlist.h"
 #include "package/KextPackageWriter.h"
-#include "records/CollectorError.h"
 #include "support/BuildTree.h"
+#include "support/Failure.h"
 #include "support/FakeTool.h"
 #include "support/TempFolder.h"
 
@@ -63,23 +63,14 @@ TEST_F(KextPackageWriterTest, AnEmptyListWritesTheReportAloneAndAnAbsentOneTakes
 
 TEST_F(KextPackageWriterTest, ARejectedListThrowsTheToolsOutputAndWritesNoReport) {
     tools.plutil = writeFakeTool(work.path(), "plutil", "echo 'Info.plist: Property List error'; exit 1");
-    try {
-        generateKorvaneKext(out, std::nullopt, controllers, tools, "Mac");
-        ADD_FAILURE() << "no error";
-    } catch (const CollectorError& error) {
-        EXPECT_EQ(error.description(), "Command failed: " + tools.plutil + " -lint " + infoPlist().string() +
-                                           "\nInfo.plist: Property List error\n");
-    }
+    const auto generate = [this] { generateKorvaneKext(out, std::nullopt, controllers, tools, "Mac"); };
+    EXPECT_EQ(failureOf(generate), "Command failed: " + tools.plutil + " -lint " + infoPlist().string() +
+                                       "\nInfo.plist: Property List error\n");
     EXPECT_TRUE(fs::exists(infoPlist())) << "nothing is rolled back";
     EXPECT_FALSE(fs::exists(out / "Korvane-report.txt"));
 
     tools.plutil = (work.path() / "missing-plutil").string();
-    try {
-        generateKorvaneKext(out, std::nullopt, controllers, tools, "Mac");
-        ADD_FAILURE() << "no error";
-    } catch (const CollectorError& error) {
-        EXPECT_EQ(error.description(), "cannot start " + tools.plutil + ": No such file or directory");
-    }
+    EXPECT_EQ(failureOf(generate), "cannot start " + tools.plutil + ": No such file or directory");
     EXPECT_FALSE(fs::exists(out / "Korvane-report.txt"));
 }
 

@@ -23,9 +23,7 @@ TEST(PlatformFolders, ResourcesAreTheBundlesInsideOneAndTheInstalledTreesElsewhe
          "/Applications/KorvaneGenerator.app/Contents/Resources"},
         {"/Applications/KorvaneGenerator.app/Contents/MacOS/",
          "/Applications/KorvaneGenerator.app/Contents/Resources"},
-        {"/opt/homebrew/bin", "/opt/homebrew/share/korvane-generator"},
         {"/usr/local/bin/", "/usr/local/share/korvane-generator"},
-        {"/Users/ada/src/build/macos/bin", "/Users/ada/src/build/macos/share/korvane-generator"},
         // A folder named MacOS outside a bundle is an installed tree's like any other.
         {"/Users/ada/MacOS", "/Users/ada/share/korvane-generator"},
     };

@@ -16,7 +16,6 @@ TEST(Connector, CommentLabelTellsTheUSB2HalfOfAUSB3Connector) {
          "USB3"}, // sharp s upper-cases to SS
         {9, "HS05", "Type-C + Switch"},
         {7, "HS01", "UsbConnector 7"},
-        {-2, "HS01", "UsbConnector -2"},
     };
     for (const auto& [code, port, label] : rows) {
         EXPECT_EQ(connectorCommentLabel(code, port), label) << code << " on " << port;

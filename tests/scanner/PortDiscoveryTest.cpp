@@ -110,12 +110,7 @@ TEST_F(ScanPorts, AStatedCodeTakesTheSourceNamedBesideItOrIsOneToCheck) {
     const std::pair<std::optional<PropertyValue>, const char*> rows[] = {
         {std::nullopt, "registry"},
         {PropertyValue("firmware"), "firmware"},
-        {PropertyValue("kernel"), "kernel"},
-        {PropertyValue("peer"), "peer"},
-        {PropertyValue("registry"), "registry"},
-        {PropertyValue("inferred"), "inferred"},
         {PropertyValue("user"), "inferred"},
-        {PropertyValue("usb-descriptor"), "inferred"},
         {PropertyValue("Firmware"), "inferred"},
         {PropertyValue(2), "inferred"}};
     auto& service = addService({});

@@ -1,7 +1,6 @@
 #include "scanner/LinuxTreeKeys.h"
 
 #include "platform/linux/SysfsRegistrySource.h"
-#include "savedregistry/SavedRegistry.h"
 #include "savedregistry/SnapshotCodec.h"
 #include "scanner/NativeUSBTreeScanner.h"
 #include "support/FakeTool.h"
@@ -19,7 +18,7 @@ namespace korvane {
 namespace {
 
 // The trees each connector source comes from: the sysfs tree builder with and
-// without the firmware's types, and a saved Mac registry.
+// without the firmware's types.
 struct TreeRow {
     const char* name;
     std::function<std::unique_ptr<NativeUSBNode>(const std::filesystem::path& tools)> tree;
@@ -51,10 +50,6 @@ const TreeRow treeRows[] = {
      [](const auto&) { return sysfsTree("qemu-firmware-ports"); },
      {"inferred", "kernel", "peer"},
      true},
-    {"UnpairedUSB2Ports", [](const auto&) { return sysfsTree("qemu-dual"); }, {"inferred", "kernel", "peer"}},
-    {"SavedMac",
-     [](const auto&) { return parseSavedRegistry(testDataBytes("macos/iMac19-1/IOReg.txt")); },
-     {"registry"}},
 };
 
 class TreeThroughSnapshot : public ::testing::TestWithParam<TreeRow> {

@@ -49,13 +49,6 @@ TEST_F(SysfsPCIDeviceTest, PropertiesFollowTheRegistrysConventions) {
                                   {"compatible", ByteBuffer(compatible.begin(), compatible.end())}}));
 }
 
-TEST_F(SysfsPCIDeviceTest, WithoutAFirmwareNameTheIDsNameTheDevice) {
-    const auto properties = device("0000:05:00.3").properties();
-    EXPECT_EQ(properties.at("IOName"), PropertyValue("pci1022,15e0"));
-    EXPECT_EQ(properties.count("acpi-path"), 0u);
-    EXPECT_EQ(properties.at("pcidebug"), PropertyValue("5:0:3"));
-}
-
 TEST_F(SysfsPCIDeviceTest, UnreadableIDsGiveAPoorerNodeNotAFailure) {
     const std::string compatible("pciclass,030000\0", 16);
     EXPECT_EQ(device("0000:00:02.0").properties(),
