@@ -4,12 +4,11 @@
 #include "mapfile/MapMatching.h"
 #include "package/KextInfoPlist.h"
 #include "support/BuildTree.h"
-#include "support/ModelFixture.h"
 #include "support/TempFolder.h"
 #include "support/TestData.h"
+#include "support/USBRecords.h"
 #include "tools/ProcessRunner.h"
 
-#include <algorithm>
 #include <gmock/gmock.h>
 
 namespace korvane {

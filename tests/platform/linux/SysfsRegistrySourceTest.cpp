@@ -4,7 +4,6 @@
 #include "linux/SysfsTree.h"
 #include "platform/LiveSources.h"
 #include "scanner/NativeUSBTreeScanner.h"
-#include "scanner/PropertyReaders.h"
 #include "support/FakeTool.h"
 #include "support/Golden.h"
 #include "support/IDsHome.h"
