@@ -15,10 +15,7 @@ namespace {
 namespace fs = std::filesystem;
 
 TEST(PlatformFolders, ResourcesAreTheBundlesInsideOneAndTheInstalledTreesElsewhere) {
-    const struct {
-        const char* executableFolder;
-        const char* resources;
-    } rows[] = {
+    const std::pair<const char*, const char*> rows[] = {
         {"/Applications/KorvaneGenerator.app/Contents/MacOS",
          "/Applications/KorvaneGenerator.app/Contents/Resources"},
         {"/Applications/KorvaneGenerator.app/Contents/MacOS/",
@@ -27,9 +24,9 @@ TEST(PlatformFolders, ResourcesAreTheBundlesInsideOneAndTheInstalledTreesElsewhe
         // A folder named MacOS outside a bundle is an installed tree's like any other.
         {"/Users/ada/MacOS", "/Users/ada/share/korvane-generator"},
     };
-    for (const auto& row : rows) {
-        EXPECT_EQ(bundleOrInstalledResourceDirectory(row.executableFolder), fs::path(row.resources))
-            << row.executableFolder;
+    for (const auto& [executableFolder, resources] : rows) {
+        EXPECT_EQ(bundleOrInstalledResourceDirectory(executableFolder), fs::path(resources))
+            << executableFolder;
     }
 }
 
