@@ -20,11 +20,7 @@ TEST(PortDiscovery, APortNodeNeedsAPortNameAndAPortClassOrKey) {
         {"HS123456", "AppleUSB20XHCIPort", {}, false},
         {"EHC1", "AppleUSB20XHCIPort", {}, false},
         {"USB1", "AppleUSBHostPort", {}, false},
-        {"\xC3\x9F"
-         "01",
-         "AppleUSBHostPort",
-         {},
-         true}, // sharp s upper-cases to SS
+        {"\u00DF01", "AppleUSBHostPort", {}, true}, // sharp s upper-cases to SS
     };
     for (const auto& [name, className, properties, isPort] : rows) {
         EXPECT_EQ(isUSBPortNode(NativeUSBNode(name, "", className, properties, nullptr)), isPort) << name;
