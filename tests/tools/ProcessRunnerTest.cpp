@@ -7,6 +7,7 @@
 #include <fstream>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <iterator>
 #include <sstream>
 #include <sys/wait.h>
 #include <system_error>
@@ -58,12 +59,8 @@ TEST(ProcessRunner, OutputOfBothStreamsArrivesWholeAndInOrder) {
 // The descriptors a tool started by the runner holds, as it lists them
 // itself: ls reads /dev/fd through one more descriptor of its own.
 std::vector<int> toolsDescriptors() {
-    std::vector<int> descriptors;
     std::istringstream listing(runProcess("/bin/ls", {"/dev/fd/"}, std::nullopt, 30));
-    for (std::string line; std::getline(listing, line);) {
-        descriptors.push_back(std::stoi(line));
-    }
-    return descriptors;
+    return {std::istream_iterator<int>(listing), std::istream_iterator<int>()};
 }
 
 TEST(ProcessRunner, ToolsStartedSideBySideGetNoneOfEachOthersPipes) {
