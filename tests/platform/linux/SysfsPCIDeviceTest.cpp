@@ -9,10 +9,8 @@ namespace korvane {
 namespace {
 
 TEST(PCIAddressTest, DebugTextIsBusDeviceAndFunctionInDecimalAsTheMacWritesThem) {
-    const std::pair<const char*, const char*> rows[] = {{"0000:00:14.0", "0:20:0"},
-                                                        {"0000:05:00.3", "5:0:3"},
-                                                        {"0000:39:00.0", "57:0:0"},
-                                                        {"0001:3a:1f.7", "58:31:7"}};
+    const std::pair<const char*, const char*> rows[] = {
+        {"0000:00:14.0", "0:20:0"}, {"0000:05:00.3", "5:0:3"}, {"0001:3a:1f.7", "58:31:7"}};
     for (const auto& [name, debugText] : rows) {
         const auto address = PCIAddress::parse(name);
         ASSERT_TRUE(address) << name;
