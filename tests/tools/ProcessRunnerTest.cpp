@@ -6,7 +6,6 @@
 #include <chrono>
 #include <fstream>
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 #include <iterator>
 #include <sstream>
 #include <sys/wait.h>
