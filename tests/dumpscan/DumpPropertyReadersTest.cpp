@@ -32,7 +32,6 @@ TEST(DumpPropertyReaders, HexReadsAsALittleEndianNumberAndAsBytesOfEightDigitsOr
             {std::nullopt, std::nullopt, std::nullopt},
             {"86800000", 0x8086, ByteBuffer{0x86, 0x80, 0, 0}},
             {"0000c0ff", 0xFFC00000, ByteBuffer{0, 0, 0xC0, 0xFF}}, // all four bytes, no sign
-            {"8680", 0x8086, std::nullopt},
             {"6DA3", 0xA36D, std::nullopt},
             {"abc", std::nullopt, std::nullopt},
             {"abcde", 0x0ECDAB, std::nullopt}, // odd digits leave a single last

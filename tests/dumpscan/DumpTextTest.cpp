@@ -9,11 +9,7 @@ namespace {
 // by rule (tests/data/dumpscan/README.md).
 TEST(DumpLines, ColumnsCountCharactersAndEveryNewlineCharacterSplits) {
     EXPECT_EQ(DumpLines(std::string_view("\xC3\xA9\xC3\xA9+-o A@1  <class X>")).depth(0), 2);
-    const DumpLines lines(std::string_view("a\r\nb\xE2\x80\xA8"
-                                           "c\xC2\x85"
-                                           "d\x0B"
-                                           "e\x0C"
-                                           "f"));
+    const DumpLines lines(std::string_view("a\r\nb\u2028c\u0085d\ve\ff"));
     ASSERT_EQ(lines.size(), 7u);
     EXPECT_EQ(lines.line(1), "");
     EXPECT_EQ(lines.line(3), "c");

@@ -19,14 +19,6 @@ std::string database(std::size_t size, const std::string& head = "# List of USB 
     return body;
 }
 
-// A body whose first 4096 bytes stop inside a two-byte character.
-std::string splitCharacter() {
-    std::string body = "# Version 2026.11\n";
-    body.resize(4095, ' ');
-    body += "\xc3\xa9 tail";
-    return database(8000, body);
-}
-
 TEST(IDsDownload, StoresOnlyWhatLooksLikeADatabaseAndKeepsTheEarlierCopyOtherwise) {
     const std::tuple<int, std::string, const char*> rows[] = {
         {200, database(5000), nullptr},
@@ -35,7 +27,9 @@ TEST(IDsDownload, StoresOnlyWhatLooksLikeADatabaseAndKeepsTheEarlierCopyOtherwis
         {200, database(1025, "Intel"), nullptr},
         {200, database(5000, "# hello\n"), "downloaded file does not look like an ids database"},
         {200, database(4096, "# nothing") + "Version", "downloaded file does not look like an ids database"},
-        {200, splitCharacter(), "downloaded file does not look like an ids database"},
+        // The first 4096 bytes stop inside a two-byte character.
+        {200, database(8000, "# Version 2026.11\n" + std::string(4077, ' ') + "\xc3\xa9 tail"),
+         "downloaded file does not look like an ids database"},
         {200, database(3000, "<html>Version 2</html>"), nullptr},
         {200, database(5000) + "\xff\xfe", nullptr},
     };

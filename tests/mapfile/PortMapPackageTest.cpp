@@ -4,12 +4,11 @@
 #include "mapfile/MapMatching.h"
 #include "package/KextInfoPlist.h"
 #include "support/BuildTree.h"
-#include "support/ModelFixture.h"
 #include "support/TempFolder.h"
 #include "support/TestData.h"
+#include "support/USBRecords.h"
 #include "tools/ProcessRunner.h"
 
-#include <algorithm>
 #include <gmock/gmock.h>
 
 namespace korvane {
@@ -98,6 +97,7 @@ TEST(PortMapPackage, RefusesWhatHoldsNoReadablePortMap) {
     const auto& tmp = temporary.path();
     const auto handmade = testDataBytes("mapfile/packages/handmade-other-tool-Info.plist");
     auto file = [&tmp](const std::string& name, const std::string& bytes) {
+        std::filesystem::create_directories((tmp / name).parent_path());
         writeFileAtomically(tmp / name, bytes);
         return tmp / name;
     };
@@ -107,11 +107,8 @@ TEST(PortMapPackage, RefusesWhatHoldsNoReadablePortMap) {
                    std::nullopt, 60);
         return tmp / name;
     };
-    std::filesystem::create_directories(tmp / "two" / "A.kext" / "Contents");
-    std::filesystem::create_directories(tmp / "two" / "B.kext" / "Contents");
     file("two/A.kext/Contents/Info.plist", handmade);
     file("two/B.kext/Contents/Info.plist", handmade);
-    std::filesystem::create_directories(tmp / "empty");
     file("empty/readme.txt", "no package here");
 
     const std::pair<std::filesystem::path, const char*> rows[] = {

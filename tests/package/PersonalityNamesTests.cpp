@@ -30,9 +30,7 @@ TEST(PersonalityNames, NamesKeepLettersMarksAndDigitsOfAnyScript) {
         {"R\xC3\xA9nesas e\xCC\x81", "R\xC3\xA9nesas_e\xCC\x81"},
         {"\xD9\xA3\xE4\xB8\xAD", "\xD9\xA3\xE4\xB8\xAD"},
         {"x\xF0\x9F\x94\x8Cy", "x_y"}, // an emoji is one scalar
-        {"a\xFF"
-         "b-_",
-         "a_b-_"}, // so is a bad byte
+        {"a\377b-_", "a_b-_"},         // so is a bad byte
     };
     for (const auto& [text, expected] : rows) {
         EXPECT_EQ(sanitizePersonalityName(text), expected);

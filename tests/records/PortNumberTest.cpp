@@ -19,16 +19,8 @@ TEST(PortNumber, DataReadsLittleEndianFromItsFirstFourBytes) {
 
 TEST(PortNumber, FromANameReadsItsDigitsAndAddsSixteenForSS) {
     const std::pair<const char*, std::uint32_t> rows[] = {
-        {"HS03", 3},
-        {"SS03", 19},
-        {"ss03", 19},
-        {"SSP1", 17},
-        {"RHUB", 0},
-        {"HS99999999999", 0},
-        {"HS\u00B2", 0},
-        {"\u00DF"
-         "01",
-         17},
+        {"HS03", 3}, {"SS03", 19},         {"ss03", 19},    {"SSP1", 17},
+        {"RHUB", 0}, {"HS99999999999", 0}, {"HS\u00B2", 0}, {"\u00DF01", 17},
     };
     for (const auto& [name, number] : rows) {
         EXPECT_EQ(inferredPortNumberFromName(name), number) << name;

@@ -99,14 +99,13 @@ TEST(SnapshotCodec, ANulInATextIsLeftOutButInABinaryKeyGivesNoTree) {
 }
 
 std::string deepXML(int depth) {
-    std::string text = "<plist version=\"1.0\">";
+    std::string open;
+    std::string close;
     for (int i = 0; i < depth; ++i) {
-        text += "<array>";
+        open += "<array>";
+        close += "</array>";
     }
-    for (int i = 0; i < depth; ++i) {
-        text += "</array>";
-    }
-    return text + "</plist>";
+    return "<plist version=\"1.0\">" + open + close + "</plist>";
 }
 
 TEST(SnapshotCodec, WhatIsNoSnapshotGivesNoTree) {

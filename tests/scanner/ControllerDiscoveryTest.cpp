@@ -13,11 +13,10 @@ NativeUSBNode node(std::string className, PropertyDictionary properties) {
 
 TEST(ControllerDiscovery, AnXHCIClassCodeQualifiesInEitherByteOrder) {
     const std::pair<PropertyValue, bool> rows[] = {
-        {B{0x00, 0x30, 0x03, 0x0C}, true},  {B{0x30, 0x03, 0x0C, 0x00}, true},
-        {std::int64_t{0x30030C00}, true},   {std::int64_t{0x0C033004}, true},
-        {std::int64_t{0x7F0C0330}, true},   {"0x0c0330", true},
-        {std::int64_t{0x0C0320}, false}, // EHCI
-        {B{0x00, 0x33, 0x0C, 0x00}, false},
+        {B{0x00, 0x30, 0x03, 0x0C}, true}, {B{0x30, 0x03, 0x0C, 0x00}, true},
+        {std::int64_t{0x30030C00}, true},  {std::int64_t{0x0C033004}, true},
+        {std::int64_t{0x7F0C0330}, true},  {"0x0c0330", true},
+        {std::int64_t{0x0C0320}, false},   {B{0x00, 0x33, 0x0C, 0x00}, false}, // EHCI, and a near miss
     };
     for (const auto& [classCode, isController] : rows) {
         EXPECT_EQ(isUSBControllerPCIDevice(node("IOPCIDevice", {{"class-code", classCode}})), isController);

@@ -1,4 +1,5 @@
 #include "scanner/PropertyReaders.h"
+#include "support/USBRecords.h"
 
 #include <algorithm>
 #include <gtest/gtest.h>
@@ -30,11 +31,8 @@ TEST(NameOrdering, IsATotalOrderEvenForTextsTheCollationCallsEqual) {
 // where the line reader finds two controllers of one ID at one location.
 TEST(NameOrdering, ControllersGoByVendorDeviceLocationThenName) {
     auto controller = [](std::int64_t vendor, std::int64_t device, std::string location, std::string name) {
-        USBControllerMap map;
-        map.vendorID = vendor;
-        map.deviceID = device;
+        auto map = makeController(std::move(name), vendor, device);
         map.location = std::move(location);
-        map.name = std::move(name);
         return map;
     };
     std::vector<USBControllerMap> controllers{

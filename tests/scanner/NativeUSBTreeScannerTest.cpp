@@ -106,23 +106,5 @@ TEST_F(NativeUSBTreeScannerTest, CompanionsResolveAcrossControllersAndFillTheUnn
         << text;
 }
 
-TEST_F(NativeUSBTreeScannerTest, SortsByVendorDeviceThenLocationAsNumbersAndTakesTheSourcesTree) {
-    for (const auto& [location, device] : {std::pair{"10", 0xA36D}, {"2", 0xA36D}, {"1", 0xA36E}}) {
-        addService(addXHCIPCIDevice(*root, "X", location, 0x8086, static_cast<std::uint32_t>(device)), "X");
-    }
-    std::string order;
-    const TreeSource source([this] {
-        auto copy = makeRoot();
-        std::swap(copy, root);
-        return copy;
-    });
-    for (const auto& controller : NativeUSBTreeScanner(source, ids.names()).scan().controllers) {
-        order += controller.location + " ";
-    }
-    EXPECT_EQ(order, "2 10 1 ");
-    const TreeSource none([] { return nullptr; });
-    EXPECT_TRUE(NativeUSBTreeScanner(none, ids.names()).scan().controllers.empty());
-}
-
 } // namespace
 } // namespace korvane

@@ -90,8 +90,7 @@ class ModelFixture : public testing::Test {
     std::vector<std::string> logLines() const {
         std::vector<std::string> lines;
         std::istringstream text(model->logText());
-        std::string line;
-        while (std::getline(text, line)) {
+        for (std::string line; std::getline(text, line);) {
             const auto stamp = line.starts_with("[") ? line.find("] ") : std::string::npos;
             lines.push_back(stamp == std::string::npos ? line : line.substr(stamp + 2));
         }

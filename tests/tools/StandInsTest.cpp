@@ -8,7 +8,6 @@
 #include "tools/ProcessRunner.h"
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 namespace korvane {
 namespace {

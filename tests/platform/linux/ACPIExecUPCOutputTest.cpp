@@ -29,13 +29,8 @@ TEST(ACPIExecUPCOutput, OddOutputGivesFewerAnswersNeverWrongOnes) {
     const std::string run = testDataBytes("linux/qemu-firmware-ports/acpiexec-all-upc.txt");
     const std::string header =
         "Evaluation of " + rhub + "HS01._UPC returned object 0x1, external buffer length 78\n";
-    struct Row {
-        const char* name;
-        std::string text;
-        std::size_t answers;
-        std::size_t failures;
-    };
-    const Row rows[] = {
+    // Name, text, and how many answers and failures it gives.
+    const std::tuple<const char*, std::string, std::size_t, std::size_t> rows[] = {
         {"nothing", "", 0, 0},
         {"not text", std::string("\0\xff\xfe\n\n\x80 returned AE_OK", 21), 0, 0},
         {"cut off inside a package", run.substr(0, run.find("0000000000000009")), 4, 1},
@@ -55,10 +50,10 @@ TEST(ACPIExecUPCOutput, OddOutputGivesFewerAnswersNeverWrongOnes) {
              "HS01._UPC returned AE_AML_NO_RETURN_VALUE\n",
          1, 0},
     };
-    for (const auto& row : rows) {
-        const auto output = ACPIExecUPCOutput::parse(row.text);
-        EXPECT_EQ(output.answers.size(), row.answers) << row.name;
-        EXPECT_EQ(output.failures.size(), row.failures) << row.name;
+    for (const auto& [name, text, answers, failures] : rows) {
+        const auto output = ACPIExecUPCOutput::parse(text);
+        EXPECT_EQ(output.answers.size(), answers) << name;
+        EXPECT_EQ(output.failures.size(), failures) << name;
     }
 }
 

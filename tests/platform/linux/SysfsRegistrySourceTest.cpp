@@ -2,10 +2,8 @@
 
 #include "base/FileIO.h"
 #include "linux/SysfsTree.h"
-#include "package/GenerationReport.h"
 #include "platform/LiveSources.h"
 #include "scanner/NativeUSBTreeScanner.h"
-#include "scanner/PropertyReaders.h"
 #include "support/FakeTool.h"
 #include "support/Golden.h"
 #include "support/IDsHome.h"
@@ -53,15 +51,7 @@ TEST_P(SysfsMachineTest, ScansToTheControllersPortsAndDevicesOfTheCapture) {
                        : "");
     const auto scan = NativeUSBTreeScanner(source, ids.names()).scan();
     EXPECT_TRUE(matchesGolden(scanText(scan, true), std::string("sysfs-scans/") + GetParam() + ".txt"));
-    // The report of a map made from it says it read Linux, and whether the
-    // firmware gave the connector types.
-    const std::string report = generationReportText(scan.controllers, liveScanSource());
-    const std::string sourceLine = "Primary source: this machine's Linux sysfs";
-    ASSERT_NE(report.find(sourceLine), std::string::npos) << report;
-    EXPECT_EQ(report.find("IOKit"), std::string::npos) << report;
-    EXPECT_EQ(report.find("connector types came from the firmware") != std::string::npos,
-              std::filesystem::exists(run))
-        << report;
+    EXPECT_EQ(liveScanSource().kind, ScanSource::Kind::linuxSysfs) << "what the report names as read";
 }
 
 INSTANTIATE_TEST_SUITE_P(Fixtures, SysfsMachineTest, ::testing::ValuesIn(machines),
