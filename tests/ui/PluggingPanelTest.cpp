@@ -1,7 +1,6 @@
 #include "ui/PluggingPanel.h"
 
 #include "ViewFixture.h"
-#include "ui/ContentView.h"
 #include "ui/ControllerList.h"
 #include "ui/ControllerSection.h"
 #include "ui/USBPortEditRow.h"
@@ -32,12 +31,11 @@ class PluggingPanelTest : public ViewFixture {
             VisibleControlStyle::install(false);
             QApplication::setPalette(QApplication::style()->standardPalette());
         }
-        view = std::make_unique<ContentView>(model, QIcon());
-        view->resize(900, 680);
+        makeView();
         view->showPluggingSummary = [this](const QString& text) { summary = text.toStdString(); };
     }
     void TearDown() override {
-        view.reset();
+        ViewFixture::TearDown();
         if (dataHome_) {
             setenv("XDG_DATA_HOME", dataHome_->c_str(), 1);
         } else {
@@ -54,7 +52,6 @@ class PluggingPanelTest : public ViewFixture {
         QApplication::processEvents();
     }
 
-    std::unique_ptr<ContentView> view;
     std::map<std::string, std::string> devices;
     std::string summary;
 
@@ -66,8 +63,7 @@ class PluggingPanelTest : public ViewFixture {
 // name; the name is given; Done leaves the mode with the socket saved: first
 // into a new map in the data folder, then, that map now open, into it.
 TEST_F(PluggingPanelTest, ADeviceThatArrivesNamesItsSocketAndDoneKeepsIt) {
-    view->show();
-    QApplication::setActiveWindow(view.get());
+    showActive();
     scanShowing({pairedXHC1(4, devices)});
     model->startUSBHotplugMonitoring();
     PluggingPanel& panel = *view->parts().plugging;
@@ -84,49 +80,44 @@ TEST_F(PluggingPanelTest, ADeviceThatArrivesNamesItsSocketAndDoneKeepsIt) {
         {"SS02", 5, "Seen: SS02 (with HS02) on XHC1: Stick", "", "The socket of XHC1 SS02 has no name.",
          "(no name): XHC1 HS02, XHC1 SS02", "2 sockets found"},
     };
-    std::filesystem::path firstMap;
-    for (const Round& round : rounds) {
-        SCOPED_TRACE(round.port);
+    std::vector<std::filesystem::path> maps;
+    for (const auto& [port, row, seen, name, reply, socket, found] : rounds) {
+        SCOPED_TRACE(port);
         ASSERT_FALSE(panel.isVisible());
         view->parts().mapByPlugging->click();
         ASSERT_TRUE(panel.isVisible());
         EXPECT_FALSE(view->parts().mapByPlugging->isEnabled()) << "one session at a time";
 
-        plug(round.port, "Stick");
-        EXPECT_EQ(panel.seen()->text().toStdString(), round.seen);
+        plug(port, "Stick");
+        EXPECT_EQ(panel.seen()->text().toStdString(), seen);
         EXPECT_TRUE(panel.name()->hasFocus());
         for (std::size_t index = 0; index < rows.size(); ++index) {
-            EXPECT_EQ(rows[index]->autoFillBackground(), index == round.row)
-                << "its row stands out " << index;
+            EXPECT_EQ(rows[index]->autoFillBackground(), index == row) << "its row stands out " << index;
         }
-        QTest::keyClicks(panel.name(), QString::fromStdString(round.name));
+        QTest::keyClicks(panel.name(), QString::fromStdString(name));
         // scripts/screenshot.sh takes the docs' picture here.
-        if (const char* picture = std::getenv("KORVANE_PLUGGING_PICTURE"); picture && firstMap.empty()) {
+        if (const char* picture = std::getenv("KORVANE_PLUGGING_PICTURE"); picture && maps.empty()) {
             QApplication::processEvents();
             ASSERT_TRUE(view->grab().save(picture));
         }
         QTest::keyClick(panel.name(), Qt::Key_Return);
-        EXPECT_THAT(panel.seen()->text().toStdString(), HasSubstr(round.reply));
+        EXPECT_THAT(panel.seen()->text().toStdString(), HasSubstr(reply));
         EXPECT_FALSE(panel.name()->isEnabled()) << "nothing more to name";
-        EXPECT_THAT(panel.progress()->text().toStdString(), HasSubstr(round.found));
+        EXPECT_THAT(panel.progress()->text().toStdString(), HasSubstr(found));
 
-        const auto saved = panel.mapFile();
+        maps.push_back(panel.mapFile());
         panel.done()->click();
         EXPECT_FALSE(panel.isVisible());
         EXPECT_TRUE(view->parts().mapByPlugging->isEnabled());
-        EXPECT_FALSE(rows[round.row]->autoFillBackground()) << "the mark goes with the mode";
-        EXPECT_THAT(summary, HasSubstr("Map saved to " + saved.string()));
-        EXPECT_THAT(summary, HasSubstr(round.socket));
-        if (firstMap.empty()) {
-            EXPECT_EQ(saved.parent_path(), home.path() / "data" / "KorvaneGenerator" / "Maps");
-            firstMap = saved;
-        } else {
-            EXPECT_EQ(saved, firstMap);
-        }
-        EXPECT_EQ(model->selectedPortIDs().size(), 2 * (round.row - 3))
+        EXPECT_FALSE(rows[row]->autoFillBackground()) << "the mark goes with the mode";
+        EXPECT_THAT(summary, HasSubstr("Map saved to " + maps.back().string()));
+        EXPECT_THAT(summary, HasSubstr(socket));
+        EXPECT_EQ(model->selectedPortIDs().size(), 2 * (row - 3))
             << "both halves of each socket stay checked";
         scheduler.runUntilIdle();
     }
+    EXPECT_EQ(maps[0].parent_path(), home.path() / "data" / "KorvaneGenerator" / "Maps");
+    EXPECT_EQ(maps[1], maps[0]);
 }
 
 } // namespace

@@ -4,12 +4,13 @@
 // pictures are left in the working folder for a look.
 
 #include "ViewFixture.h"
-#include "WindowFit.h"
-#include "ui/ContentView.h"
+#include "ui/AppMenus.h"
 #include "ui/Contrast.h"
 #include "ui/ControllerList.h"
 #include "ui/ControllerSection.h"
+#include "ui/KorvaneGeneratorApp.h"
 #include "ui/OutcomePanel.h"
+#include "ui/TargetModelField.h"
 #include "ui/USBPortEditRow.h"
 #include "ui/VisibleControlStyle.h"
 #include "ui/WindowStyle.h"
@@ -17,9 +18,10 @@
 #include <QCheckBox>
 #include <QImage>
 #include <QLabel>
+#include <QMainWindow>
+#include <QMenuBar>
 #include <QPushButton>
 #include <QStyle>
-#include <fstream>
 
 namespace korvane {
 namespace {
@@ -56,27 +58,20 @@ class ScreenshotTest : public ViewFixture, public testing::WithParamInterface<bo
         if (!isDark()) {
             QApplication::setPalette(QApplication::style()->standardPalette());
         }
-        view = std::make_unique<ContentView>(model, QIcon());
-        view->resize(900, 680);
+        makeView();
         view->show();
         scanShowing({makeController("XHC1", 0x8086, 0xa36d, makePorts(4, 1)),
                      makeController("XHC2", 0x1b73, 0x1100, makePorts(2))});
-        // A failed run, for its error line: the Desktop is a file.
-        std::filesystem::remove_all(desktopFolder);
-        std::ofstream(desktopFolder) << "not a folder";
+        makeDesktopAFile(); // a failed run, for its error line
         model->startCollection();
         scheduler.runUntilIdle();
         view->parts().outcome->logToggle()->click();
-        QApplication::setActiveWindow(view.get());
-        QApplication::processEvents();
+        showActive();
     }
-    void TearDown() override { view.reset(); }
 
     bool isDark() const { return GetParam(); }
     // `widget` as painted, in the window's device pixels.
     QImage picture(QWidget& widget) const { return widget.grab().toImage(); }
-
-    std::unique_ptr<ContentView> view;
 };
 
 TEST_P(ScreenshotTest, IconsTextAndBordersHoldAtScaleTwo) {
@@ -137,10 +132,49 @@ TEST_P(ScreenshotTest, IconsTextAndBordersHoldAtScaleTwo) {
     }
 }
 
-// A 1920x1080 screen at scale 2 has 960x540 points.
+// The window as the application makes it, at its smallest, on a 1920x1080
+// screen at scale 2 (960x540 points): it fits with room for a title bar and a
+// desktop's bar, and every control of the content is inside it, with the log
+// closed and open.
 TEST_P(ScreenshotTest, TheWindowFitsA1920x1080ScreenAtScaleTwo) {
     view.reset();
-    expectWindowFitsScreen(model, {960, 540});
+    const QSize points(960, 540);
+    constexpr int titleAndDesktopBars = 64;
+    QMainWindow window;
+    auto* content = new ContentView(model, QIcon());
+    window.setCentralWidget(content);
+    AppMenus::install(window);
+    content->setMinimumSize(KorvaneGeneratorApp::minimumWidth, KorvaneGeneratorApp::minimumHeight);
+    const QSize first = KorvaneGeneratorApp::firstSize(points - QSize(0, titleAndDesktopBars - 40),
+                                                       window.menuBar()->sizeHint().height());
+    window.resize(first);
+    window.show();
+    QApplication::processEvents();
+    for (const bool isLogOpen : {false, true}) {
+        if (isLogOpen) {
+            content->parts().outcome->logToggle()->click();
+        }
+        window.resize(window.minimumSizeHint().expandedTo(window.minimumSize()));
+        QApplication::processEvents();
+        const QSize smallest = window.size();
+        EXPECT_LE(smallest.width(), points.width()) << "log open: " << isLogOpen;
+        EXPECT_LE(smallest.height() + titleAndDesktopBars, points.height()) << "log open: " << isLogOpen;
+        std::vector<QWidget*> controls{content->parts().targetModel->menu()};
+        for (QAbstractButton* button : content->findChildren<QAbstractButton*>()) {
+            controls.push_back(button);
+        }
+        for (QWidget* control : controls) {
+            const QRect shown(control->mapTo(&window, QPoint()), control->size());
+            const auto* button = qobject_cast<QAbstractButton*>(control);
+            EXPECT_TRUE(!control->isVisibleTo(content) || content->parts().list->isAncestorOf(control) ||
+                        window.rect().contains(shown))
+                << (button ? button->text() : control->accessibleName()).toStdString() << " at " << shown.x()
+                << "," << shown.y() << " in " << smallest.width() << "x" << smallest.height()
+                << ", log open: " << isLogOpen;
+        }
+    }
+    // The first size leaves the bars their room wherever the smallest does.
+    EXPECT_LE(first.height() + titleAndDesktopBars - 40, points.height());
 }
 
 INSTANTIATE_TEST_SUITE_P(Palettes, ScreenshotTest, testing::Bool(),

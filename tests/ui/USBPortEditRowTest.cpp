@@ -66,9 +66,7 @@ TEST_F(USBPortEditRowTest, ShowsTheDeviceTheConnectorsSourceAndThePlace) {
     EXPECT_TRUE(row->placeLabel()->isHidden());
 
     controller.ports[0].activeDevice.clear();
-    scans.push_back({{controller}});
-    model->refreshActiveUSBDevices();
-    scheduler.runUntilIdle();
+    rescan({controller});
     row->setPort(controller, controller.ports[0]);
     EXPECT_EQ(row->deviceLabel()->text(), "seen: Apple Keyboard (Hub port 2), 14:03")
         << "named after it left";
