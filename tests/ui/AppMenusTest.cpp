@@ -3,9 +3,9 @@
 #include <QAction>
 #include <QMainWindow>
 #include <QMenu>
-#include <QMenuBar>
 #include <QMessageBox>
 #include <QPushButton>
+#include <algorithm>
 #include <gmock/gmock.h>
 
 namespace korvane {
@@ -17,16 +17,10 @@ namespace {
 TEST(AppMenusTest, HelpShowsF1AndTheBoxesCarryNoMadeUpAddress) {
     QMainWindow window;
     AppMenus::install(window);
-    QAction* help = nullptr;
-    for (QAction* menu : window.menuBar()->actions()) {
-        for (QAction* entry : menu->menu()->actions()) {
-            if (entry->text() == "KorvaneGenerator Help") {
-                help = entry;
-            }
-        }
-    }
-    ASSERT_NE(help, nullptr);
-    EXPECT_EQ(help->shortcut(), QKeySequence(Qt::Key_F1)) << "the one a menu shows";
+    const QList<QAction*> entries = window.findChildren<QAction*>();
+    const auto help = std::ranges::find(entries, QString("KorvaneGenerator Help"), &QAction::text);
+    ASSERT_NE(help, entries.end());
+    EXPECT_EQ((*help)->shortcut(), QKeySequence(Qt::Key_F1)) << "the one a menu shows";
 
     const auto about = AppMenus::makeAboutBox(AppMenus::applicationInfo(), QIcon());
     const auto helpBox = AppMenus::makeHelpBox();
@@ -37,8 +31,8 @@ TEST(AppMenusTest, HelpShowsF1AndTheBoxesCarryNoMadeUpAddress) {
     }
     ASSERT_EQ(about->buttons().size(), 1);
     EXPECT_EQ(about->buttons()[0]->text(), "&OK");
-    EXPECT_THAT(about->informativeText().toStdString(), testing::Not(testing::HasSubstr("@")));
-    EXPECT_THAT(about->informativeText().toStdString(), testing::Not(testing::HasSubstr("example")));
+    EXPECT_THAT(about->informativeText().toStdString(),
+                testing::Not(testing::AnyOf(testing::HasSubstr("@"), testing::HasSubstr("example"))));
 }
 
 // Map by Plugging stands above Quit, where the window's menu has one, and
