@@ -19,50 +19,31 @@ namespace {
 
 using testing::HasSubstr;
 
-class PluggingPanelTest : public ViewFixture {
-  public:
-    void SetUp() override {
-        // A session without an open map saves in the data folder: this home's.
-        const char* was = std::getenv("XDG_DATA_HOME");
-        dataHome_ = was ? std::optional<std::string>(was) : std::nullopt;
-        setenv("XDG_DATA_HOME", (home.path() / "data").c_str(), 1);
-        ViewFixture::SetUp();
-        if (std::getenv("KORVANE_PLUGGING_PICTURE")) {
-            VisibleControlStyle::install(false);
-            QApplication::setPalette(QApplication::style()->standardPalette());
-        }
-        makeView();
-        view->showPluggingSummary = [this](const QString& text) { summary = text.toStdString(); };
-    }
-    void TearDown() override {
-        ViewFixture::TearDown();
-        if (dataHome_) {
-            setenv("XDG_DATA_HOME", dataHome_->c_str(), 1);
-        } else {
-            unsetenv("XDG_DATA_HOME");
-        }
-    }
-
-    // A device arrives: the hotplug event, then the rescan after the debounce.
-    void plug(const std::string& port, const std::string& device) {
-        devices[port] = device;
-        scans.push_back({{pairedXHC1(4, devices)}});
-        hotplug->onChange();
-        scheduler.advance(Scheduler::Seconds{0.2});
-        QApplication::processEvents();
-    }
-
-    std::map<std::string, std::string> devices;
-    std::string summary;
-
-  private:
-    std::optional<std::string> dataHome_;
-};
+using PluggingPanelTest = ViewFixture;
 
 // Enter the mode, a device arrives, the panel names its port and asks for the
 // name; the name is given; Done leaves the mode with the socket saved: first
 // into a new map in the data folder, then, that map now open, into it.
 TEST_F(PluggingPanelTest, ADeviceThatArrivesNamesItsSocketAndDoneKeepsIt) {
+    // A session without an open map saves in the data folder: this home's.
+    // Each test sets it anew, and nothing else in the window reads it.
+    setenv("XDG_DATA_HOME", (home.path() / "data").c_str(), 1);
+    if (std::getenv("KORVANE_PLUGGING_PICTURE")) {
+        VisibleControlStyle::install(false);
+        QApplication::setPalette(QApplication::style()->standardPalette());
+    }
+    makeView();
+    std::string summary;
+    view->showPluggingSummary = [&summary](const QString& text) { summary = text.toStdString(); };
+    std::map<std::string, std::string> devices;
+    // A device arrives: the hotplug event, then the rescan after the debounce.
+    auto plug = [&](const std::string& port) {
+        devices[port] = "Stick";
+        scans.push_back({{pairedXHC1(4, devices)}});
+        hotplug->onChange();
+        scheduler.advance(Scheduler::Seconds{0.2});
+        QApplication::processEvents();
+    };
     showActive();
     scanShowing({pairedXHC1(4, devices)});
     model->startUSBHotplugMonitoring();
@@ -88,7 +69,7 @@ TEST_F(PluggingPanelTest, ADeviceThatArrivesNamesItsSocketAndDoneKeepsIt) {
         ASSERT_TRUE(panel.isVisible());
         EXPECT_FALSE(view->parts().mapByPlugging->isEnabled()) << "one session at a time";
 
-        plug(port, "Stick");
+        plug(port);
         EXPECT_EQ(panel.seen()->text().toStdString(), seen);
         EXPECT_TRUE(panel.name()->hasFocus());
         for (std::size_t index = 0; index < rows.size(); ++index) {

@@ -81,13 +81,11 @@ TEST_P(ScreenshotTest, IconsTextAndBordersHoldAtScaleTwo) {
     window.save(QString("korvane-generator-%1@2x.png").arg(isDark() ? "dark" : "light"));
     const WindowStyle style(QApplication::palette());
 
-    // The icon alone on its button (the text taken away) fills its size and
-    // stands centred, not shrunk into a corner.
+    // The icon alone on its button (the text taken away for good) fills its
+    // size and stands centred, not shrunk into a corner.
     QPushButton& reset = *parts.resetPorts;
-    const QString label = reset.text();
     reset.setText("");
     const QImage button = picture(reset);
-    reset.setText(label);
     const QColor fill = button.pixelColor(3, button.height() / 2);
     const QRect glyph = pixelsWhere(button, button.rect(), [&](QColor pixel) {
                             return contrastRatio(pixel, fill) > 1.5;
@@ -159,10 +157,9 @@ TEST_P(ScreenshotTest, TheWindowFitsA1920x1080ScreenAtScaleTwo) {
         const QSize smallest = window.size();
         EXPECT_LE(smallest.width(), points.width()) << "log open: " << isLogOpen;
         EXPECT_LE(smallest.height() + titleAndDesktopBars, points.height()) << "log open: " << isLogOpen;
-        std::vector<QWidget*> controls{content->parts().targetModel->menu()};
-        for (QAbstractButton* button : content->findChildren<QAbstractButton*>()) {
-            controls.push_back(button);
-        }
+        const auto buttons = content->findChildren<QAbstractButton*>();
+        std::vector<QWidget*> controls(buttons.begin(), buttons.end());
+        controls.push_back(content->parts().targetModel->menu());
         for (QWidget* control : controls) {
             const QRect shown(control->mapTo(&window, QPoint()), control->size());
             const auto* button = qobject_cast<QAbstractButton*>(control);

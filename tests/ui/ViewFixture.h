@@ -23,6 +23,9 @@ class ViewFixture : public ModelFixture {
     void rescan(std::vector<USBControllerMap> controllers) {
         scans.push_back({std::move(controllers)});
         model->refreshActiveUSBDevices();
+        settle();
+    }
+    void settle() {
         scheduler.runUntilIdle();
         QApplication::processEvents();
     }
