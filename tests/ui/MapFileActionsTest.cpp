@@ -34,10 +34,8 @@ class MapFileActionsTest : public ViewFixture {
         scanShowing({controller});
         window->show();
     }
-    void TearDown() override { window.reset(); }
 
     QString path(const char* name) const { return QString::fromStdString((home.path() / name).string()); }
-    void check(std::size_t port) { model->setPortSelected(controller, controller.ports[port], true); }
 
     const USBControllerMap controller = makeController("XHC1", 0x8086, 0xa36d, makePorts(3, 1));
     QMenu fileMenu;
@@ -53,7 +51,7 @@ class MapFileActionsTest : public ViewFixture {
 TEST_F(MapFileActionsTest, TheTitleNamesTheMapAndMarksUnsavedWork) {
     EXPECT_EQ(window->windowTitle(), "KorvaneGenerator[*]");
     EXPECT_FALSE(window->isWindowModified());
-    check(1);
+    model->setPortSelected(controller, controller.ports[1], true);
     EXPECT_TRUE(window->isWindowModified());
 
     ASSERT_TRUE(actions->saveMapAs(path("first.korvanemap")));
@@ -91,7 +89,7 @@ TEST_F(MapFileActionsTest, LeavingUnsavedWorkAsksAndGoesAheadOnlyOnceSavedOrDisc
 }
 
 TEST_F(MapFileActionsTest, ARefusedMapSaysWhyAndChangesNothing) {
-    check(2);
+    model->setPortSelected(controller, controller.ports[2], true);
     writeFileAtomically(home.path() / "junk.korvanemap", "not a map");
     EXPECT_FALSE(actions->openMap(path("junk.korvanemap")));
     ASSERT_EQ(alerts.size(), 1u);

@@ -71,6 +71,14 @@ TEST_F(USBPortEditRowTest, ShowsTheDeviceTheConnectorsSourceAndThePlace) {
     EXPECT_EQ(row->deviceLabel()->text(), "seen: Apple Keyboard (Hub port 2), 14:03")
         << "named after it left";
     EXPECT_EQ(deviceAlpha(), 140);
+
+    // An unnamed code shows until the user picks a named one.
+    rowFor({makePort("HS01", 1, "", 7)});
+    EXPECT_EQ(row->connectorMenu()->currentText(), "Other (7)");
+    EXPECT_TRUE(model->connectorOverrides().empty()) << "showing it writes nothing";
+    pick("USB2");
+    EXPECT_EQ(model->connectorFor(controller, controller.ports[0]), 0);
+    EXPECT_EQ(row->connectorMenu()->count(), 5) << "the extra entry goes once a named code is chosen";
 }
 
 // Each key reaches the model; one that breaks its rule is taken back.
@@ -82,15 +90,6 @@ TEST_F(USBPortEditRowTest, TheNicknameReachesTheModelAndAPastedControlCharacterI
     row->nicknameField()->paste();
     EXPECT_EQ(row->nicknameField()->text(), "rear");
     EXPECT_EQ(model->nicknameFor(controller, controller.ports[0]), "rear");
-}
-
-TEST_F(USBPortEditRowTest, UnnamedConnectorShowsUntilTheUserPicks) {
-    rowFor({makePort("HS01", 1, "", 7)});
-    EXPECT_EQ(row->connectorMenu()->currentText(), "Other (7)");
-    EXPECT_TRUE(model->connectorOverrides().empty()) << "showing it writes nothing";
-    pick("USB2");
-    EXPECT_EQ(model->connectorFor(controller, controller.ports[0]), 0);
-    EXPECT_EQ(row->connectorMenu()->count(), 5) << "the extra entry goes once a named code is chosen";
 }
 
 TEST_F(USBPortEditRowTest, ACompanionShowsBesideThePortIsOfferedOnCheckingAndCanShareTheType) {

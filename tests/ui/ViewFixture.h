@@ -12,8 +12,6 @@ namespace korvane {
 // The model's fixture for widget tests: lets the widgets see each change.
 class ViewFixture : public ModelFixture {
   public:
-    void TearDown() override { view.reset(); }
-
     void scanShowing(std::vector<USBControllerMap> controllers) {
         ModelFixture::scanShowing(std::move(controllers));
         QApplication::processEvents();
