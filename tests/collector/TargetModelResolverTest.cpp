@@ -32,22 +32,20 @@ TEST(TargetModelResolver, TheChoiceWinsThenTheMachinesModelThenMacEachSaidWithWh
         std::string_view sourceText;
         std::string note;
     };
+    const auto differs = [](const std::string& whose) {
+        return "Your choice iMac19,1 differs from " + whose +
+               "'s own model Macmini8,1: the map applies only " +
+               "on a Mac that reports iMac19,1 (right for a machine whose SMBIOS is set so on purpose).";
+    };
     const Row rows[] = {
         {Source::savedRegistry, std::nullopt, "iMacPro1,1", "iMacPro1,1", "from the registry", ""},
         {Source::savedRegistry, "iMacPro1,1", "iMacPro1,1", "iMacPro1,1", "your choice", ""},
-        {Source::savedRegistry, "iMac19,1", "Macmini8,1", "iMac19,1", "your choice",
-         "Your choice iMac19,1 differs from the registry's own model Macmini8,1: the map applies only on a "
-         "Mac "
-         "that reports iMac19,1 (right for a machine whose SMBIOS is set so on purpose)."},
-        {Source::thisMachine, "iMac19,1", "Macmini8,1", "iMac19,1", "your choice",
-         "Your choice iMac19,1 differs from this machine's own model Macmini8,1: the map applies only on a "
-         "Mac "
-         "that reports iMac19,1 (right for a machine whose SMBIOS is set so on purpose)."},
+        {Source::savedRegistry, "iMac19,1", "Macmini8,1", "iMac19,1", "your choice", differs("the registry")},
+        {Source::thisMachine, "iMac19,1", "Macmini8,1", "iMac19,1", "your choice", differs("this machine")},
         {Source::thisMachine, std::nullopt, " MacBookPro15,2\n", "MacBookPro15,2", "from this machine", ""},
-        {Source::savedRegistry, "iMac19,1", std::nullopt, "iMac19,1", "your choice",
-         ""}, // nothing to differ from
-        {Source::thisMachine, std::nullopt, " \n", "Mac", "no model found",
-         ""}, // a blank answer names no Mac
+        // Nothing to differ from, then a blank answer that names no Mac.
+        {Source::savedRegistry, "iMac19,1", std::nullopt, "iMac19,1", "your choice", ""},
+        {Source::thisMachine, std::nullopt, " \n", "Mac", "no model found", ""},
         {Source::savedRegistry, std::nullopt, std::nullopt, "Mac", "no model found", ""},
     };
     for (const auto& row : rows) {
