@@ -3,6 +3,7 @@
 #include "mapfile/MapFileCodec.h"
 #include "support/ModelFixture.h"
 
+#include <algorithm>
 #include <fstream>
 #include <gmock/gmock.h>
 
@@ -41,11 +42,9 @@ class PluggingSessionTest : public ModelFixture {
             }
             if (step[0] == '@') {
                 const auto& controller = model->scannedControllers().front();
-                for (const auto& port : controller.ports) {
-                    if (port.name == rest.substr(0, space)) {
-                        model->setNickname(controller, port, rest.substr(space + 1));
-                    }
-                }
+                const auto port =
+                    std::ranges::find(controller.ports, rest.substr(0, space), &USBPortMap::name);
+                model->setNickname(controller, *port, rest.substr(space + 1));
                 continue;
             }
             if (step[0] == '+') {
@@ -66,19 +65,11 @@ class PluggingSessionTest : public ModelFixture {
     std::vector<std::string> transcript;
 };
 
-struct PluggingCase {
-    std::string title;
-    std::vector<std::string> steps;
-    std::vector<std::string> transcript;
-    std::vector<std::string> summary;
-};
-
 TEST_F(PluggingSessionTest, EachArrivalNamesItsSocketAndTheNamesJoinAndTypeThem) {
     const std::string neverSeen = "Never seen (uncheck them to leave them out): ";
-    const std::string internal =
-        "In use from the start and never replugged, so likely built in (type them Internal, 255): XHC1 HS05 "
-        "(Bluetooth)";
-    const std::vector<PluggingCase> cases = {
+    // Each case's steps, then what the session says and its summary.
+    using Lines = std::vector<std::string>;
+    const std::tuple<const char*, Lines, Lines, Lines> cases[] = {
         {"two SuperSpeed ports named as one socket: Type-C without switch",
          {"+SS03 Stick", "=C left", "-SS03", "+SS04 Stick", "=C left"},
          {"Seen: SS03 (with HS03) on XHC1: Stick", "Named \"C left\".",
@@ -109,21 +100,22 @@ TEST_F(PluggingSessionTest, EachArrivalNamesItsSocketAndTheNamesJoinAndTypeThem)
           "The socket stays as it was."},
          {"1 socket:", "  \"rear\": XHC1 HS01, XHC1 SS01; USB3 (3)",
           neverSeen + "XHC1 HS02, XHC1 HS03, XHC1 HS04, XHC1 HS06, XHC1 SS02, XHC1 SS03, XHC1 SS04",
-          internal}},
+          "In use from the start and never replugged, so likely built in (type them Internal, 255): XHC1 "
+          "HS05 (Bluetooth)"}},
     };
-    for (const auto& each : cases) {
-        SCOPED_TRACE(each.title);
+    for (const auto& [title, steps, said, summary] : cases) {
+        SCOPED_TRACE(title);
         SetUp();
         start();
-        run(each.steps);
-        EXPECT_THAT(transcript, ElementsAreArray(each.transcript));
+        run(steps);
+        EXPECT_THAT(transcript, ElementsAreArray(said));
         EXPECT_FALSE(plugging->isAwaitingName());
         // Rows that end with a socket compare the sockets alone.
-        auto summary = plugging->summaryLines();
-        if (each.summary.back().starts_with("  ")) {
-            summary.resize(std::min(summary.size(), each.summary.size()));
+        auto lines = plugging->summaryLines();
+        if (summary.back().starts_with("  ")) {
+            lines.resize(std::min(lines.size(), summary.size()));
         }
-        EXPECT_THAT(summary, ElementsAreArray(each.summary));
+        EXPECT_THAT(lines, ElementsAreArray(summary));
         // What the summary says is what the file holds.
         const auto saved = readMapFile(mapFile);
         ASSERT_TRUE(saved.map) << saved.reason;
