@@ -155,7 +155,7 @@ TEST_F(CommandLineTest, ARefusalEndsWithStatusTwoAndOneLine) {
 
 // --- Tables and JSON, compared whole.
 
-TEST_F(CommandLineTest, ScanPrintsTheTableAndJSONAlone) {
+TEST_F(CommandLineTest, ScanPrintsTheTableAndJSONAloneOrWhyThereIsNone) {
     const Outcome table = run({"scan", "--registry", iMac});
     EXPECT_EQ(table.status, 0);
     EXPECT_TRUE(matchesGolden(table.out, "cli/scan-iMac19-1.txt"));
@@ -173,13 +173,12 @@ TEST_F(CommandLineTest, ScanPrintsTheTableAndJSONAlone) {
     EXPECT_EQ(watch.status, 0);
     EXPECT_EQ(watch.out, table.out);
     EXPECT_THAT(watch.err, HasSubstr("is a saved registry, which never changes: shown once."));
-}
 
-TEST_F(CommandLineTest, ScanOfARegistryWithoutControllersSaysWhy) {
-    const Outcome result = run({"scan", "--registry", usbPlane});
-    EXPECT_EQ(result.status, 0);
-    EXPECT_EQ(result.out, "No USB controller found.\n");
-    EXPECT_THAT(result.err, HasSubstr("it looks like an ioreg text dump of the IOUSB plane"));
+    // A registry without controllers says so, and why.
+    const Outcome none = run({"scan", "--registry", usbPlane});
+    EXPECT_EQ(none.status, 0);
+    EXPECT_EQ(none.out, "No USB controller found.\n");
+    EXPECT_THAT(none.err, HasSubstr("it looks like an ioreg text dump of the IOUSB plane"));
 }
 
 // --- Generate: the package on the Desktop, the ZIP's path alone on standard
@@ -238,14 +237,12 @@ TEST_F(CommandLineTest, GenerateWritesThePackageAndSaysWhatItHolds) {
         }
         EXPECT_FALSE(std::filesystem::exists(home() / "Desktop" / "KorvaneGenerator_Work"));
     }
-}
 
-// Which model a saved registry names is the scanner's; here, that a dump
-// naming none is said to leave "Mac".
-TEST_F(CommandLineTest, ADumpReadLineByLineNamesNoModelAndSaysSo) {
-    const Outcome result = run({"generate", "--ioreg", hackintosh});
-    ASSERT_EQ(result.status, 0) << result.err;
-    EXPECT_THAT(result.err, HasSubstr("korvane: the package names no Mac model"));
+    // Which model a saved registry names is the scanner's; here, that a dump
+    // naming none is said to leave "Mac".
+    const Outcome dump = run({"generate", "--ioreg", hackintosh});
+    EXPECT_EQ(dump.status, 0) << dump.err;
+    EXPECT_THAT(dump.err, HasSubstr("korvane: the package names no Mac model"));
 }
 
 // --- The 15 ports macOS uses per controller.
@@ -285,11 +282,10 @@ TEST_F(CommandLineTest, AFailedRunEndsWithStatusOneAndItsError) {
 
 TEST_F(CommandLineTest, AMapCarriesTheSessionToTheNextRun) {
     const std::string map = at("s.korvanemap");
-    ASSERT_EQ(run({"generate", "--registry", iMac, "--model", "iMac19,1", "--port", ss02, "--connector",
-                   ss02 + "=10", "--nickname", camera + "=camera, inside", "--note",
-                   camera + "=behind the lid", "--save-map", map})
-                  .status,
-              0);
+    const Outcome saving = run({"generate", "--registry", iMac, "--model", "iMac19,1", "--port", ss02,
+                                "--connector", ss02 + "=10", "--nickname", camera + "=camera, inside",
+                                "--note", camera + "=behind the lid", "--save-map", map});
+    ASSERT_EQ(saving.status, 0) << saving.err;
     const auto first = readZip(zip());
     ASSERT_EQ(run({"generate", "--registry", iMac, "--map", map}).status, 0);
     EXPECT_EQ(readZip(zip()).at("KorvaneGenerator_Work/Korvane.kext/Contents/Info.plist"),

@@ -131,12 +131,10 @@ TEST_F(GenerationRunTest, ARunAsksTheMachineForItsModelOnce) {
 // user's named like the ZIP or the work folder, stay; nothing of the run's
 // stays.
 TEST_F(GenerationRunTest, AFailedRunSaysWhyAndLeavesTheDesktopAsItWas) {
-    const std::string notOurs = ", not a ZIP of an earlier run, and is left as it is. Move it away from the "
-                                "Desktop or rename it, then "
-                                "generate again.";
-    const std::string notMade = work().string() +
-                                " was not made by KorvaneGenerator and is left as it is. "
-                                "Move it away from the Desktop or rename it, then generate again.";
+    const std::string leftAsItIs =
+        " and is left as it is. Move it away from the Desktop or rename it, then generate again.";
+    const std::string notOurs = ", not a ZIP of an earlier run," + leftAsItIs;
+    const std::string notMade = work().string() + " was not made by KorvaneGenerator" + leftAsItIs;
     const std::string ditto = (home.path() / "ditto").string() + " -c -k --sequesterRsrc --keepParent " +
                               work().string() + " " + (desktopFolder / ".Korvane.zip.partial").string() +
                               "\n";

@@ -78,9 +78,8 @@ TEST_F(MapSessionTest, AMapFromAnotherMachineRestoresWhatMatchesAndKeepsTheRest)
     EXPECT_EQ(model->portSightings().size(), 1u) << "what this session saw stays";
 
     ASSERT_TRUE(model->saveMap(file("again.korvanemap")).succeeded);
-    const auto again = readMapFile(file("again.korvanemap")).map;
-    ASSERT_TRUE(again);
-    EXPECT_EQ(again->session.port(key(1, other)), map.session.port(key(1, other)))
+    EXPECT_EQ(readMapFile(file("again.korvanemap")).map.value().session.port(key(1, other)),
+              map.session.port(key(1, other)))
         << "kept in the file, not thrown away";
 }
 

@@ -117,9 +117,7 @@ TEST_F(PluggingSessionTest, EachArrivalNamesItsSocketAndTheNamesJoinAndTypeThem)
         }
         EXPECT_THAT(lines, ElementsAreArray(summary));
         // What the summary says is what the file holds.
-        const auto saved = readMapFile(mapFile);
-        ASSERT_TRUE(saved.map) << saved.reason;
-        EXPECT_EQ(saved.map->session, model->session());
+        EXPECT_EQ(readMapFile(mapFile).map.value().session, model->session());
         plugging.reset();
         transcript.clear();
         devices = {{"HS05", "Bluetooth"}};
@@ -135,7 +133,7 @@ TEST_F(PluggingSessionTest, ProgressAndBudgetAreToldAndTheInternalOfferIsTaken) 
     EXPECT_EQ(plugging->progressText(), "1 socket found; ports kept: XHC1 3 of 15; not seen yet: 7 ports");
     EXPECT_THAT(plugging->keepCandidatesAsInternal(), ElementsAre("XHC1 HS05 (Bluetooth)"));
     const auto xhc1 = pairedXHC1(6, {});
-    EXPECT_EQ(readMapFile(mapFile).map->session.port(usbPortStableID(xhc1, xhc1.ports[4])).connector,
+    EXPECT_EQ(readMapFile(mapFile).map.value().session.port(usbPortStableID(xhc1, xhc1.ports[4])).connector,
               connector::internal);
 }
 
