@@ -19,6 +19,7 @@ class PluggingSessionTest : public ModelFixture {
   protected:
     // With `resumed`, the map file is opened first, as a resumed session is.
     void start(bool resumed = false) {
+        transcript.clear();
         scanShowing({pairedXHC1(6, devices)});
         model->startUSBHotplugMonitoring();
         if (resumed) {
@@ -118,10 +119,7 @@ TEST_F(PluggingSessionTest, EachArrivalNamesItsSocketAndTheNamesJoinAndTypeThem)
         EXPECT_THAT(lines, ElementsAreArray(summary));
         // What the summary says is what the file holds.
         EXPECT_EQ(readMapFile(mapFile).map.value().session, model->session());
-        plugging.reset();
-        transcript.clear();
         devices = {{"HS05", "Bluetooth"}};
-        scans.clear();
     }
 }
 
@@ -150,8 +148,6 @@ TEST_F(PluggingSessionTest, OverTheBudgetTheSummaryNamesThePortsNoSocketUses) {
 TEST_F(PluggingSessionTest, AMapSavedMidwayResumesItsSockets) {
     start();
     run({"+SS01 Stick", "=rear"});
-    plugging.reset();
-    transcript.clear();
     SetUp();
     start(true);
     run({"+HS01 Mouse"});
