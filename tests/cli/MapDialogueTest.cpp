@@ -8,19 +8,17 @@
 namespace korvane {
 namespace {
 
-class MapDialogueTest : public ModelFixture {
-  protected:
-    void plug(const std::string& port, const std::string& device) {
-        scans.push_back({{pairedXHC1(4, {{port, device}})}});
-        hotplug->onChange();
-        scheduler.advance(CollectorModel::hotplugDebounce);
-    }
-};
+using MapDialogueTest = ModelFixture;
 
 // A script that writes every name before the devices come, as a pipe does:
 // each name waits for a socket that asks for one (the other half of a named
 // socket asks none), and the transcript is the terminal's.
 TEST_F(MapDialogueTest, NamesWrittenAheadWaitForTheirSocketsAndTheEndSavesAndSums) {
+    const auto plug = [this](const std::string& port, const std::string& device) {
+        scans.push_back({{pairedXHC1(4, {{port, device}})}});
+        hotplug->onChange();
+        scheduler.advance(CollectorModel::hotplugDebounce);
+    };
     scanShowing({pairedXHC1(4, {})});
     model->startUSBHotplugMonitoring();
     const auto mapFile = home.path() / "plugged.korvanemap";

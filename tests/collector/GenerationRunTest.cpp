@@ -54,10 +54,8 @@ class GenerationRunTest : public ModelFixture {
         }
         return state;
     }
-    std::string entry(const std::string& name) {
-        const auto entries = readZip(zip());
-        const auto found = entries.find("KorvaneGenerator_Work/" + name);
-        return found == entries.end() ? "" : found->second;
+    std::string entry(const std::string& name) const {
+        return readZip(zip()).at("KorvaneGenerator_Work/" + name);
     }
 };
 

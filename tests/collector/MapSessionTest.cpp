@@ -53,8 +53,8 @@ TEST_F(MapSessionTest, ASavedSessionOpensAgainAsItWasAndOnlyEditsMarkItUnsaved) 
     model->setPortSelected(xhc1, xhc1.ports[2], true);
     model->setTargetModelChoice("");
     EXPECT_TRUE(model->hasUnsavedChanges()) << "the reset undid work the file holds";
-    const MapOutcome outcome = model->openMap(file("session.korvanemap"));
-    EXPECT_EQ(outcome.summary, "Opened session.korvanemap: 2 of 2 ports matched.");
+    EXPECT_EQ(model->openMap(file("session.korvanemap")).summary,
+              "Opened session.korvanemap: 2 of 2 ports matched.");
     EXPECT_EQ(model->currentMap(), saved);
     EXPECT_FALSE(model->hasUnsavedChanges());
     EXPECT_THAT(logLines().back(),
@@ -140,8 +140,8 @@ TEST_F(MapSessionTest, ImportingOurOwnZipChecksWhatItWasMadeFromWithItsConnector
     model->setTargetModelChoice("");
     EXPECT_THAT(model->selectedPortIDs(), ElementsAre(key(0)));
 
-    const MapOutcome outcome = model->importPackage(*model->lastZipURL());
-    EXPECT_EQ(outcome.summary, "Imported Korvane.zip: 2 of 2 ports matched.");
+    EXPECT_EQ(model->importPackage(*model->lastZipURL()).summary,
+              "Imported Korvane.zip: 2 of 2 ports matched.");
     EXPECT_THAT(model->selectedPortIDs(), ElementsAre(key(0), key(1)));
     EXPECT_EQ(model->connectorFor(xhc1, xhc1.ports[1]), 10);
     EXPECT_EQ(model->targetModelChoice(), "iMac19,1") << "the package's model";

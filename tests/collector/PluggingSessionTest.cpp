@@ -10,7 +10,6 @@
 namespace korvane {
 namespace {
 
-namespace fs = std::filesystem;
 using testing::ElementsAre;
 using testing::ElementsAreArray;
 using testing::HasSubstr;
@@ -59,7 +58,7 @@ class PluggingSessionTest : public ModelFixture {
         }
     }
 
-    fs::path mapFile = home.path() / "plugging.korvanemap";
+    std::filesystem::path mapFile = home.path() / "plugging.korvanemap";
     // In XHC1's HS01..HS06 and SS01..SS04: Bluetooth on HS05 from the start.
     std::map<std::string, std::string> devices{{"HS05", "Bluetooth"}};
     std::unique_ptr<PluggingSession> plugging;
@@ -136,8 +135,7 @@ TEST_F(PluggingSessionTest, ProgressAndBudgetAreToldAndTheInternalOfferIsTaken) 
 }
 
 TEST_F(PluggingSessionTest, OverTheBudgetTheSummaryNamesThePortsNoSocketUses) {
-    auto big = makeController("XHC2", 0x8086, 0xa36d, makePorts(18, 18));
-    scanShowing({big});
+    scanShowing({makeController("XHC2", 0x8086, 0xa36d, makePorts(18, 18))});
     plugging = std::make_unique<PluggingSession>(model, mapFile);
     EXPECT_EQ(
         plugging->summaryLines().back(),

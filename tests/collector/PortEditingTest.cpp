@@ -12,12 +12,11 @@ USBControllerMap intel(std::vector<USBPortMap> ports) {
     return makeController("XHC", 0x8086, 0xa36d, std::move(ports));
 }
 
-class PortEditingTest : public ModelFixture {
-  protected:
-    std::string key(const USBControllerMap& controller, std::size_t port) {
-        return usbPortStableID(controller, controller.ports[port]);
-    }
-};
+std::string key(const USBControllerMap& controller, std::size_t port) {
+    return usbPortStableID(controller, controller.ports[port]);
+}
+
+using PortEditingTest = ModelFixture;
 
 // A reset checks exactly the active ports, and a device in either half keeps
 // the whole socket: it checks the other half, across controllers too, with
