@@ -54,10 +54,8 @@ class GenerationRunTest : public ModelFixture {
         }
         return state;
     }
-    std::string entry(const std::string& name) {
-        const auto entries = readZip(zip());
-        const auto found = entries.find("KorvaneGenerator_Work/" + name);
-        return found == entries.end() ? "" : found->second;
+    std::string entry(const std::string& name) const {
+        return readZip(zip()).at("KorvaneGenerator_Work/" + name);
     }
 };
 
@@ -131,28 +129,25 @@ TEST_F(GenerationRunTest, ARunAsksTheMachineForItsModelOnce) {
 // user's named like the ZIP or the work folder, stay; nothing of the run's
 // stays.
 TEST_F(GenerationRunTest, AFailedRunSaysWhyAndLeavesTheDesktopAsItWas) {
-    const std::string notOurs = ", not a ZIP of an earlier run, and is left as it is. Move it away from the "
-                                "Desktop or rename it, then "
-                                "generate again.";
-    const std::string notMade = work().string() +
-                                " was not made by KorvaneGenerator and is left as it is. "
-                                "Move it away from the Desktop or rename it, then generate again.";
+    const std::string leftAsItIs =
+        " and is left as it is. Move it away from the Desktop or rename it, then generate again.";
+    const std::string notOurs = ", not a ZIP of an earlier run," + leftAsItIs;
+    const std::string notMade = work().string() + " was not made by KorvaneGenerator" + leftAsItIs;
     const std::string ditto = (home.path() / "ditto").string() + " -c -k --sequesterRsrc --keepParent " +
                               work().string() + " " + (desktopFolder / ".Korvane.zip.partial").string() +
                               "\n";
     const auto brokenDitto = [this](const std::string& script) {
-        return [this, script](CollectorEnvironment& environment) {
-            environment.tools.ditto = writeFakeTool(home.path(), "ditto", "touch \"$6\"\n" + script);
-            environment.dittoTimeout = 0.5;
+        return [this, script] {
+            adjust = [this, script](CollectorEnvironment& environment) {
+                environment.tools.ditto = writeFakeTool(home.path(), "ditto", "touch \"$6\"\n" + script);
+                environment.dittoTimeout = 0.5;
+            };
         };
     };
-    struct Row {
-        const char* name;
-        std::function<void()> arrange; // after an earlier run's ZIP is on the Desktop
-        std::string error;
-        std::function<void(CollectorEnvironment&)> environment = {};
-    };
-    const Row rows[] = {
+    const std::string missingTool = (home.path() / "missing" / "plutil").string();
+    // Each row's name, what it changes in the model's world or on the Desktop
+    // (where an earlier run's ZIP is), and the error.
+    const std::tuple<const char*, std::function<void()>, std::string> rows[] = {
         // Without a port list the run scans first; an empty scan fails with its reason.
         {"NothingScanned", [&] { scans = {USBScanResult{}}; },
          "No USB controller found: nothing to map. The scan of this machine's IOKit registry found no USB "
@@ -181,30 +176,29 @@ TEST_F(GenerationRunTest, AFailedRunSaysWhyAndLeavesTheDesktopAsItWas) {
         {"AFolderOfTheUsers", [&] { fs::create_directories(work() / "mine"); }, notMade},
         {"AFileOfTheUsers", [&] { writeFileAtomically(work(), "mine"); }, notMade},
         {"ALinkOfTheUsers", [&] { fs::create_directory_symlink(home.path(), work()); }, notMade},
-        {"AToolThatCannotStart", [] {},
-         "cannot start " + (home.path() / "missing" / "plutil").string() + ": No such file or directory",
-         [this](CollectorEnvironment& environment) {
-             environment.tools.plutil = (home.path() / "missing" / "plutil").string();
-         }},
+        {"AToolThatCannotStart",
+         [&] { adjust = [&](CollectorEnvironment& environment) { environment.tools.plutil = missingTool; }; },
+         "cannot start " + missingTool + ": No such file or directory"},
         // The tool's output, with its own line feed, follows the message's first line.
-        {"DittoFails", [] {}, "Command failed: " + ditto + "disk full\n",
-         brokenDitto("echo 'disk full' >&2\nexit 1")},
-        {"DittoHangs", [] {}, "Timeout after 0s: " + ditto, brokenDitto("exec sleep 30")},
+        {"DittoFails", brokenDitto("echo 'disk full' >&2\nexit 1"),
+         "Command failed: " + ditto + "disk full\n"},
+        {"DittoHangs", brokenDitto("exec sleep 30"), "Timeout after 0s: " + ditto},
     };
-    for (const auto& row : rows) {
-        SCOPED_TRACE(row.name);
+    for (const auto& [name, arrange, error] : rows) {
+        SCOPED_TRACE(name);
         fs::remove_all(desktopFolder);
-        adjust = row.environment;
+        fs::create_directories(desktopFolder);
+        writeFileAtomically(zip(), "old");
+        adjust = nullptr;
+        arrange();
         SetUp();
-        if (!std::string_view(row.name).starts_with("Nothing")) { // those start without a port list
+        if (!std::string_view(name).starts_with("Nothing")) { // those start without a port list
             loadPorts();
         }
-        writeFileAtomically(zip(), "old");
-        row.arrange();
         const auto before = desktopState();
         generate();
-        EXPECT_EQ(model->lastRunError(), "ERROR: " + row.error);
-        EXPECT_TRUE(model->logText().ends_with("] ERROR: " + row.error + "\n")) << model->logText();
+        EXPECT_EQ(model->lastRunError(), "ERROR: " + error);
+        EXPECT_TRUE(model->logText().ends_with("] ERROR: " + error + "\n")) << model->logText();
         EXPECT_THAT(recordingDesktop.sounds, ElementsAre("Basso"));
         recordingDesktop.sounds.clear();
         EXPECT_FALSE(model->isRunning());

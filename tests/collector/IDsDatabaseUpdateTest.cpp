@@ -12,13 +12,11 @@ using testing::ElementsAre;
 class IDsDatabaseUpdateTest : public ModelFixture {};
 
 TEST_F(IDsDatabaseUpdateTest, OneFailureDoesNotStopTheOtherAndNamesAndListAreRefreshedSilently) {
-    fetch = [](const std::string& address) -> HTTPResponse {
-        if (address.find("pci") != std::string::npos) {
-            return {true, 503, "busy"};
-        }
-        std::string body = "# List of USB ID's\n";
-        body.resize(5000, 'x');
-        return {true, 200, body};
+    // pci.ids is busy; usb.ids comes, long enough to be taken for a whole one.
+    fetch = [](const std::string& address) {
+        return address.find("pci") != std::string::npos
+                   ? HTTPResponse{true, 503, "busy"}
+                   : HTTPResponse{true, 200, "# List of USB ID's\n" + std::string(5000, 'x')};
     };
     // A user's copy the resolver hasn't read yet: the update reloads it.
     const auto tools = home.path() / "support" / "KorvaneGenerator" / "Tools";

@@ -3,27 +3,23 @@
 #include "mapfile/MapFileCodec.h"
 #include "support/ModelFixture.h"
 
+#include <algorithm>
 #include <fstream>
 #include <gmock/gmock.h>
 
 namespace korvane {
 namespace {
 
-namespace fs = std::filesystem;
 using testing::ElementsAre;
 using testing::ElementsAreArray;
 using testing::HasSubstr;
-
-// XHC1: HS01..HS06 and SS01..SS04; Bluetooth on HS05 from the start.
-USBControllerMap xhc1(const std::map<std::string, std::string>& devices) {
-    return pairedXHC1(6, devices);
-}
 
 class PluggingSessionTest : public ModelFixture {
   protected:
     // With `resumed`, the map file is opened first, as a resumed session is.
     void start(bool resumed = false) {
-        scanShowing({xhc1(devices)});
+        transcript.clear();
+        scanShowing({pairedXHC1(6, devices)});
         model->startUSBHotplugMonitoring();
         if (resumed) {
             ASSERT_TRUE(model->openMap(mapFile).succeeded);
@@ -46,11 +42,9 @@ class PluggingSessionTest : public ModelFixture {
             }
             if (step[0] == '@') {
                 const auto& controller = model->scannedControllers().front();
-                for (const auto& port : controller.ports) {
-                    if (port.name == rest.substr(0, space)) {
-                        model->setNickname(controller, port, rest.substr(space + 1));
-                    }
-                }
+                const auto port =
+                    std::ranges::find(controller.ports, rest.substr(0, space), &USBPortMap::name);
+                model->setNickname(controller, *port, rest.substr(space + 1));
                 continue;
             }
             if (step[0] == '+') {
@@ -58,32 +52,24 @@ class PluggingSessionTest : public ModelFixture {
             } else {
                 devices.erase(rest);
             }
-            scans.push_back({{xhc1(devices)}});
+            scans.push_back({{pairedXHC1(6, devices)}});
             hotplug->onChange();
-            scheduler.advance(PluggingSessionTest::debounce);
+            scheduler.advance(CollectorModel::hotplugDebounce);
         }
     }
 
-    static constexpr Scheduler::Seconds debounce{0.2};
-    fs::path mapFile = home.path() / "plugging.korvanemap";
+    std::filesystem::path mapFile = home.path() / "plugging.korvanemap";
+    // In XHC1's HS01..HS06 and SS01..SS04: Bluetooth on HS05 from the start.
     std::map<std::string, std::string> devices{{"HS05", "Bluetooth"}};
     std::unique_ptr<PluggingSession> plugging;
     std::vector<std::string> transcript;
 };
 
-struct PluggingCase {
-    std::string title;
-    std::vector<std::string> steps;
-    std::vector<std::string> transcript;
-    std::vector<std::string> summary;
-};
-
 TEST_F(PluggingSessionTest, EachArrivalNamesItsSocketAndTheNamesJoinAndTypeThem) {
     const std::string neverSeen = "Never seen (uncheck them to leave them out): ";
-    const std::string internal =
-        "In use from the start and never replugged, so likely built in (type them Internal, 255): XHC1 HS05 "
-        "(Bluetooth)";
-    const std::vector<PluggingCase> cases = {
+    // Each case's steps, then what the session says and its summary.
+    using Lines = std::vector<std::string>;
+    const std::tuple<const char*, Lines, Lines, Lines> cases[] = {
         {"two SuperSpeed ports named as one socket: Type-C without switch",
          {"+SS03 Stick", "=C left", "-SS03", "+SS04 Stick", "=C left"},
          {"Seen: SS03 (with HS03) on XHC1: Stick", "Named \"C left\".",
@@ -110,34 +96,29 @@ TEST_F(PluggingSessionTest, EachArrivalNamesItsSocketAndTheNamesJoinAndTypeThem)
           "That name can't be used: it holds a control character (U+001B). Give another, or an empty line.",
           "Named \"rear\".",
           "Seen: SS01 (with HS01) on XHC1: Stick, again: \"rear\". The same socket turned over? Give its "
-          "name "
-          "again.",
+          "name again.",
           "The socket stays as it was."},
          {"1 socket:", "  \"rear\": XHC1 HS01, XHC1 SS01; USB3 (3)",
           neverSeen + "XHC1 HS02, XHC1 HS03, XHC1 HS04, XHC1 HS06, XHC1 SS02, XHC1 SS03, XHC1 SS04",
-          internal}},
+          "In use from the start and never replugged, so likely built in (type them Internal, 255): XHC1 "
+          "HS05 (Bluetooth)"}},
     };
-    for (const auto& each : cases) {
-        SCOPED_TRACE(each.title);
+    for (const auto& [title, steps, said, summary] : cases) {
+        SCOPED_TRACE(title);
         SetUp();
         start();
-        run(each.steps);
-        EXPECT_THAT(transcript, ElementsAreArray(each.transcript));
+        run(steps);
+        EXPECT_THAT(transcript, ElementsAreArray(said));
         EXPECT_FALSE(plugging->isAwaitingName());
         // Rows that end with a socket compare the sockets alone.
-        auto summary = plugging->summaryLines();
-        if (each.summary.back().starts_with("  ")) {
-            summary.resize(std::min(summary.size(), each.summary.size()));
+        auto lines = plugging->summaryLines();
+        if (summary.back().starts_with("  ")) {
+            lines.resize(std::min(lines.size(), summary.size()));
         }
-        EXPECT_THAT(summary, ElementsAreArray(each.summary));
+        EXPECT_THAT(lines, ElementsAreArray(summary));
         // What the summary says is what the file holds.
-        const auto saved = readMapFile(mapFile);
-        ASSERT_TRUE(saved.map) << saved.reason;
-        EXPECT_EQ(saved.map->session, model->session());
-        plugging.reset();
-        transcript.clear();
+        EXPECT_EQ(readMapFile(mapFile).map.value().session, model->session());
         devices = {{"HS05", "Bluetooth"}};
-        scans.clear();
     }
 }
 
@@ -148,13 +129,13 @@ TEST_F(PluggingSessionTest, ProgressAndBudgetAreToldAndTheInternalOfferIsTaken) 
     run({"+SS01 Stick", "=rear"});
     EXPECT_EQ(plugging->progressText(), "1 socket found; ports kept: XHC1 3 of 15; not seen yet: 7 ports");
     EXPECT_THAT(plugging->keepCandidatesAsInternal(), ElementsAre("XHC1 HS05 (Bluetooth)"));
-    EXPECT_EQ(readMapFile(mapFile).map->session.port(usbPortStableID(xhc1({}), xhc1({}).ports[4])).connector,
+    const auto xhc1 = pairedXHC1(6, {});
+    EXPECT_EQ(readMapFile(mapFile).map.value().session.port(usbPortStableID(xhc1, xhc1.ports[4])).connector,
               connector::internal);
 }
 
 TEST_F(PluggingSessionTest, OverTheBudgetTheSummaryNamesThePortsNoSocketUses) {
-    auto big = makeController("XHC2", 0x8086, 0xa36d, makePorts(18, 18));
-    scanShowing({big});
+    scanShowing({makeController("XHC2", 0x8086, 0xa36d, makePorts(18, 18))});
     plugging = std::make_unique<PluggingSession>(model, mapFile);
     EXPECT_EQ(
         plugging->summaryLines().back(),
@@ -165,8 +146,6 @@ TEST_F(PluggingSessionTest, OverTheBudgetTheSummaryNamesThePortsNoSocketUses) {
 TEST_F(PluggingSessionTest, AMapSavedMidwayResumesItsSockets) {
     start();
     run({"+SS01 Stick", "=rear"});
-    plugging.reset();
-    transcript.clear();
     SetUp();
     start(true);
     run({"+HS01 Mouse"});
@@ -179,10 +158,9 @@ TEST_F(PluggingSessionTest, AFailedSaveIsToldAndPluggingGoesOn) {
     mapFile = home.path() / "file" / "plugging.korvanemap";
     start();
     run({"+SS01 Stick", "=rear"});
-    ASSERT_EQ(transcript.size(), 4u);
-    EXPECT_THAT(transcript[0], HasSubstr("plugging.korvanemap"));
-    EXPECT_EQ(transcript[1], "Seen: SS01 (with HS01) on XHC1: Stick");
-    EXPECT_EQ(transcript[3], "Named \"rear\".");
+    const auto failure = HasSubstr("plugging.korvanemap");
+    EXPECT_THAT(transcript,
+                ElementsAre(failure, "Seen: SS01 (with HS01) on XHC1: Stick", failure, "Named \"rear\"."));
 }
 
 } // namespace

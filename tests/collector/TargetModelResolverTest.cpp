@@ -24,39 +24,32 @@ TEST(TargetModelResolver, TheMachineIsAskedOnceAndOnlyAChangedAnswerIsNews) {
 // own model stands where this machine's would, and a choice that differs from
 // either is told with both names.
 TEST(TargetModelResolver, TheChoiceWinsThenTheMachinesModelThenMacEachSaidWithWhereItCameFrom) {
-    struct Row {
-        Source machineSource;
-        std::optional<std::string> choice;
-        std::optional<std::string> answer;
-        std::string value;
-        std::string_view sourceText;
-        std::string note;
+    const auto differs = [](const std::string& whose) {
+        return "Your choice iMac19,1 differs from " + whose +
+               "'s own model Macmini8,1: the map applies only " +
+               "on a Mac that reports iMac19,1 (right for a machine whose SMBIOS is set so on purpose).";
     };
-    const Row rows[] = {
+    // Whose model the machine's is, the choice, the machine's answer, then the
+    // model, where it came from and the note.
+    using Model = std::optional<std::string>;
+    const std::tuple<Source, Model, Model, std::string, std::string_view, std::string> rows[] = {
         {Source::savedRegistry, std::nullopt, "iMacPro1,1", "iMacPro1,1", "from the registry", ""},
         {Source::savedRegistry, "iMacPro1,1", "iMacPro1,1", "iMacPro1,1", "your choice", ""},
-        {Source::savedRegistry, "iMac19,1", "Macmini8,1", "iMac19,1", "your choice",
-         "Your choice iMac19,1 differs from the registry's own model Macmini8,1: the map applies only on a "
-         "Mac "
-         "that reports iMac19,1 (right for a machine whose SMBIOS is set so on purpose)."},
-        {Source::thisMachine, "iMac19,1", "Macmini8,1", "iMac19,1", "your choice",
-         "Your choice iMac19,1 differs from this machine's own model Macmini8,1: the map applies only on a "
-         "Mac "
-         "that reports iMac19,1 (right for a machine whose SMBIOS is set so on purpose)."},
+        {Source::savedRegistry, "iMac19,1", "Macmini8,1", "iMac19,1", "your choice", differs("the registry")},
+        {Source::thisMachine, "iMac19,1", "Macmini8,1", "iMac19,1", "your choice", differs("this machine")},
         {Source::thisMachine, std::nullopt, " MacBookPro15,2\n", "MacBookPro15,2", "from this machine", ""},
-        {Source::savedRegistry, "iMac19,1", std::nullopt, "iMac19,1", "your choice",
-         ""}, // nothing to differ from
-        {Source::thisMachine, std::nullopt, " \n", "Mac", "no model found",
-         ""}, // a blank answer names no Mac
+        // Nothing to differ from, then a blank answer that names no Mac.
+        {Source::savedRegistry, "iMac19,1", std::nullopt, "iMac19,1", "your choice", ""},
+        {Source::thisMachine, std::nullopt, " \n", "Mac", "no model found", ""},
         {Source::savedRegistry, std::nullopt, std::nullopt, "Mac", "no model found", ""},
     };
-    for (const auto& row : rows) {
-        TargetModelResolver resolver(row.machineSource);
-        EXPECT_TRUE(resolver.store(row.answer));
-        const TargetMacModel target = resolver.resolve(row.choice);
-        EXPECT_EQ(target.value, row.value) << row.choice.value_or("-");
-        EXPECT_EQ(targetModelSourceText(target.source), row.sourceText) << row.value;
-        EXPECT_EQ(resolver.differenceNote(row.choice), row.note);
+    for (const auto& [machineSource, choice, answer, value, sourceText, note] : rows) {
+        TargetModelResolver resolver(machineSource);
+        EXPECT_TRUE(resolver.store(answer));
+        const TargetMacModel target = resolver.resolve(choice);
+        EXPECT_EQ(target.value, value) << choice.value_or("-");
+        EXPECT_EQ(targetModelSourceText(target.source), sourceText) << value;
+        EXPECT_EQ(resolver.differenceNote(choice), note);
     }
     EXPECT_EQ(TargetModelResolver().resolve(std::nullopt), (TargetMacModel{"Mac", Source::fallback}))
         << "before the machine is asked";
