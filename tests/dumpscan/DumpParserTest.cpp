@@ -11,12 +11,10 @@ namespace {
 
 // Each hand-made dump drives one group of the parser's rules; the README
 // beside them says which part of each dump shows which rule.
-class HandMadeDumpTest : public ::testing::TestWithParam<const char*> {
-  protected:
-    IDsHome ids;
-};
+using HandMadeDumpTest = ::testing::TestWithParam<const char*>;
 
 TEST_P(HandMadeDumpTest, ParsesToItsReviewedControllersAndPorts) {
+    IDsHome ids;
     const std::string name = GetParam();
     EXPECT_TRUE(matchesGolden(scanText(parseControllers(testDataBytes("dumpscan/" + name), ids.names())),
                               "line-scanner/" + name));
