@@ -32,16 +32,15 @@ TEST(PortMapPackage, OurOwnPackageLandsOnTheVeryPortsItWasMadeFrom) {
     writeFileAtomically(contents / "Info.plist",
                         propertyListXML(makeKextInfoPlist(chosen, "iMac19,1").get()));
 
+    const auto hs02 = usbPortStableID(scanned[0], scanned[0].ports[1]);
+    const auto ss01 = usbPortStableID(scanned[0], scanned[0].ports[2]);
     for (const auto& path : {folder.path() / "Korvane.kext", folder.path(), contents / "Info.plist"}) {
         const auto parse = readPortMapPackage(path);
         ASSERT_TRUE(parse.package) << path << ": " << parse.reason;
         EXPECT_EQ(parse.package->model, "iMac19,1");
         const auto match = matchPackageToScan(*parse.package, scanned);
-        const auto& xhc1 = scanned[0];
-        EXPECT_THAT(match.selectedPortIDs, testing::ElementsAre(usbPortStableID(xhc1, xhc1.ports[1]),
-                                                                usbPortStableID(xhc1, xhc1.ports[2])));
-        EXPECT_EQ(match.connectors.at(usbPortStableID(xhc1, xhc1.ports[1])), 255);
-        EXPECT_EQ(match.connectors.at(usbPortStableID(xhc1, xhc1.ports[2])), 10);
+        EXPECT_EQ(match.selectedPortIDs, (std::set<std::string>{hs02, ss01}));
+        EXPECT_EQ(match.connectors, (std::map<std::string, std::int64_t>{{hs02, 255}, {ss01, 10}}));
         EXPECT_TRUE(match.unmatched.empty());
     }
 }

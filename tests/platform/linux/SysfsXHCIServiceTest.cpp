@@ -17,8 +17,7 @@ class SysfsXHCIServiceTest : public ::testing::Test {
     void SetUp() override { writeSysfsTree(folder_.path(), "intel-xhci.tree"); }
 
     std::vector<SysfsXHCIService::RootPort> rootPorts() const {
-        const auto address = PCIAddress::parse("0000:00:14.0");
-        const SysfsPCIDevice device(folder_.path() / controller, *address);
+        const SysfsPCIDevice device(folder_.path() / controller, *PCIAddress::parse("0000:00:14.0"));
         return SysfsXHCIService(device, folder_.path() / "kernel/debug", 0x14000000).rootPorts();
     }
 
