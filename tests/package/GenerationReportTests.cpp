@@ -15,9 +15,7 @@ TEST(GenerationReport, ListsEveryControllerAndPortAlsoThoseThePackageLeavesOut) 
                                {"NUL", "", 255, {}, "", ""},
                                {"HS03", "x", 0, portData(3), "", ""}});
     // No ports: the template's, counted as the ports written.
-    auto fromTemplate = makeController("XHC2", 0x8086, 0x9cb1);
-    fromTemplate.location = "14";
-    fromTemplate.providerClass = "AppleUSBXHCILPTH";
+    const USBControllerMap fromTemplate{"XHC2", "14", 0x8086, 0x9cb1, "", "AppleUSBXHCILPTH", "", {}};
     // No identity and no ports (the last): still listed.
     EXPECT_TRUE(matchesGolden(generationReportText({own, fromTemplate, makeController("", 0, 0x1234)}),
                               "package/Korvane-report.txt"));
