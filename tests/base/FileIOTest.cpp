@@ -5,7 +5,6 @@
 #include <csignal>
 #include <gmock/gmock.h>
 #include <sys/resource.h>
-#include <sys/stat.h>
 #include <system_error>
 
 namespace korvane {
@@ -15,12 +14,10 @@ TEST(FileIO, AtomicWriteReplacesWholeKeepsTheModeAndLeavesNoTemporary) {
     TempFolder folder;
     const auto target = folder.path() / "log.txt";
     writeFileAtomically(target, "first");
-    chmod(target.c_str(), 0640);
+    std::filesystem::permissions(target, std::filesystem::perms(0640));
     writeFileAtomically(target, "second");
     EXPECT_EQ(readFileBytes(target), "second");
-    struct stat info;
-    ASSERT_EQ(stat(target.c_str(), &info), 0);
-    EXPECT_EQ(info.st_mode & 0777, 0640u);
+    EXPECT_EQ(std::filesystem::status(target).permissions(), std::filesystem::perms(0640));
     EXPECT_EQ(folder.entries(), std::vector<std::string>{"log.txt"});
 }
 

@@ -11,12 +11,10 @@ namespace {
 
 // Each hand-made dump drives one group of the parser's rules; the README
 // beside them says which part of each dump shows which rule.
-class HandMadeDumpTest : public ::testing::TestWithParam<const char*> {
-  protected:
-    IDsHome ids;
-};
+using HandMadeDumpTest = ::testing::TestWithParam<const char*>;
 
 TEST_P(HandMadeDumpTest, ParsesToItsReviewedControllersAndPorts) {
+    IDsHome ids;
     const std::string name = GetParam();
     EXPECT_TRUE(matchesGolden(scanText(parseControllers(testDataBytes("dumpscan/" + name), ids.names())),
                               "line-scanner/" + name));
@@ -30,8 +28,7 @@ INSTANTIATE_TEST_SUITE_P(Dumps, HandMadeDumpTest,
 TEST(DumpParser, TheIMac19_1DumpParsedAsRawBytesGivesItsPCIController) {
     // As text it is empty (one Mac Roman byte); see the corpus golden file.
     IDsHome ids;
-    const auto controllers = parseControllers(testDataBytes("macos/iMac19-1/IOReg.txt"), ids.names());
-    EXPECT_EQ(scanText(controllers),
+    EXPECT_EQ(scanText(parseControllers(testDataBytes("macos/iMac19-1/IOReg.txt"), ids.names())),
               "8086:a36d XHC1@14    pci8086,a36d  \"Intel Corporation Cannon Lake PCH USB "
               "3.1 xHCI Host Controller\"\n");
 }

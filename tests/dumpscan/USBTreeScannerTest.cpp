@@ -15,8 +15,11 @@ namespace {
 
 class USBTreeScannerTest : public ::testing::Test {
   protected:
-    USBTreeScanner scanner(const RegistrySource& live, std::optional<std::filesystem::path> dump) {
-        USBTreeScanner scanner{std::move(dump), live, ids.names(), buildTreeToolPaths().plutil};
+    void SetUp() override { std::filesystem::create_directory(temporary); }
+    USBTreeScanner scanner(const RegistrySource& live, std::optional<std::filesystem::path> dump,
+                           IDsNameResolver* names = nullptr) {
+        USBTreeScanner scanner{std::move(dump), live, names ? *names : ids.names(),
+                               buildTreeToolPaths().plutil};
         scanner.temporaryFolder = temporary;
         return scanner;
     }
@@ -31,10 +34,7 @@ class USBTreeScannerTest : public ::testing::Test {
     bool isTemporaryEmpty() const { return std::filesystem::is_empty(temporary); }
 
     IDsHome ids;
-    std::filesystem::path temporary = [this] {
-        std::filesystem::create_directory(ids.path() / "temporary");
-        return ids.path() / "temporary";
-    }();
+    const std::filesystem::path temporary = ids.path() / "temporary";
     const TreeSource nothingLive{[] { return nullptr; }};
     const std::filesystem::path handMade = testDataPath("dumpscan/handmade-every-port-branch.txt");
     static constexpr const char* plainDump = "+-o Root  <class IORegistryEntry, id 0x100000100, retain 9>\n";
@@ -64,9 +64,7 @@ TEST_F(USBTreeScannerTest, TheCorpusGivesOnlyThePCIControllersOutsideBridges) {
                              "hackintosh-CML/ioreg_ioservice.txt", "hackintosh-CML/ioreg_IOUSB-plane.txt",
                              "iMacPro1-1/IOReg.txt", "iMac19-1/IOReg.txt", "qemu-MacPro7-1/ioreg.txt",
                              "iMac14-2/IORegistryExplorer.ioreg"}) {
-        USBTreeScanner named{testDataPath(std::string("macos/") + dump), nothingLive, bundled.names(),
-                             buildTreeToolPaths().plutil};
-        named.temporaryFolder = temporary;
+        const auto named = scanner(nothingLive, testDataPath(std::string("macos/") + dump), &bundled.names());
         text += std::string("== ") + dump + "\n" + scanText(named.scan());
     }
     EXPECT_TRUE(matchesGolden(text, "line-scanner/corpus.txt"));

@@ -13,7 +13,7 @@ namespace korvane {
 namespace {
 
 // Name, text, vendor and device ID in hex, and the name they give.
-class NameCaseTest : public ::testing::TestWithParam<std::vector<std::string>> {};
+using NameCaseTest = ::testing::TestWithParam<std::vector<std::string>>;
 
 TEST_P(NameCaseTest, GivesTheNameTheLinesSpell) {
     const auto& row = GetParam();

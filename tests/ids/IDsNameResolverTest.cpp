@@ -55,7 +55,7 @@ TEST_F(IDsNameResolverTest, LookupsAndReloadsFromSeveralThreads) {
     IDsNameResolver& resolver = home.names();
     const std::set<std::string> allowedUSB = {"App Alpha Hub", "App Alpha"};
     std::array<int, 4> unexpected{};
-    std::vector<std::thread> threads;
+    std::vector<std::jthread> threads;
     for (std::size_t t = 0; t < unexpected.size(); ++t) {
         threads.emplace_back([&, t] {
             for (int round = 0; round < 300; ++round) {
@@ -68,9 +68,7 @@ TEST_F(IDsNameResolverTest, LookupsAndReloadsFromSeveralThreads) {
             }
         });
     }
-    for (auto& thread : threads) {
-        thread.join();
-    }
+    threads.clear(); // joins them
     EXPECT_EQ(unexpected, (std::array<int, 4>{}));
 }
 

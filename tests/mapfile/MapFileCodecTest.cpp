@@ -2,6 +2,7 @@
 
 #include "support/Golden.h"
 #include "support/TempFolder.h"
+#include "support/USBRecords.h"
 
 #include <gtest/gtest.h>
 
@@ -18,14 +19,11 @@ constexpr const char* hs14 = "8086:a36d|XHC1|14|HS14|0e000000";
 // nickname outside ASCII.
 USBMapFile everyField() {
     USBMapFile map;
-    USBControllerMap controller{.name = "XHC1",
-                                .location = "14",
-                                .vendorID = 0x8086,
-                                .deviceID = 0xa36d,
-                                .ioNameMatch = "pci8086,a36d",
-                                .providerClass = "AppleIntelCNLUSBXHCI",
-                                .usbDeviceName = "Cannon Lake PCH USB 3.1 xHCI Host Controller",
-                                .ports = {}};
+    auto controller =
+        makeController("XHC1", 0x8086, 0xa36d, {}, "Cannon Lake PCH USB 3.1 xHCI Host Controller");
+    controller.location = "14";
+    controller.ioNameMatch = "pci8086,a36d";
+    controller.providerClass = "AppleIntelCNLUSBXHCI";
     map.machineControllers = {controller};
     map.session.targetModel = "iMac19,1";
     const auto set = [&map](const std::string& key, SessionPort port) {

@@ -14,42 +14,33 @@
 namespace korvane {
 namespace {
 
-using testing::ElementsAre;
 using testing::UnorderedElementsAre;
-
-USBPortMap port(std::string name, std::uint32_t number, std::int64_t connector = 3) {
-    return makePort(std::move(name), number, "", connector);
-}
-
-USBControllerMap controller(std::string name, std::int64_t device, std::vector<USBPortMap> ports) {
-    return makeController(std::move(name), 0x8086, device, std::move(ports));
-}
 
 // The hand-made map's machine: XHC1, and two controllers named XHC (the
 // chipset's and a Thunderbolt one) that only IOPCIPrimaryMatch tells apart.
 const std::vector<USBControllerMap> scanned{
-    controller("XHC1", 0xa36d, {port("HS01", 1), port("HS02", 2), port("SS01", 17)}),
-    controller("XHC", 0x06ed, {port("HS01", 1)}), controller("XHC", 0x15e9, {port("HS01", 1)})};
+    makeController("XHC1", 0x8086, 0xa36d, {makePort("HS01", 1), makePort("HS02", 2), makePort("SS01", 17)}),
+    makeController("XHC", 0x8086, 0x06ed, {makePort("HS01", 1)}),
+    makeController("XHC", 0x8086, 0x15e9, {makePort("HS01", 1)})};
 
 TEST(PortMapPackage, OurOwnPackageLandsOnTheVeryPortsItWasMadeFrom) {
     std::vector<USBControllerMap> chosen = {
-        controller("XHC1", 0xa36d, {port("HS02", 2, 255), port("SS01", 17, 10)})};
+        makeController("XHC1", 0x8086, 0xa36d, {makePort("HS02", 2, "", 255), makePort("SS01", 17, "", 10)})};
     TempFolder folder;
     const auto contents = folder.path() / "Korvane.kext" / "Contents";
     std::filesystem::create_directories(contents);
     writeFileAtomically(contents / "Info.plist",
                         propertyListXML(makeKextInfoPlist(chosen, "iMac19,1").get()));
 
+    const auto hs02 = usbPortStableID(scanned[0], scanned[0].ports[1]);
+    const auto ss01 = usbPortStableID(scanned[0], scanned[0].ports[2]);
     for (const auto& path : {folder.path() / "Korvane.kext", folder.path(), contents / "Info.plist"}) {
         const auto parse = readPortMapPackage(path);
         ASSERT_TRUE(parse.package) << path << ": " << parse.reason;
         EXPECT_EQ(parse.package->model, "iMac19,1");
         const auto match = matchPackageToScan(*parse.package, scanned);
-        const auto& xhc1 = scanned[0];
-        EXPECT_THAT(match.selectedPortIDs,
-                    ElementsAre(usbPortStableID(xhc1, xhc1.ports[1]), usbPortStableID(xhc1, xhc1.ports[2])));
-        EXPECT_EQ(match.connectors.at(usbPortStableID(xhc1, xhc1.ports[1])), 255);
-        EXPECT_EQ(match.connectors.at(usbPortStableID(xhc1, xhc1.ports[2])), 10);
+        EXPECT_EQ(match.selectedPortIDs, (std::set<std::string>{hs02, ss01}));
+        EXPECT_EQ(match.connectors, (std::map<std::string, std::int64_t>{{hs02, 255}, {ss01, 10}}));
         EXPECT_TRUE(match.unmatched.empty());
     }
 }

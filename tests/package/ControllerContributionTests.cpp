@@ -1,7 +1,6 @@
 #include "PackageTestSupport.h"
 #include "package/ControllerContribution.h"
 #include "package/PortsToWrite.h"
-#include "records/PortNumber.h"
 
 #include <gtest/gtest.h>
 

@@ -21,8 +21,7 @@ InstallGuide deskGuide() {
     ss01.connectorSource = ConnectorSource::user;
     auto hs02 = makePort("HS02", 2, "", 200);
     hs02.connectorSource = ConnectorSource::inferred;
-    auto xhc1 = makeController("XHC1", 0x8086, 0xa36d, {hs01, ss01, hs02});
-    xhc1.location = "14000000";
+    const USBControllerMap xhc1{"XHC1", "14000000", 0x8086, 0xa36d, "", "", "", {hs01, ss01, hs02}};
     return {.targetModel = "iMac19,1",
             .targetModelOrigin = "your choice",
             .source = {ScanSource::Kind::savedRegistry, "IOReg.txt", "ioreg text"},

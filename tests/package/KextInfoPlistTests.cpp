@@ -41,9 +41,7 @@ TEST(KextInfoPlist, EveryRuleOfTheTreeInOnePackage) {
 // does the later one replace the earlier, and the fronts are told either way.
 TEST(KextInfoPlist, LikeNamedControllersKeepTheirOwnMergeUnlessThePCIIDIsEqualToo) {
     auto xhc = [](std::int64_t device, std::string location, std::uint8_t port) {
-        auto controller = makeController("XHC", 0x8086, device, {makePort("HS01", port)});
-        controller.location = std::move(location);
-        return controller;
+        return USBControllerMap{"XHC", location, 0x8086, device, "", "", "", {makePort("HS01", port)}};
     };
     const std::vector<USBControllerMap> chipsetAndThunderbolt{xhc(0x02ed, "14000000", 1),
                                                               xhc(0x15e9, "00000000", 2)};

@@ -71,11 +71,10 @@ TEST_F(KextPackageWriterTest, ARejectedListThrowsTheToolsOutputAndWritesNoReport
 
 TEST_F(KextPackageWriterTest, FoldersAndFilesThatCantBeWrittenThrowThePlatformsError) {
     writeFileAtomically(work.path() / "plain-file", "x");
-    EXPECT_THROW(generateKorvaneKext(work.path() / "plain-file", std::nullopt, controllers, tools, "Mac"),
-                 std::system_error);
-    EXPECT_THROW(generateKorvaneKext(work.path() / "plain-file", std::nullopt,
-                                     std::vector<USBControllerMap>{}, tools, "Mac"),
-                 std::system_error);
+    for (const auto& list : {controllers, std::vector<USBControllerMap>{}}) {
+        EXPECT_THROW(generateKorvaneKext(work.path() / "plain-file", std::nullopt, list, tools, "Mac"),
+                     std::system_error);
+    }
     fs::create_directories(out / "Korvane-report.txt" / "occupied");
     EXPECT_THROW(generateKorvaneKext(out, std::nullopt, controllers, tools, "Mac"), std::system_error);
 }

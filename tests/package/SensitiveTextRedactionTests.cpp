@@ -8,9 +8,7 @@ namespace korvane {
 namespace {
 
 // Name, text, and the text as masked.
-using RedactionCase = std::vector<std::string>;
-
-class RedactionTest : public ::testing::TestWithParam<RedactionCase> {};
+using RedactionTest = ::testing::TestWithParam<std::vector<std::string>>;
 
 TEST_P(RedactionTest, MasksWhatTheRulesMaskAndNothingElse) {
     EXPECT_EQ(redactSensitiveText(GetParam().at(1)), GetParam().at(2));

@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 #include <mutex>
 #include <thread>
+#include <utility>
 #include <vector>
 
 namespace korvane {
@@ -30,11 +31,9 @@ class ThreadSafeMainQueue final : public Scheduler {
         posted_.wait(lock, [&] { return tasks_.size() >= count; });
     }
     void runPosted() {
-        std::deque<Task> tasks;
-        {
-            std::lock_guard lock(mutex_);
-            tasks.swap(tasks_);
-        }
+        std::unique_lock lock(mutex_);
+        auto tasks = std::exchange(tasks_, {});
+        lock.unlock();
         for (auto& task : tasks) {
             task();
         }

@@ -3,11 +3,10 @@
 
 #include "platform/PlatformFolders.h"
 
-#include "base/FileIO.h"
+#include "support/FakeTool.h"
 #include "support/TempFolder.h"
 
 #include <gtest/gtest.h>
-#include <sys/stat.h>
 
 namespace korvane {
 namespace {
@@ -32,13 +31,12 @@ TEST(PlatformFolders, ResourcesAreTheBundlesInsideOneAndTheInstalledTreesElsewhe
 
 TEST(PlatformFolders, AProgramOnPathIsTheFirstExecutableFileInAnAbsoluteFolder) {
     TempFolder temp;
-    for (const char* folder : {"first", "second", "third"}) {
+    for (const char* folder : {"first", "third"}) {
         fs::create_directories(temp.path() / folder);
     }
     writeFileAtomically(temp.path() / "first" / "tool", "not executable");
     fs::create_directories(temp.path() / "second" / "tool"); // a folder is no program
-    writeFileAtomically(temp.path() / "third" / "tool", "#!/bin/sh\n");
-    ::chmod((temp.path() / "third" / "tool").c_str(), 0755);
+    writeFakeTool(temp.path() / "third", "tool", "");
 
     const std::string path = (temp.path() / "first").string() +
                              ":relative:" + (temp.path() / "second").string() + ":" +

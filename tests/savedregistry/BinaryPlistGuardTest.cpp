@@ -22,8 +22,7 @@ std::string binaryList(const std::vector<std::string>& objects, std::uint8_t top
         bytes.push_back(static_cast<char>(offset));
     }
     std::string trailer(32, '\0');
-    trailer[6] = 1;
-    trailer[7] = 1;
+    trailer[6] = trailer[7] = 1; // one-byte offsets and references
     trailer[15] = static_cast<char>(objects.size());
     trailer[23] = static_cast<char>(top);
     trailer[31] = static_cast<char>(table);
@@ -59,9 +58,7 @@ TEST(BinaryPlistGuard, RejectsCyclesMalformedTablesAndKeysHoldingANul) {
     EXPECT_FALSE(binaryPlistFitsBudget(binaryList({"\x51x"}, 3), 100, 10)) << "top object past the table";
     EXPECT_FALSE(binaryPlistFitsBudget("bplist00", 100, 10));
 
-    const std::string nulKey("\x53"
-                             "a\0c",
-                             4);
+    const std::string nulKey("\123a\0c", 4); // an ASCII string of three: 0x53
     EXPECT_FALSE(binaryPlistFitsBudget(binaryList({{'\xD1', 1, 2}, nulKey, "\x51x"}), 100, 10));
     EXPECT_FALSE(
         binaryPlistFitsBudget(binaryList({{'\xD1', 1, 2}, std::string("\x61\0\0", 3), "\x51x"}), 100, 10))

@@ -1,6 +1,5 @@
 #include "savedregistry/IORegValueParser.h"
 
-#include "support/RegistryTrees.h"
 #include "support/TestData.h"
 
 #include <gtest/gtest.h>

@@ -5,7 +5,7 @@
 #include "support/TempFolder.h"
 #include "support/TestData.h"
 
-#include <gtest/gtest.h>
+#include <gmock/gmock.h>
 
 namespace korvane {
 namespace {
@@ -57,16 +57,13 @@ TEST(SavedRegistry, AFileThatGivesNoTreeSaysWhatItIsInstead) {
         {"<?xml version=\"1.0\"?><plist version=\"1.0\"><array><string>x</string></array></plist>",
          "a property list that is not a registry saved by ioreg -a"},
         {" \n", "an empty file."},
-        {"Bus 001 Device 001: ID 1d6b:0002\n", "neither ioreg text nor a property list."},
-        {snapshot, nullptr}, // none: the bytes give a tree
-        {dump, nullptr}};
+        {"Bus 001 Device 001: ID 1d6b:0002\n", "neither ioreg text nor a property list."}};
     for (const auto& [bytes, says] : rows) {
-        const auto why = whyNoRegistryIn(bytes);
-        EXPECT_EQ(why.has_value(), says != nullptr) << bytes.substr(0, 40);
-        if (why && says) {
-            EXPECT_TRUE(why->starts_with(says)) << *why;
-        }
+        EXPECT_THAT(whyNoRegistryIn(bytes), testing::Optional(testing::StartsWith(says)))
+            << bytes.substr(0, 40);
     }
+    EXPECT_EQ(whyNoRegistryIn(snapshot), std::nullopt) << "the bytes give a tree";
+    EXPECT_EQ(whyNoRegistryIn(dump), std::nullopt);
 }
 
 } // namespace

@@ -1,5 +1,5 @@
+#include "records/USBControllerMap.h"
 #include "scanner/PropertyReaders.h"
-#include "support/USBRecords.h"
 
 #include <algorithm>
 #include <gtest/gtest.h>
@@ -31,9 +31,7 @@ TEST(NameOrdering, IsATotalOrderEvenForTextsTheCollationCallsEqual) {
 // where the line reader finds two controllers of one ID at one location.
 TEST(NameOrdering, ControllersGoByVendorDeviceLocationThenName) {
     auto controller = [](std::int64_t vendor, std::int64_t device, std::string location, std::string name) {
-        auto map = makeController(std::move(name), vendor, device);
-        map.location = std::move(location);
-        return map;
+        return USBControllerMap{std::move(name), std::move(location), vendor, device, "", "", "", {}};
     };
     std::vector<USBControllerMap> controllers{
         controller(0x8086, 0x15ec, "0", "XHC2"),  controller(0x1b21, 0x2142, "0", "XHC3"),

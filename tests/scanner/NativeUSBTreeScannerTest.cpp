@@ -88,8 +88,7 @@ TEST_F(NativeUSBTreeScannerTest, CompanionsResolveAcrossControllersAndFillTheUnn
     auto& thunderbolt = addService(addXHCIPCIDevice(*root, "XHC2@0", "", 0x8086, 0x15EC), "XHC2", "01000000");
     thunderbolt.properties.editableDictionary()["ports"] =
         PropertyDictionary{{"SSP1", PropertyDictionary{{"port", 3}}}};
-    first.addChild("HS04", "", "AppleUSB20XHCIPort",
-                   {{"port", ByteBuffer{4, 0, 0, 0}}, {"UsbCompanionSS", companion(3, "XHC")}});
+    port(first, "HS04", 4, {{"UsbCompanionSS", companion(3, "XHC")}});
     std::string text = scan();
     std::string pairs;
     for (std::size_t at = text.find("  with"); at != std::string::npos; at = text.find("  with", at + 1)) {

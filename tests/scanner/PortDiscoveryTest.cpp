@@ -103,32 +103,25 @@ TEST_F(ScanPorts, BluetoothAndUSRPortsAreInternalWhenNothingStatesAConnector) {
 // node states; the user's word and words no build writes become "inferred"
 // (one to check), never the registry's; odd place words are dropped.
 TEST_F(ScanPorts, AStatedCodeTakesTheSourceNamedBesideItOrIsOneToCheck) {
-    const std::pair<std::optional<PropertyValue>, const char*> rows[] = {
-        {std::nullopt, "registry"},
-        {PropertyValue("firmware"), "firmware"},
-        {PropertyValue("user"), "inferred"},
-        {PropertyValue("Firmware"), "inferred"},
-        {PropertyValue(2), "inferred"}};
-    auto& service = addService({});
-    std::string expected;
-    std::int64_t number = 0;
-    for (const auto& [word, source] : rows) {
-        PropertyDictionary properties{{"port", ++number}, {"UsbConnector", 9}};
-        if (word) {
-            properties["connector-source"] = *word;
-        }
-        addPort(service, "HS" + std::to_string(10 + number), "", std::move(properties));
-        expected += std::string(source) + " ";
-    }
     const PropertyDictionary place{{"panel", "back"}, {"vertical_position", "sideways"}, {"dock", 1}};
-    addPort(service, "HS99", "",
-            {{"port", 99}, {"connector-source", "firmware"}, {"physical-location", place}});
-    std::string sources;
-    for (const auto& port : scanPorts(service, ids.names())) {
-        sources += std::string(connectorSourceName(port.connectorSource)) + " ";
+    const std::tuple<PropertyDictionary, const char*, std::optional<PortPlace>> rows[] = {
+        {{{"UsbConnector", 9}}, "registry", std::nullopt},
+        {{{"UsbConnector", 9}, {"connector-source", "firmware"}}, "firmware", std::nullopt},
+        {{{"UsbConnector", 9}, {"connector-source", "user"}}, "inferred", std::nullopt},
+        {{{"UsbConnector", 9}, {"connector-source", "Firmware"}}, "inferred", std::nullopt},
+        {{{"UsbConnector", 9}, {"connector-source", 2}}, "inferred", std::nullopt},
+        // No code stated, none named.
+        {{{"connector-source", "firmware"}, {"physical-location", place}},
+         "inferred",
+         portPlaceFromWords("back", "", "", true, false)},
+    };
+    for (const auto& [properties, source, expectedPlace] : rows) {
+        auto& service = addService({});
+        addPort(service, "HS01", "", properties);
+        const auto port = scanPorts(service, ids.names()).at(0);
+        EXPECT_EQ(connectorSourceName(port.connectorSource), std::string_view(source)) << source;
+        EXPECT_EQ(port.place, expectedPlace) << source;
     }
-    EXPECT_EQ(sources, expected + "inferred ") << "no code stated, none named";
-    EXPECT_EQ(scanPorts(service, ids.names()).back().place, portPlaceFromWords("back", "", "", true, false));
 }
 
 } // namespace

@@ -15,8 +15,7 @@ namespace korvane {
 // from) and not part of the text. Run a test with KORVANE_UPDATE_GOLDEN=1 to
 // write what it got into the file instead, notes kept, for review.
 inline testing::AssertionResult matchesGolden(const std::string& actual, const std::string& name) {
-    const std::string relative = "expected/" + name;
-    const auto path = testDataPath(relative);
+    const auto path = testDataPath("expected/" + name);
     const std::string file = readFileBytes(path).value_or("");
     std::string notes;
     std::string expected;

@@ -4,18 +4,10 @@
 
 namespace korvane {
 
-void ManualScheduler::postToMain(Task task) {
-    main_.push_back(std::move(task));
-}
-
 std::shared_ptr<CancellableWork> ManualScheduler::postToMainAfter(Seconds delay, Task task) {
     auto work = std::make_shared<CancellableWork>();
     timers_.push_back({now_ + delay, nextOrder_++, work, std::move(task)});
     return work;
-}
-
-void ManualScheduler::runOnMainAndWait(Task task) {
-    task();
 }
 
 void ManualScheduler::runInBackground(Priority priority, Task task) {

@@ -15,9 +15,9 @@ namespace korvane {
 // runs, runOnMainAndWait() runs its task inline, as if the hop were instant.
 class ManualScheduler final : public Scheduler {
   public:
-    void postToMain(Task task) override;
+    void postToMain(Task task) override { main_.push_back(std::move(task)); }
     std::shared_ptr<CancellableWork> postToMainAfter(Seconds delay, Task task) override;
-    void runOnMainAndWait(Task task) override;
+    void runOnMainAndWait(Task task) override { task(); }
     void runInBackground(Priority priority, Task task) override;
 
     // Runs the queued main-thread tasks, then the background ones, oldest

@@ -14,7 +14,6 @@ namespace {
 
 namespace fs = std::filesystem;
 using testing::HasSubstr;
-using testing::StartsWith;
 
 const ToolPaths tools = buildTreeToolPaths();
 
@@ -50,9 +49,9 @@ TEST(Plutil, LintFailsWithTheFileNamed) {
     TempFolder folder;
     const auto broken = folder.path() / "broken.plist";
     writeFileAtomically(broken, "<?xml version=\"1.0\"?><plist version=\"1.0\"><dict><key>A</key>");
-    EXPECT_THAT(
-        toolFailure(tools.plutil, {"-lint", broken.string()}),
-        StartsWith("Command failed: " + tools.plutil + " -lint " + broken.string() + "\n" + broken.string()));
+    EXPECT_THAT(toolFailure(tools.plutil, {"-lint", broken.string()}),
+                testing::StartsWith("Command failed: " + tools.plutil + " -lint " + broken.string() + "\n" +
+                                    broken.string()));
 }
 
 } // namespace

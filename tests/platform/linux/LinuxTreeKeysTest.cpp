@@ -25,13 +25,11 @@ TEST(LinuxTreeKeys, ASysfsTreeThroughASnapshotScansToTheSameConnectorSources) {
     TempFolder tools;
     const TreeSource noSource{[] { return nullptr; }};
     const NativeUSBTreeScanner scanner(noSource, ids.names());
+    const auto sysfs = std::filesystem::path(KORVANE_LINUX_FIXTURES_DIR) / "qemu-firmware-ports" / "sys";
     const auto upc = testDataPath("linux/qemu-firmware-ports/acpiexec-all-upc.txt");
     for (const std::string& acpiexec :
          {writeFakeTool(tools.path(), "acpiexec", "cat '" + upc.string() + "'"), std::string()}) {
-        const auto live =
-            SysfsRegistrySource(
-                std::filesystem::path(KORVANE_LINUX_FIXTURES_DIR) / "qemu-firmware-ports" / "sys", acpiexec)
-                .copyRoot();
+        const auto live = SysfsRegistrySource(sysfs, acpiexec).copyRoot();
         ASSERT_TRUE(live);
         const USBScanResult scanned = scanner.scanTree(*live);
         EXPECT_EQ(scanned.notices.empty(), !acpiexec.empty());

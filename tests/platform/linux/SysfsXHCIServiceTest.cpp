@@ -17,8 +17,7 @@ class SysfsXHCIServiceTest : public ::testing::Test {
     void SetUp() override { writeSysfsTree(folder_.path(), "intel-xhci.tree"); }
 
     std::vector<SysfsXHCIService::RootPort> rootPorts() const {
-        const auto address = PCIAddress::parse("0000:00:14.0");
-        const SysfsPCIDevice device(folder_.path() / controller, *address);
+        const SysfsPCIDevice device(folder_.path() / controller, *PCIAddress::parse("0000:00:14.0"));
         return SysfsXHCIService(device, folder_.path() / "kernel/debug", 0x14000000).rootPorts();
     }
 
@@ -27,23 +26,18 @@ class SysfsXHCIServiceTest : public ::testing::Test {
 
 TEST_F(SysfsXHCIServiceTest, PortsTakeFirmwareFactsAndGuessOnlyWhereNoneExist) {
     using Source = SysfsXHCIService::NumberSource;
-    const std::tuple<std::string, std::uint32_t, Source, std::optional<std::int64_t>, std::string>
-        expected[] = {
-            {"HS01", 1, Source::firmware, 3, "SS01"},      // hotplug with a USB 3 peer
-            {"HS02", 2, Source::rootHubPosition, 255, ""}, // hardwired
-            {"HS03", 3, Source::rootHubPosition, 0, ""},   // hotplug, no peer: USB 2 only
-            {"SS01", 17, Source::firmware, 3, "HS01"},
-            {"SS02", 5, Source::rootHubPosition, 255, ""}, // 2 + the 3 USB 2 ports; hardwired
-        };
-    const auto ports = rootPorts();
-    ASSERT_EQ(ports.size(), std::size(expected));
-    for (std::size_t i = 0; i < ports.size(); ++i) {
-        const auto& [name, number, source, connector, peer] = expected[i];
-        EXPECT_EQ(std::tie(ports[i].name, ports[i].number, ports[i].numberSource, ports[i].connector,
-                           ports[i].peerName),
-                  std::tie(name, number, source, connector, peer))
-            << name;
+    using Row = std::tuple<std::string, std::uint32_t, Source, std::optional<std::int64_t>, std::string>;
+    std::vector<Row> ports;
+    for (const auto& port : rootPorts()) {
+        ports.emplace_back(port.name, port.number, port.numberSource, port.connector, port.peerName);
     }
+    EXPECT_EQ(ports, (std::vector<Row>{
+                         {"HS01", 1, Source::firmware, 3, "SS01"},      // hotplug with a USB 3 peer
+                         {"HS02", 2, Source::rootHubPosition, 255, ""}, // hardwired
+                         {"HS03", 3, Source::rootHubPosition, 0, ""},   // hotplug, no peer: USB 2 only
+                         {"SS01", 17, Source::firmware, 3, "HS01"},
+                         {"SS02", 5, Source::rootHubPosition, 255, ""}, // 2 + the 3 USB 2 ports; hardwired
+                     }));
 }
 
 TEST_F(SysfsXHCIServiceTest, DebugfsNumbersWinOverTheGuessButNotOverFirmware) {

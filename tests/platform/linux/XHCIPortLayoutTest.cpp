@@ -11,20 +11,19 @@ std::string capability(const char* revision, const char* portInfo) {
 }
 
 TEST(XHCIPortLayoutTest, RootHubPortsMapToTheirProtocolsControllerPortsInOrder) {
+    using Ports = std::vector<std::uint32_t>; // USB 2's, then USB 3's
     // QEMU's qemu-xhci: USB 3 on ports 1-4, USB 2 on ports 5-8.
     const auto qemu = XHCIPortLayout::fromCapabilityTexts(
         {capability("0x02000802", "0x00000405"), capability("0x03000802", "0x00000401")});
     ASSERT_TRUE(qemu);
-    EXPECT_EQ(qemu->usb2, (std::vector<std::uint32_t>{5, 6, 7, 8}));
-    EXPECT_EQ(qemu->usb3, (std::vector<std::uint32_t>{1, 2, 3, 4}));
+    EXPECT_EQ(std::pair(qemu->usb2, qemu->usb3), std::pair(Ports{5, 6, 7, 8}, Ports{1, 2, 3, 4}));
 
     // Two USB 3 capabilities (3.0 and 3.1 ports) join into one root hub.
     const auto split = XHCIPortLayout::fromCapabilityTexts({capability("0x02000802", "0x00000201"),
                                                             capability("0x03100802", "0x00000105"),
                                                             capability("0x03000802", "0x00000203")});
     ASSERT_TRUE(split);
-    EXPECT_EQ(split->usb2, (std::vector<std::uint32_t>{1, 2}));
-    EXPECT_EQ(split->usb3, (std::vector<std::uint32_t>{3, 4, 5}));
+    EXPECT_EQ(std::pair(split->usb2, split->usb3), std::pair(Ports{1, 2}, Ports{3, 4, 5}));
 }
 
 TEST(XHCIPortLayoutTest, DamagedOrMissingCapabilitiesGiveNoLayout) {
