@@ -102,6 +102,9 @@ TEST_F(GenerationRunTest, ASuccessfulRunLeavesTheZipWithTheCheckedPortsTheReport
     model->openDesktopZip();
     EXPECT_THAT(recordingDesktop.revealed, ElementsAre(zip()));
     EXPECT_EQ(model->openZipResult(), CollectorModel::installGuideHint);
+    recordingDesktop.canReveal = false;
+    model->openDesktopZip();
+    EXPECT_EQ(model->openZipProblem(), "Open ZIP: no file manager could show " + zip().string() + ".");
 }
 
 // Which model wins is the resolver's, and a choice reaching the package the

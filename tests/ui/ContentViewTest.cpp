@@ -23,7 +23,9 @@
 #include <QWheelEvent>
 #include <QWindow>
 #include <QtTest/qtestspontaneevent.h>
+#include <algorithm>
 #include <gmock/gmock.h>
+#include <iterator>
 
 namespace korvane {
 namespace {
