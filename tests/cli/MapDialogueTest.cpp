@@ -14,11 +14,6 @@ using MapDialogueTest = ModelFixture;
 // each name waits for a socket that asks for one (the other half of a named
 // socket asks none), and the transcript is the terminal's.
 TEST_F(MapDialogueTest, NamesWrittenAheadWaitForTheirSocketsAndTheEndSavesAndSums) {
-    const auto plug = [this](const std::string& port, const std::string& device) {
-        scans.push_back({{pairedXHC1(4, {{port, device}})}});
-        hotplug->onChange();
-        scheduler.advance(CollectorModel::hotplugDebounce);
-    };
     scanShowing({pairedXHC1(4, {})});
     model->startUSBHotplugMonitoring();
     const auto mapFile = home.path() / "plugged.korvanemap";
@@ -28,8 +23,8 @@ TEST_F(MapDialogueTest, NamesWrittenAheadWaitForTheirSocketsAndTheEndSavesAndSum
     dialogue.begin();
     dialogue.line("rear");
     dialogue.line("spare");
-    plug("SS01", "Stick");
-    plug("HS01", "Mouse");
+    hotplugShowing({pairedXHC1(4, {{"SS01", "Stick"}})});
+    hotplugShowing({pairedXHC1(4, {{"HS01", "Mouse"}})});
     EXPECT_TRUE(dialogue.end(mapFile.string()));
     EXPECT_EQ(out.str(), "XHC1: 8 ports, 0 of 15 kept\n"
                          "Plug a device into a socket you want to keep: a USB 3 device first, then a USB 2 "

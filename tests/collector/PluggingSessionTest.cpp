@@ -52,9 +52,7 @@ class PluggingSessionTest : public ModelFixture {
             } else {
                 devices.erase(rest);
             }
-            scans.push_back({{pairedXHC1(6, devices)}});
-            hotplug->onChange();
-            scheduler.advance(CollectorModel::hotplugDebounce);
+            hotplugShowing({pairedXHC1(6, devices)});
         }
     }
 

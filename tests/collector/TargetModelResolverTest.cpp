@@ -26,7 +26,7 @@ TEST(TargetModelResolver, TheMachineIsAskedOnceAndOnlyAChangedAnswerIsNews) {
 TEST(TargetModelResolver, TheChoiceWinsThenTheMachinesModelThenMacEachSaidWithWhereItCameFrom) {
     const auto differs = [](const std::string& whose) {
         return "Your choice iMac19,1 differs from " + whose +
-               "'s own model Macmini8,1: the map applies only " +
+               "'s own model Macmini8,1: the map applies only "
                "on a Mac that reports iMac19,1 (right for a machine whose SMBIOS is set so on purpose).";
     };
     // Whose model the machine's is, the choice, the machine's answer, then the

@@ -86,6 +86,14 @@ class ModelFixture : public testing::Test {
         scheduler.runUntilIdle();
     }
 
+    // A device arrives or leaves: the hotplug event, then the rescan after
+    // the debounce, which finds `controllers`.
+    void hotplugShowing(std::vector<USBControllerMap> controllers) {
+        scans.push_back({std::move(controllers)});
+        hotplug->onChange();
+        scheduler.advance(CollectorModel::hotplugDebounce);
+    }
+
     // The log without its time stamps; a message's further lines stay whole.
     std::vector<std::string> logLines() const {
         std::vector<std::string> lines;

@@ -36,12 +36,10 @@ TEST_F(PluggingPanelTest, ADeviceThatArrivesNamesItsSocketAndDoneKeepsIt) {
     std::string summary;
     view->showPluggingSummary = [&summary](const QString& text) { summary = text.toStdString(); };
     std::map<std::string, std::string> devices;
-    // A device arrives: the hotplug event, then the rescan after the debounce.
+    // A stick arrives in `port`, and the window sees the rescan.
     auto plug = [&](const std::string& port) {
         devices[port] = "Stick";
-        scans.push_back({{pairedXHC1(4, devices)}});
-        hotplug->onChange();
-        scheduler.advance(Scheduler::Seconds{0.2});
+        hotplugShowing({pairedXHC1(4, devices)});
         QApplication::processEvents();
     };
     showActive();
